@@ -1,0 +1,76 @@
+// Pemmit: walking outlines and children.
+
+#ifndef PLATFORM_PEMMIT_WALK_H
+#define PLATFORM_PEMMIT_WALK_H
+
+#include "platform/pemmit/object.h"
+
+namespace Pemmit {
+
+/// A walk over the points of one contour.
+///
+/// Points are integers in distances and come in order, curves flattened. A
+/// closed contour delivers its first point again after its last one; an open
+/// one does not. Consecutive equal points are delivered as they are stored.
+/// Points are numbered from 0 in forward order, and the numbering is the same
+/// in both directions: patsiz(path) is how many there are, the repeated first
+/// point included.
+///
+/// The object must not change during a walk; many walks over one object may
+/// run at the same time, also on several threads. An object with several
+/// contours, or without points, has an empty walk.
+class PLATFORM_API scan {
+ public:
+    /// No walk: scanex returns a negative value.
+    scan();
+    /// As scan() followed by scabeg.
+    scan(const Object* object, int direction, int start);
+    /// As scaend.
+    ~scan();
+    scan(const scan&) = delete;
+    scan& operator=(const scan&) = delete;
+
+    /// Begins a walk (and ends one in progress). direction 0 walks towards
+    /// higher numbers, 1 towards lower ones. start is the number of the first
+    /// point delivered; -1 stands for the natural beginning, number 0 forward
+    /// and patsiz - 1 backward. A start outside 0 .. patsiz - 1 gives an empty
+    /// walk. Constant time on polylines. May allocate for curves only.
+    void scabeg(const Object* object, int direction, int start);
+
+    /// Delivers the next point: stores it and returns 0, or returns a negative
+    /// value and leaves *x and *y alone when there are no more. Called once a
+    /// point: a few nanoseconds.
+    int scanex(int* x, int* y);
+
+    /// Ends the walk; scanex returns a negative value from now on. May be
+    /// called any number of times.
+    void scaend();
+
+ private:
+    void* mHost[16];  // the host's own; 128 bytes, pointer-aligned
+};
+
+/// A sequence over the children of an object, in order.
+class PLATFORM_API queryseq {
+ public:
+    queryseq();
+    ~queryseq();
+    queryseq(const queryseq&) = delete;
+    queryseq& operator=(const queryseq&) = delete;
+
+    /// Begins a sequence and returns its first object, or null when it is
+    /// empty. With object null it is the first child of list, and Object::next
+    /// leads to the others; a list without children (kFlagChildren clear) is
+    /// returned itself, as the only object of the sequence, and its next, which
+    /// belongs to another list, is not followed. With an object, a child of
+    /// list, the sequence begins there. list must not change until the sequence
+    /// is destroyed.
+    Object* quebeg(const Object* list, const Object* object);
+
+ private:
+    void* mHost[4];  // the host's own; 32 bytes, pointer-aligned
+};
+
+}  // namespace Pemmit
+
+#endif
