@@ -27,4 +27,6 @@ target_include_directories(vaskel PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}
 target_compile_features(vaskel PUBLIC cxx_std_20)
 set_target_properties(vaskel PROPERTIES VERSION ${PROJECT_VERSION}
                                         SOVERSION ${PROJECT_VERSION_MAJOR}
-                                        LINKER_LANGUAGE CXX)
+                                        LINKER_LANGUAGE CXX
+                                        LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
+target_link_options(vaskel PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
