@@ -1,8 +1,120 @@
+// Tests and repairs on vector paths.
+//
+// All coordinates are distances (1/ppi inch) unless an entry says otherwise.
+// Paths are read through Pemmit's walks only: outlines are the straight edges
+// between points that a walk delivers one after the other, curves arrive
+// flattened, and no closing edge is added beyond what the walk delivers.
+
 #ifndef VASKEL_GEOMETRY_H
 #define VASKEL_GEOMETRY_H
 
+#include "platform/pemmit.h"
 #include "vaskel/export.h"
 
-namespace Vaskel {}  // namespace Vaskel
+namespace Vaskel {
+
+// ---- Crossings and point in path -------------------------------------------
+
+/// Where segment (x1,y1)-(x2,y2) meets segment (x3,y3)-(x4,y4).
+///
+/// Returns 1 and stores the point, each coordinate rounded with
+/// Orlune::iround, when they cross or touch. Returns 0 otherwise and leaves
+/// *x and *y alone. Collinear segments never meet, even if they overlap.
+///
+///   intcalc(0,0, 10,10,  0,10, 10,0, &x, &y)  is 1, point (5,5)
+///   intcalc(0,0, 10,0,   5,-5, 5,0,  &x, &y)  is 1, point (5,0)
+///   intcalc(0,0, 10,0,   5,0, 15,0,  &x, &y)  is 0
+///
+/// Whether they meet is decided exactly. The point comes from a quotient of
+/// doubles and may be a unit or more off for long, nearly parallel segments;
+/// where that quotient has no value within the int range the exact point,
+/// rounded halves away from zero, takes its place.
+///
+/// Coordinates lie within half the 32-bit range; beyond it differences wrap
+/// and the answer has no meaning, but nothing worse happens. Keeps no state:
+/// safe on any thread.
+VASKEL_API int intcalc(int x1, int y1, int x2, int y2, int x3, int y3, int x4, int y4, int* x,
+                       int* y);
+
+/// Whether (x, y) lies inside path by the even-odd rule over all its contours
+/// together, or on one of its edges. Directions do not matter.
+///
+///   square (0,0) (10,0) (10,10) (0,10), closed:
+///     (5,5), (10,5) and (0,0) are inside, (11,5) is not
+///
+/// A point above or below a contour's box is decided by the contour's ends
+/// alone, and edges meet the vertical ray from the point half-open: a vertex
+/// counts with the edges that come from its right. A point exactly on a vertex
+/// all of whose edges come from the left is therefore answered like a point
+/// just right of it. Answers of stored documents depend on that.
+///
+/// A null path, and a path without points, holds nothing. Coordinates lie
+/// within half the 32-bit range. Cost: the boxes of all contours, and one walk
+/// over each contour whose box holds the point; no allocation for polylines.
+/// Changes nothing: safe on any thread while nobody changes the path.
+VASKEL_API bool insidePath(int x, int y, const Pemmit::Path* path);
+
+/// Looks for a crossing of two paths near a place: of a segment of pathA near
+/// segment indexA with a segment of pathB near segment indexB, whose crossing
+/// point (of intcalc) lies nearer than tolerance to (refX, refY).
+///
+/// Returns 0 and stores the segments' numbers, the one of pathA in *outIndexA,
+/// and the point; or returns -1 and stores nothing when none is found, when
+/// either path has no segment, or when an index lies outside 0 .. n - 1 for n
+/// segments (n is Pemmit::patsiz less 1; segment i runs from point i to point
+/// i + 1).
+///
+/// The search spreads to both sides of the two segments in turns, about five
+/// segments each way, and goes on at the other end of a path where it runs out
+/// of points: it finds the nearest numbers first, not the nearest point. The
+/// distance is compared strictly: a crossing exactly tolerance away is not
+/// found. pathA and pathB may be the same path.
+///
+/// Neither path is changed. Cost: at most 21 passes of at most 12 segments.
+VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int indexB,
+                      int* outIndexA, int* outIndexB, int* outX, int* outY, int refX, int refY,
+                      int tolerance);
+
+// ---- Arcs -------------------------------------------------------------------
+
+/// A circular arc of less than a half circle: its centre, and its ends relative
+/// to the centre. Both offsets have the radius as length; the arc runs from
+/// start to end along the shorter way.
+struct arc {
+    double centreX;
+    double centreY;
+    double startX;  // relative to the centre, like all below
+    double startY;
+    double endX;
+    double endY;
+};
+
+/// Writes the control points of the cubic segment that approximates arc.
+///
+/// The first point is exactly centre + start and the last one centre + end; the
+/// handles are perpendicular to the radii and (4/3) tan(angle / 4) radii long,
+/// the best known one-segment approximation, 0.03 % off for a quarter circle.
+///
+///   centre (0,0), start (100,0), end (0,100):
+///     (100,0) (100,55.228...) (55.228...,100) (0,100)
+///
+/// The direction comes from end - start truncated to whole units (towards zero,
+/// saturating), so offsets are meant in distances of many units; a chord of
+/// less than one unit in both directions, like a half circle, gives
+/// coordinates that are not finite. Keeps no state: safe on any thread.
+VASKEL_API void arccub(const arc& arc, Pemmit::bezier& bezier);
+
+/// Flattens arc within tolerance: calls callback, with context passed through,
+/// for each point that Pemmit::bezier::cubfla delivers of the segment that
+/// arccub makes.
+///
+/// A chord shorter than 4 tolerances (one of exactly 4 is not shorter)
+/// delivers no point at all: the caller's own end point stands for the arc. The
+/// point is valid during the call only; exceptions of callback pass through.
+VASKEL_API void arcfla(const arc* arc, double tolerance,
+                       void (*callback)(void* context, const Pemmit::PointBase<double>* point),
+                       void* context);
+
+}  // namespace Vaskel
 
 #endif

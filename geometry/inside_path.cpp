@@ -1,0 +1,84 @@
+// Point in path: a vertical ray from the point towards decreasing y, and an
+// inside flag that every crossed edge flips.
+
+#include "geometry/products.h"
+#include "platform/pemmit.h"
+#include "vaskel/geometry.h"
+
+namespace Vaskel {
+namespace {
+
+enum class EdgeAnswer { kMisses, kCrosses, kHoldsPoint };
+
+bool between(int value, int a, int b) {
+    return (a <= value && value <= b) || (b <= value && value <= a);
+}
+
+// The edge from (px, py) to (cx, cy) against the ray from (x, y).
+EdgeAnswer testEdge(int x, int y, int px, int py, int cx, int cy) {
+    if (px == x && cx == x && between(y, py, cy)) return EdgeAnswer::kHoldsPoint;
+    // Half-open, so that a ray through a vertex meets one of its two edges when
+    // the outline goes on to the other side, and none or both when it turns.
+    if ((px > x) == (cx > x)) return EdgeAnswer::kMisses;
+    if (py < y && cy < y) return EdgeAnswer::kCrosses;
+    if (py > y && cy > y) return EdgeAnswer::kMisses;
+    int s = compareProducts(difference(x, px), difference(cy, py), difference(y, py),
+                            difference(cx, px));
+    if (cx < px) s = -s;
+    if (s == 0) return EdgeAnswer::kHoldsPoint;
+    return s < 0 ? EdgeAnswer::kCrosses : EdgeAnswer::kMisses;
+}
+
+// A contour wholly on the ray's side: the parity of its crossings with the
+// vertical line through x follows from its two ends.
+bool endsLieOnBothSides(int x, const Pemmit::Object* contour) {
+    int firstX = 0, lastX = 0, unusedY = 0;
+    Pemmit::scan forward(contour, 0, -1);
+    if (forward.scanex(&firstX, &unusedY) < 0) return false;
+    forward.scaend();
+    Pemmit::scan backward(contour, 1, -1);
+    if (backward.scanex(&lastX, &unusedY) < 0) return false;
+    return (firstX > x) != (lastX > x);
+}
+
+// Flips inside at every crossing; true when the point lies on an edge.
+bool walkContour(int x, int y, const Pemmit::Object* contour, bool& inside) {
+    Pemmit::scan walk(contour, 0, -1);
+    int px = 0, py = 0, cx = 0, cy = 0;
+    if (walk.scanex(&px, &py) < 0) return false;
+    while (walk.scanex(&cx, &cy) >= 0) {
+        const EdgeAnswer answer = testEdge(x, y, px, py, cx, cy);
+        if (answer == EdgeAnswer::kHoldsPoint) return true;
+        if (answer == EdgeAnswer::kCrosses) inside = !inside;
+        px = cx;
+        py = cy;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool insidePath(int x, int y, const Pemmit::Path* path) {
+    if (!path) return false;
+    const Pemmit::Box& box = path->box;
+    if (x < box.minX || x > box.maxX || y < box.minY || y > box.maxY) return false;
+
+    bool inside = false;
+    Pemmit::queryseq contours;
+    const Pemmit::Object* contour = contours.quebeg(path, nullptr);
+    const bool isList = (path->flags & Pemmit::kFlagChildren) != 0;
+    // A contour without points delivers none and flips nothing, whatever its
+    // box holds.
+    for (; contour; contour = isList ? contour->next : nullptr) {
+        const Pemmit::Box& own = contour->box;
+        if (x < own.minX || x > own.maxX) continue;
+        if (y > own.maxY) {
+            if (endsLieOnBothSides(x, contour)) inside = !inside;
+        } else if (y >= own.minY) {
+            if (walkContour(x, y, contour, inside)) return true;
+        }
+    }
+    return inside;
+}
+
+}  // namespace Vaskel
