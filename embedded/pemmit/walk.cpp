@@ -1,0 +1,125 @@
+// Walking contours and children.
+//
+// A walk is a row of runs: stretches of points in memory, read forwards or
+// backwards, and between them the step to the next piece. The point that a
+// closed contour delivers again is a run of its own.
+
+#include "platform/pemmit/walk.h"
+
+#include <cstddef>
+#include <new>
+#include <type_traits>
+
+#include "embedded/pemmit/node.h"
+
+namespace Embedded {
+namespace {
+
+struct Walk {
+    const Point* at;       // the next point of the current run
+    std::int64_t left;     // how many points of the run are to come
+    std::ptrdiff_t step;   // 1 or -1
+    End next;              // the piece after the run, or none
+    const Point* closing;  // delivered after the last piece, or null
+};
+
+Walk* walkIn(void** host) { return reinterpret_cast<Walk*>(host); }
+
+// The run becomes that of a piece, without the first skipped points from the
+// side of entry on.
+void enter(Walk& walk, const End& piece, std::int64_t skipped) {
+    const std::int64_t count = piece.piece->count;
+    walk.at = piece.piece->points() + (piece.side == 0 ? skipped : count - 1 - skipped);
+    walk.left = count - skipped;
+    walk.step = piece.side == 0 ? 1 : -1;
+    walk.next = after(piece);
+}
+
+void enterPoint(Walk& walk, const Point* point) {
+    walk.at = point;
+    walk.left = 1;
+}
+
+bool nextRun(Walk& walk) {
+    if (walk.next.piece) {
+        enter(walk, walk.next, 0);
+        return true;
+    }
+    if (!walk.closing) return false;
+    enterPoint(walk, walk.closing);
+    walk.closing = nullptr;
+    return true;
+}
+
+// Enters a chain at the point with the given number from an end. A step a
+// piece: settled contours have one or a few.
+void seek(Walk& walk, End at, std::int64_t number) {
+    while (number >= at.piece->count) {
+        number -= at.piece->count;
+        at = after(at);
+    }
+    enter(walk, at, number);
+}
+
+void begin(Walk& walk, const Contour& contour, bool backward, std::int64_t start) {
+    const std::int64_t stored = contour.pointCount();
+    const std::int64_t delivered = stored + (contour.isOpen() ? 0 : 1);
+    if (start == -1) start = backward ? delivered - 1 : 0;
+    if (start < 0 || start >= delivered) return;
+    const Point* const again = contour.isOpen() ? nullptr : &contour.firstPoint();
+    if (start == stored) {
+        enterPoint(walk, again);
+        if (backward) walk.next = contour.chain.end[1];
+    } else if (backward) {
+        seek(walk, contour.chain.end[1], stored - 1 - start);
+    } else {
+        seek(walk, contour.chain.end[0], start);
+        walk.closing = again;
+    }
+}
+
+}  // namespace
+}  // namespace Embedded
+
+namespace Pemmit {
+
+using namespace Embedded;
+
+scan::scan() {
+    static_assert(sizeof(Walk) <= sizeof mHost && alignof(Walk) <= alignof(void*));
+    static_assert(std::is_trivially_destructible_v<Walk>);
+    new (mHost) Walk{};
+}
+scan::scan(const Object* object, int direction, int start) : scan() {
+    scabeg(object, direction, start);
+}
+scan::~scan() = default;
+
+void scan::scabeg(const Object* object, int direction, int start) {
+    scaend();
+    const Contour* const contour = contourOf(object);
+    if (contour && !contour->chain.empty()) begin(*walkIn(mHost), *contour, direction != 0, start);
+}
+
+int scan::scanex(int* x, int* y) {
+    Walk& walk = *walkIn(mHost);
+    if (walk.left == 0 && !nextRun(walk)) return -1;
+    *x = walk.at->x;
+    *y = walk.at->y;
+    walk.at += walk.step;
+    --walk.left;
+    return 0;
+}
+
+void scan::scaend() { *walkIn(mHost) = Walk{}; }
+
+queryseq::queryseq() : mHost() {}
+queryseq::~queryseq() = default;
+
+Object* queryseq::quebeg(const Object* list, const Object* object) {
+    if (object) return const_cast<Object*>(object);
+    if (const Compound* const compound = compoundOf(nodeOf(list))) return compound->firstChild;
+    return const_cast<Object*>(list);
+}
+
+}  // namespace Pemmit
