@@ -75,6 +75,31 @@ VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int 
                       int* outIndexA, int* outIndexB, int* outX, int* outY, int refX, int refY,
                       int tolerance);
 
+// ---- Self-intersection ------------------------------------------------------
+
+/// Whether the outline of object crosses itself: 1 as soon as a crossing is
+/// found, else 0; 0 for a null object.
+///
+/// A path (Pemmit::kFlagPath) is tested itself, of a compound
+/// (Pemmit::kFlagChildren) all children that are paths are tested together,
+/// and any other object gives 0. Curves are taken as their walk delivers them.
+///
+///   square (0,0) (10,0) (10,10) (0,10), closed         is 0
+///   bow tie (0,0) (10,10) (10,0) (0,10), closed        is 1
+///   open (0,0) (10,0) (5,0), which folds back          is 1
+///
+/// Segments that cross, or overlap over some length, count; so does an outline
+/// that passes through another part of itself at a vertex. Touching without
+/// passing does not, with one exception that stored answers depend on: where
+/// two vertices meet, the neighbour looked at for the segment that the sweep
+/// enters is always the one at its first vertex, so that some touches count as
+/// crossings, depending on the walk's direction.
+///
+/// Calls Orlune::cancel(0, 0) before every 200th vertex, its result unused.
+/// std::bad_alloc passes through. Keeps no state: safe on any thread while
+/// nobody changes the object.
+VASKEL_API int intersect(Pemmit::Object* object);
+
 // ---- Arcs -------------------------------------------------------------------
 
 /// A circular arc of less than a half circle: its centre, and its ends relative

@@ -1,0 +1,41 @@
+#include "geometry/intersect_plain.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "geometry/intersect_pair.h"
+#include "platform/orlune.h"
+
+namespace Vaskel::Intersect {
+
+std::vector<Index> sweepOrder(const Outline& outline) {
+    std::vector<Index> order(outline.vertices.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&](Index a, Index b) {
+        return precedes(outline.vertex(a), outline.vertex(b));
+    });
+    return order;
+}
+
+int sweepPlain(const Outline& outline) {
+    std::vector<Index> active;
+    std::size_t number = 0;
+    for (const Index v : sweepOrder(outline)) {
+        if (number++ % 200 == 0) Orlune::cancel(0, 0);
+        const Vertex& vertex = outline.vertex(v);
+        for (const Index segment : {vertex.arriving, vertex.leaving}) {
+            const auto found = std::find(active.begin(), active.end(), segment);
+            if (found != active.end()) active.erase(found);
+        }
+        for (const Index segment : {vertex.arriving, vertex.leaving}) {
+            if (segment == kNone) continue;
+            if (!precedes(vertex, outline.vertex(outline.farEnd(segment, v)))) continue;
+            for (const Index other : active)
+                if (pairCrosses(outline, segment, other)) return 1;
+            active.push_back(segment);
+        }
+    }
+    return 0;
+}
+
+}  // namespace Vaskel::Intersect
