@@ -1,33 +1,12 @@
 // Point in path: a vertical ray from the point towards decreasing y, and an
 // inside flag that every crossed edge flips.
 
-#include "geometry/products.h"
+#include "geometry/edge_test.h"
 #include "platform/pemmit.h"
 #include "vaskel/geometry.h"
 
 namespace Vaskel {
 namespace {
-
-enum class EdgeAnswer { kMisses, kCrosses, kHoldsPoint };
-
-bool between(int value, int a, int b) {
-    return (a <= value && value <= b) || (b <= value && value <= a);
-}
-
-// The edge from (px, py) to (cx, cy) against the ray from (x, y).
-EdgeAnswer testEdge(int x, int y, int px, int py, int cx, int cy) {
-    if (px == x && cx == x && between(y, py, cy)) return EdgeAnswer::kHoldsPoint;
-    // Half-open, so that a ray through a vertex meets one of its two edges when
-    // the outline goes on to the other side, and none or both when it turns.
-    if ((px > x) == (cx > x)) return EdgeAnswer::kMisses;
-    if (py < y && cy < y) return EdgeAnswer::kCrosses;
-    if (py > y && cy > y) return EdgeAnswer::kMisses;
-    int s = compareProducts(difference(x, px), difference(cy, py), difference(y, py),
-                            difference(cx, px));
-    if (cx < px) s = -s;
-    if (s == 0) return EdgeAnswer::kHoldsPoint;
-    return s < 0 ? EdgeAnswer::kCrosses : EdgeAnswer::kMisses;
-}
 
 // A contour wholly on the ray's side: the parity of its crossings with the
 // vertical line through x follows from its two ends.
