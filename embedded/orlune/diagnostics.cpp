@@ -1,0 +1,39 @@
+#include "platform/orlune/diagnostics.h"
+
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+
+#include "embedded/orlune/sinks.h"
+
+namespace Orlune {
+
+void Beep(int tone) {
+    const auto handler = Embedded::sinks().beep;  // a copy: the handler may replace itself
+    if (handler) handler(tone);
+}
+
+void debugstring(const char* line) {
+    const auto handler = Embedded::sinks().debugLine;
+    if (handler)
+        handler(line);
+    else
+        std::fprintf(stderr, "%s\n", line);
+}
+
+void debug(const char* format, ...) {
+    char line[512];  // longer lines are cut: nobody reads on
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    debugstring(length < 0 ? format : line);
+}
+
+std::uint32_t Clock::Ticks() {
+    using namespace std::chrono;
+    return static_cast<std::uint32_t>(
+        duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+}
+
+}  // namespace Orlune
