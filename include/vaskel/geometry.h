@@ -130,6 +130,60 @@ VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int 
 /// nobody changes the object.
 VASKEL_API int intersect(Pemmit::Object* object);
 
+// ---- Cleaning ---------------------------------------------------------------
+
+/// Sets how clean works, for the whole process: filter order n, tolerance and
+/// resampling step, both in distances. Initially all three are 0.
+///
+/// n   1 and above: outlines are resampled at the step, smoothed by a low-pass
+///     filter that reaches 8n - 2 samples to each side, and every n-th sample
+///     is kept; 0 and below: points are taken as they are, the step is unused.
+/// tolerance   how far from the straight line through its neighbours a point
+///     may lie and still be dropped; 0 keeps all points.
+/// step   a step below 1 counts as 1.
+///
+/// When n is the current order only tolerance and step are replaced. Otherwise
+/// the filter is made anew, which takes about 32 n^2 multiplications: 10
+/// microseconds for n = 20. From n = 16384 on the filter leaves every sample as
+/// it is. Throws std::bad_alloc and leaves all three as they were.
+///
+///   cleanpar(0, 0, 1)    clean hands all points on
+///   cleanpar(0, 2, 1)    drops points within 2 distances, filters nothing
+///   cleanpar(1, 2, 3)    resamples at 3 distances, smooths, then drops
+///
+/// Not locked: neither cleanpar nor clean may run at the same time as another
+/// call of either.
+VASKEL_API void cleanpar(int n, int tolerance, int step);
+
+/// Makes a smooth, sparse outline from a jagged one, as cleanpar has set.
+///
+/// Returns a new path, which the caller owns (release it with Pemmit::objrem),
+/// open or closed as the input is; the input is not changed. Returns null when
+/// path is null, and when its box is at most size wide but more than size high:
+/// a narrow, tall outline is refused while a wide, flat one of the same sides
+/// is cleaned. Width is the box's maximum x minus its minimum x.
+///
+/// A path with too few points comes back as an exact copy (Pemmit::patdup): an
+/// open one whose walk has fewer than 3 points, a closed one fewer than 4, not
+/// counting points equal to the one before. So do objects without a walk of
+/// their own.
+///
+/// Otherwise, without filter:
+///   tolerance 0    square (0,0) (8,0) (8,8) (0,8)           the same points
+///   tolerance 1    (0,0) (4,1) (8,0) (8,8) (0,8), closed    loses (4,1)
+/// A straight run of points collapses to its ends, but a point is kept after at
+/// most 50 that come after the last kept one. With the filter a closed outline
+/// may begin at another place than the input, and outlines shrink a little at
+/// their corners; an open one keeps its first point and ends at its last
+/// sample, which lies less than a step from its last point.
+///
+/// Points further apart than 32767 in x or y are never dropped between.
+/// Coordinates may use the whole 32-bit range; filtered ones wrap beyond it.
+/// Needs memory for the result and a few hundred bytes times n. Cost: linear in
+/// the input's points and in its length divided by the step. Throws
+/// std::bad_alloc. Reads the process-wide parameters: see cleanpar for threads.
+VASKEL_API Pemmit::Path* clean(const Pemmit::Path* path, int size);
+
 // ---- Arcs -------------------------------------------------------------------
 
 /// A circular arc of less than a half circle: its centre, and its ends relative

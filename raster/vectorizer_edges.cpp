@@ -1,0 +1,109 @@
+// The list of open edges, left to right, and what becomes of an edge that ends.
+//
+// Edges live in one array and are linked by 16-bit numbers; free places are
+// linked the same way. Place 0 is the head of the list and never an edge, so
+// that 65535 edges may be open at a time. No more than 65536 places are ever
+// made: with the last one in use the free chain is empty.
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/pemmit.h"
+#include "raster/shared_block.h"
+#include "raster/vectorizer.h"
+#include "util/clean_owned.h"
+
+namespace Vaskel {
+namespace {
+
+constexpr int kMostPlaces = 65536;
+
+struct PathRemover {
+    void operator()(Pemmit::Path* path) const { Pemmit::objrem(path); }
+};
+
+bool isAtMost(const Pemmit::Box& box, int size) {
+    return std::int64_t{box.maxX} - box.minX <= size && std::int64_t{box.maxY} - box.minY <= size;
+}
+
+}  // namespace
+
+void VectorizerInside::chainFree(Edge* edges, int first, int capacity) {
+    for (int i = first; i < capacity; ++i)
+        edges[i] = {static_cast<unsigned short>(i + 1 < capacity ? i + 1 : 0), nullptr, 0, 0};
+}
+
+void Vectorizer::InitList() {
+    mEdges = SharedBlock::make<Edge>(static_cast<std::size_t>(mEdgeCapacity));
+    if (!mEdges) {
+        VectorizerInside::releaseBuffers(*this);
+        throw int{-1};
+    }
+    mEdges[0] = {0, nullptr, 0, 0};
+    VectorizerInside::chainFree(mEdges, 1, mEdgeCapacity);
+    mFreeEdge = 1;
+}
+
+// Doubles the array and returns the first new place, whose chain holds the
+// other new ones; 0 when there may be no more. Nothing changes on failure.
+unsigned short VectorizerInside::grow(Vectorizer& tracer) {
+    const int old = tracer.mEdgeCapacity;
+    if (old >= kMostPlaces) return 0;
+    Edge* const fresh = SharedBlock::make<Edge>(static_cast<std::size_t>(2 * old));
+    if (!fresh) throw int{-1};
+    std::copy(tracer.mEdges, tracer.mEdges + old, fresh);
+    chainFree(fresh, old, 2 * old);
+    SharedBlock::release(tracer.mEdges);
+    tracer.mEdges = fresh;
+    tracer.mEdgeCapacity = 2 * old;
+    return static_cast<unsigned short>(old);
+}
+
+unsigned short Vectorizer::InsertAfter(unsigned short after) {
+    const unsigned short i = mFreeEdge;
+    if (i == 0) throw int{-2};
+    std::unique_ptr<Pemmit::Path, PathRemover> path(Pemmit::patbeg());
+    unsigned short rest = mEdges[i].next;
+    if (rest == 0) rest = VectorizerInside::grow(*this);
+    mFreeEdge = rest;
+    mEdges[i].next = mEdges[after].next;
+    mEdges[after].next = i;
+    mEdges[i].path = path.release();
+    return i;
+}
+
+// The edge has left the list before anything that may throw.
+void Vectorizer::DeleteIndex(unsigned short prev) {
+    const unsigned short i = mEdges[prev].next;
+    if (i == 0) return;
+    mEdges[prev].next = mEdges[i].next;
+    mEdges[i].next = mFreeEdge;
+    mFreeEdge = i;
+    Pemmit::Path* const path = std::exchange(mEdges[i].path, nullptr);
+    if (!path) return;
+    // A path without points has handed them on to its partner.
+    if (Pemmit::patsiz(path) == 0 || isAtMost(path->box, mMinSize)) {
+        Pemmit::objrem(path);
+        return;
+    }
+    Pemmit::Path* const cleaned = cleanOwned(path, mMinSize);
+    if (!cleaned) return;
+    if (isAtMost(cleaned->box, mMinSize))
+        Pemmit::objrem(cleaned);
+    else
+        addPath(cleaned);
+}
+
+void VectorizerInside::releaseOpenEdges(Vectorizer& tracer) {
+    Edge* const edges = tracer.mEdges;
+    while (const unsigned short i = edges[0].next) {
+        edges[0].next = edges[i].next;
+        edges[i].next = tracer.mFreeEdge;
+        tracer.mFreeEdge = i;
+        Pemmit::objrem(std::exchange(edges[i].path, nullptr));
+    }
+}
+
+}  // namespace Vaskel
