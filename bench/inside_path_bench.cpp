@@ -1,0 +1,86 @@
+// Whether points lie inside a polygon: one question at a time, and many of one
+// polygon through an index.
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+
+#include "bench/support/peers.h"
+#include "bench/support/polygons.h"
+#include "vaskel/geometry.h"
+
+namespace {
+
+using namespace Bench;
+
+std::vector<Vertex> questions() {
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> any(-(1 << 24), 1 << 24);
+    std::vector<Vertex> points(1024);
+    for (Vertex& p : points) p = {any(random), any(random)};
+    return points;
+}
+
+// Asks one question an iteration, all of them in turn.
+template <class Ask>
+void ask(benchmark::State& state, Ask inside) {
+    const std::vector<Vertex> points = questions();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const Vertex& p = points[i++ % points.size()];
+        benchmark::DoNotOptimize(inside(p.x, p.y));
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+Polygon made(benchmark::State& state, const Shape& shape) {
+    return shape.make(static_cast<int>(state.range(0)));
+}
+
+void registerAll() {
+    using benchmark::RegisterBenchmark;
+    using benchmark::State;
+    for (const Shape& shape : kShapes) {
+        const std::string one = std::string("insidePath_") + shape.name;
+        const std::string many = std::string("preparedPath_") + shape.name;
+        const auto sized = [](auto* bench) { bench->RangeMultiplier(10)->Range(1000, 100000); };
+        sized(RegisterBenchmark((one + "/vaskel").c_str(), [shape](State& state) {
+            const DocumentPath path(made(state, shape));
+            ask(state, [&](int x, int y) { return Vaskel::insidePath(x, y, path.get()); });
+        }));
+        sized(RegisterBenchmark((one + "/boost").c_str(), [shape](State& state) {
+            const BoostPolygon polygon(made(state, shape));
+            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+        }));
+#if VASKEL_BENCH_CGAL
+        sized(RegisterBenchmark((one + "/cgal").c_str(), [shape](State& state) {
+            const CgalPolygon polygon(made(state, shape));
+            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+        }));
+#endif
+        sized(RegisterBenchmark((many + "/vaskel").c_str(), [shape](State& state) {
+            const DocumentPath path(made(state, shape));
+            const Vaskel::preparedPath prepared(path.get());
+            ask(state, [&](int x, int y) { return prepared.inside(x, y); });
+        }));
+#if VASKEL_BENCH_GEOS
+        sized(RegisterBenchmark((many + "/geos_prepared").c_str(), [shape](State& state) {
+            const GeosPolygon polygon(made(state, shape));
+            ask(state, [&](int x, int y) { return polygon.preparedCovers(x, y); });
+        }));
+#endif
+        sized(RegisterBenchmark((many + "_build/vaskel").c_str(), [shape](State& state) {
+            const DocumentPath path(made(state, shape));
+            for (auto _ : state)
+                benchmark::DoNotOptimize(Vaskel::preparedPath(path.get()).inside(0, 0));
+        }));
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
