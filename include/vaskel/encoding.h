@@ -1,6 +1,20 @@
+// Text and data encodings: Unicode forms of text, ASCII85, integers of any
+// size, and URLs from paths.
+//
+// One header a subject, all of them here:
+//
+//   vaskel/encoding/unicode.h  which Unicode form a text has, and from each
+//                              form to the others
+//   vaskel/encoding/bigint.h   unsigned integers of any size
+//
+// Nothing here keeps state between calls or shares any: different objects may
+// be used on different threads.
+
 #ifndef VASKEL_ENCODING_H
 #define VASKEL_ENCODING_H
 
+#include "vaskel/encoding/bigint.h"
+#include "vaskel/encoding/unicode.h"
 #include "vaskel/export.h"
 
 namespace Vaskel {}  // namespace Vaskel

@@ -1,0 +1,270 @@
+// Integers of any size: the class on top of rows of digits.
+//
+// Whatever can fail, memory or a host's debug output, comes first; a result
+// that may not replace its operand yet is made beside it and exchanged.
+
+#include "encoding/bigint.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "encoding/bigint_digits.h"
+#include "encoding/bigint_divide.h"
+#include "encoding/bigint_multiply.h"
+#include "platform/orlune.h"
+#include "vaskel/encoding.h"
+
+namespace Vaskel {
+namespace {
+
+using Access = BigintAccess;
+
+void reportNegativeResult() { Orlune::debug("bigint::operator -= >> negative result!"); }
+
+std::size_t size(const bigint& number) { return static_cast<std::size_t>(Access::length(number)); }
+
+std::int32_t asLength(std::size_t count) {
+    if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+        throw std::bad_alloc();
+    return static_cast<std::int32_t>(count);
+}
+
+// Less than 0, 0 or more than 0, by length first.
+int compare(const bigint& a, const bigint& b) {
+    if (size(a) != size(b)) return size(a) < size(b) ? -1 : 1;
+    return compareDigits(Access::digits(a), Access::digits(b), size(a));
+}
+
+// Whether a, which is not shorter than b, is less by value.
+bool lessByValue(const bigint& a, const bigint& b) {
+    return trimmedCount(Access::digits(a) + size(b), size(a) - size(b)) == 0 &&
+           compareDigits(Access::digits(a), Access::digits(b), size(b)) < 0;
+}
+
+}  // namespace
+
+void BigintAccess::swap(bigint& a, bigint& b) {
+    std::swap(a.mDigits.mData, b.mDigits.mData);
+    std::swap(a.mDigits.mCapacity, b.mDigits.mCapacity);
+    std::swap(a.mDigits.mGrowthStep, b.mDigits.mGrowthStep);
+    std::swap(a.mLength, b.mLength);
+}
+
+bigint zeroDigits(std::size_t length) {
+    bigint number;
+    const std::int32_t checked = asLength(length);
+    Access::reserve(number, length + 1);
+    Access::setLength(number, checked);
+    return number;
+}
+
+bigint::bigint() : mLength(0) {}
+
+bigint::bigint(unsigned int value) : bigint(std::uint64_t{value}, Whole()) {}
+
+bigint::bigint(std::uint64_t value, Whole) : mLength(0) {
+    for (; value != 0; value >>= 16)
+        mDigits[static_cast<std::uint64_t>(mLength++)] = static_cast<Digit>(value);
+}
+
+bigint::bigint(const bigint& other) = default;
+bigint& bigint::operator=(const bigint& other) {
+    mDigits = other.mDigits;
+    mLength = other.mLength;
+    return *this;
+}
+bigint::~bigint() = default;
+
+void bigint::reportNegative(std::int64_t value) {
+    Orlune::debug("bigint >> negative operand: %lld", static_cast<long long>(value));
+}
+
+bigint::operator unsigned int() const {
+    const Digit* const digits = Access::digits(*this);
+    if (mLength == 0) return 0;
+    if (mLength == 1) return digits[0];
+    if (mLength == 2) return std::uint32_t{digits[1]} << 16 | digits[0];
+    Orlune::debug("bigint::operator uns32 >> overflow");
+    return 4294967295u;
+}
+
+bool bigint::operator==(const bigint& other) const { return compare(*this, other) == 0; }
+bool bigint::operator!=(const bigint& other) const { return compare(*this, other) != 0; }
+bool bigint::operator<(const bigint& other) const { return compare(*this, other) < 0; }
+bool bigint::operator<=(const bigint& other) const { return compare(*this, other) <= 0; }
+bool bigint::operator>(const bigint& other) const { return !(*this <= other); }
+bool bigint::operator>=(const bigint& other) const { return !(*this < other); }
+
+bigint& bigint::operator+=(const bigint& other) {
+    const std::size_t mine = size(*this), theirs = size(other);
+    const std::size_t longer = std::max(mine, theirs);
+    // Room for the carry first: nothing may fail once digits have changed.
+    const bool roomy = longer < Access::capacity(mDigits);
+    if (!roomy) {
+        asLength(longer + 1);
+        Access::reserve(*this, longer + 1);
+    }
+    Digit* const a = Access::digits(*this);
+    const Digit* const b = Access::digits(other);
+    const std::size_t shared = std::min(mine, theirs);
+    unsigned carry = addDigits(a, b, shared);
+    if (theirs > mine) std::copy(b + mine, b + theirs, a + mine);
+    carry = carryInto(a + shared, longer - shared, carry);
+    a[longer] = static_cast<Digit>(carry);
+    mLength = static_cast<std::int32_t>(longer + carry);
+    return *this;
+}
+
+bigint& bigint::operator-=(const bigint& other) {
+    const std::size_t mine = size(*this), theirs = size(other);
+    if (mine < theirs) {
+        reportNegativeResult();
+        return *this;
+    }
+    if (mine == 0) return *this;
+    if (lessByValue(*this, other)) reportNegativeResult();
+    Digit* const a = Access::digits(*this);
+    const unsigned borrow = subtractDigits(a, Access::digits(other), theirs);
+    borrowFrom(a + theirs, mine - theirs, borrow);
+    if (a[mine - 1] == 0) --mLength;
+    return *this;
+}
+
+bigint& bigint::operator*=(unsigned short factor) {
+    const std::size_t mine = size(*this);
+    if (mine == 0) return *this;
+    if (mine >= Access::capacity(mDigits)) {
+        asLength(mine + 1);
+        Access::reserve(*this, mine + 1);
+    }
+    Digit* const a = Access::digits(*this);
+    const unsigned carry = multiplyDigits(a, mine, factor);
+    if (carry != 0) {
+        a[mine] = static_cast<Digit>(carry);
+        ++mLength;
+    }
+    return *this;
+}
+
+// The rule multiplies by other's digits from the lowest on and shifts the sum
+// up by one place before each further one. In closed form: the product with
+// the digits reversed. Each shift adds a digit and the last sum may add one
+// more, so n by m digits give n + m - 1, and another if it is not 0. The one
+// exception: a sum that is the single digit 0 is not shifted, so that with
+// n = 1 the leading zeros of the reversed digits leave no places behind.
+bigint& bigint::operator*=(const bigint& other) {
+    const std::size_t n = size(*this);
+    std::size_t m = size(other);
+    if (m == 0) mLength = 0;
+    if (n == 0 || m == 0) return *this;
+    const Digit* const a = Access::digits(*this);
+    const Digit* factor = Access::digits(other);
+    if (n == 1) {
+        while (m > 1 && (*factor == 0 || a[0] == 0)) ++factor, --m;
+    }
+    bigint product = zeroDigits(n + m);
+    std::vector<Digit> reversed(m);
+    std::reverse_copy(factor, factor + m, reversed.begin());
+    Digit* const out = Access::digits(product);
+    multiplyRowsPlain(a, n, reversed.data(), m, out);
+    if (out[n + m - 1] == 0) --product.mLength;
+    Access::swap(*this, product);
+    return *this;
+}
+
+bigint& bigint::operator/=(const bigint& divisor) {
+    bigint remainder;
+    divmod(divisor, *this, remainder);
+    return *this;
+}
+
+bigint& bigint::operator%=(const bigint& divisor) {
+    bigint quotient;
+    divmod(divisor, quotient, *this);
+    return *this;
+}
+
+bigint bigint::operator+(const bigint& other) const {
+    bigint sum(*this);
+    sum += other;
+    return sum;
+}
+
+bigint bigint::operator-(const bigint& other) const {
+    bigint difference(*this);
+    difference -= other;
+    return difference;
+}
+
+bigint bigint::operator*(const bigint& other) const {
+    bigint product(*this);
+    product *= other;
+    return product;
+}
+
+bigint bigint::operator*(unsigned short factor) const {
+    bigint product(*this);
+    product *= factor;
+    return product;
+}
+
+bigint bigint::operator/(const bigint& divisor) const {
+    bigint quotient, remainder;
+    divmod(divisor, quotient, remainder);
+    return quotient;
+}
+
+bigint bigint::operator%(const bigint& divisor) const {
+    bigint quotient, remainder;
+    divmod(divisor, quotient, remainder);
+    return remainder;
+}
+
+void bigint::divmod(const bigint& divisor, bigint& quotient, bigint& remainder) const {
+    const Digit* const d = Access::digits(divisor);
+    const std::size_t n = trimmedCount(d, size(divisor));
+    const std::size_t length = size(*this);
+    bigint result, rest = zeroDigits(length);
+    std::copy_n(Access::digits(*this), length, Access::digits(rest));
+    if (n == 0) {
+        Orlune::debug("bigint::divmod >> division by 0");
+    } else if (*this >= divisor) {
+        // Less by comparison needs no estimate in any place. Anything else
+        // does, and that is where zeros on top of the divisor cannot stay.
+        DigitDivision<Base65536> division(d, n, Access::digits(rest), length);
+        result = zeroDigits(length - n + 1);
+        for (std::size_t s = length - n + 1; s-- > 0;)
+            Access::digits(result)[s] = division.digitAt(s, reportNegativeResult);
+        rest.mLength = static_cast<std::int32_t>(division.length());
+        result.mLength =
+            static_cast<std::int32_t>(trimmedCount(Access::digits(result), size(result)));
+    }
+    Access::swap(quotient, result);
+    Access::swap(remainder, rest);
+}
+
+void bigint::leftshift(int n) {
+    if (n < 1 || mLength == 0 || (mLength == 1 && Access::digits(*this)[0] == 0)) return;
+    const std::size_t mine = size(*this), count = mine + static_cast<std::size_t>(n);
+    const std::int32_t length = asLength(count);
+    Access::reserve(*this, count);
+    Digit* const digits = Access::digits(*this);
+    std::copy_backward(digits, digits + mine, digits + count);
+    std::fill_n(digits, n, Digit(0));
+    mLength = length;
+}
+
+void bigint::rightshift(int n) {
+    if (n < 1) return;
+    Digit* const digits = Access::digits(*this);
+    if (n >= mLength || (mLength == 1 && digits[0] == 0)) {
+        mLength = 0;
+        return;
+    }
+    std::copy(digits + n, digits + mLength, digits);
+    mLength -= n;
+}
+
+}  // namespace Vaskel
