@@ -1,0 +1,27 @@
+// The formatter that message texts have always had: it counts up to 1024
+// characters, fills its buffer and fails beyond. Hosts rely on where texts are
+// cut, so it is built here upon vsnprintf, which counts on.
+
+#include "messages/counted_format.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace Vaskel {
+
+int formatCounted(MessageBuffer& text, const char* format, va_list arguments) {
+    text[0] = '\0';
+    if (format == nullptr) return -1;
+    errno = 0;
+    const int count = std::vsnprintf(text, sizeof text, format, arguments);
+    if (count > kMessageLength) return -1;
+    if (count >= 0) return count;
+    // A text beyond the int range is a long text, not a failure, where the
+    // formatter came as far as filling the buffer.
+    const bool filled = errno == EOVERFLOW && std::memchr(text, '\0', kMessageLength) == nullptr;
+    if (!filled) text[0] = '\0';
+    return -1;
+}
+
+}  // namespace Vaskel

@@ -1,0 +1,25 @@
+// printf into the fixed buffer of a message.
+
+#ifndef MESSAGES_COUNTED_FORMAT_H
+#define MESSAGES_COUNTED_FORMAT_H
+
+#include <cstdarg>
+#include <cstddef>
+
+namespace Vaskel {
+
+/// How many bytes of text a message holds.
+constexpr int kMessageLength = 1024;
+
+/// A message's text and its terminator.
+using MessageBuffer = char[kMessageLength + 1];
+
+/// Formats into text and returns the count of characters, 0 to 1024. A longer
+/// text leaves its first 1024 bytes and gives -1; a failure of the formatter
+/// leaves the empty text and gives -1. text is terminated in every case.
+int formatCounted(MessageBuffer& text, const char* format, va_list arguments)
+    __attribute__((format(printf, 2, 0)));
+
+}  // namespace Vaskel
+
+#endif
