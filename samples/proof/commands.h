@@ -1,0 +1,22 @@
+// The commands of vaskel-proof. Each adds itself to the command line and
+// leaves behind what is to run when it was chosen.
+
+#ifndef SAMPLES_PROOF_COMMANDS_H
+#define SAMPLES_PROOF_COMMANDS_H
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace Proof {
+
+class Console;
+
+/// What a chosen command does; returns the exit code, throws Failure.
+using Command = std::function<int(Console&)>;
+
+/// trace INPUT -o OUT...: outlines of a scanned page as SVG and PDF.
+void addTrace(CLI::App& app, Command& chosen);
+
+}  // namespace Proof
+
+#endif

@@ -1,0 +1,76 @@
+// vaskel-proof: the sample host. It installs itself as the library's host
+// (messages, progress, cancellation) and runs one of its commands.
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "samples/proof/commands.h"
+#include "samples/proof/console.h"
+#include "samples/proof/failure.h"
+#include "samples/proof/versions.h"
+
+namespace {
+
+using namespace Proof;
+
+struct Arguments {
+    Command command;
+    Colour colour = Colour::Auto;
+};
+
+void describe(CLI::App& app, Arguments& arguments) {
+    app.name("vaskel-proof");
+    app.description("Makes outlines and proofs with VaskelLib.");
+    app.footer("vaskel-proof COMMAND --help tells more about a command.\n\n"
+               "Exit codes: 0 done; 1 an input cannot be read or an output cannot be written;\n"
+               "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", versionText());
+    app.add_option("--color,--colour", arguments.colour, "colours on standard error")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, Colour>{
+                {"auto", Colour::Auto}, {"always", Colour::Always}, {"never", Colour::Never}},
+            CLI::ignore_case).description("{auto,always,never}"))
+        ->type_name("");
+    app.fallthrough();
+    addTrace(app, arguments.command);
+}
+
+int run(const Arguments& arguments, Console& console) {
+    try {
+        return arguments.command(console);
+    } catch (const Failure& failure) {
+        console.endProgress();
+        error(failure.what());
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        console.endProgress();
+        error("there is not enough memory");
+    } catch (const std::exception& problem) {
+        console.endProgress();
+        error(oneLine(problem.what()));
+    }
+    return kExitFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a write error like any other
+    CLI::App app;
+    Arguments arguments;
+    describe(app, arguments);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& problem) {
+        if (problem.get_exit_code() == 0) return app.exit(problem);
+        std::fprintf(stderr, "vaskel-proof: %s\nvaskel-proof --help tells how it is used\n",
+                     oneLine(problem.what()).c_str());
+        return kExitUsage;
+    }
+    Console console(stderr, arguments.colour);
+    const MessagesOnConsole messages(console);
+    return run(arguments, console);
+}

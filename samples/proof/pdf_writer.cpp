@@ -1,0 +1,76 @@
+#include "samples/proof/pdf_writer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFPageObjectHelper.hh>
+
+#include "samples/proof/numbers.h"
+#include "samples/proof/pdf_document.h"
+
+namespace Proof {
+namespace {
+
+// Enough for the last unit of a page of ten million of them to stay in place.
+constexpr int kMatrixDecimals = 12;
+constexpr double kLargestPage = 14400;  // user units
+
+double widthPt(const OutlinePage& page) { return page.width / page.xUnitsPerInch * 72; }
+double heightPt(const OutlinePage& page) { return page.height / page.yUnitsPerInch * 72; }
+
+// How many points a user unit has to be so that the page keeps to the limit.
+int userUnit(const OutlinePage& page) {
+    return std::max(
+        1, static_cast<int>(std::ceil(std::max(widthPt(page), heightPt(page)) / kLargestPage)));
+}
+
+}  // namespace
+
+std::string pdfPathOperators(const Outlines& outlines) {
+    std::string text;
+    text.reserve(outlines.pointCount() * 12);
+    for (std::size_t i = 0; i < outlines.count(); ++i) {
+        const char* operation = " m\n";
+        for (const OutlinePoint& point : outlines.contour(i)) {
+            appendInt(text, point.x);
+            text += ' ';
+            appendInt(text, point.y);
+            text += operation;
+            operation = " l\n";
+        }
+        text += "h\n";
+    }
+    return text;
+}
+
+std::string pdfPageMatrix(const OutlinePage& page) {
+    const double unit = userUnit(page);
+    return decimal(72 / page.xUnitsPerInch / unit, kMatrixDecimals) + " 0 0 " +
+           decimal(-72 / page.yUnitsPerInch / unit, kMatrixDecimals) + " 0 " +
+           decimal(heightPt(page) / unit, kMatrixDecimals);
+}
+
+std::string pdfPageContent(const OutlinePage& page) {
+    if (page.outlines.count() == 0) return {};
+    return "q\n" + pdfPageMatrix(page) + " cm\n" + pdfPathOperators(page.outlines) + "f*\nQ\n";
+}
+
+void writePdf(const OutlinePage& page, const std::string& title, std::optional<std::time_t> date,
+              OutputFile& file) {
+    QPDF pdf;
+    pdf.emptyPDF();
+    setDocumentInfo(pdf, title, date);
+    QPDFObjectHandle object = QPDFObjectHandle::parse("<< /Type /Page /Resources << >> >>");
+    const int unit = userUnit(page);
+    QPDFObjectHandle box = QPDFObjectHandle::newArray();
+    for (const double edge : {0.0, 0.0, widthPt(page) / unit, heightPt(page) / unit})
+        box.appendItem(QPDFObjectHandle::newReal(decimal(edge, 6)));
+    object.replaceKey("/MediaBox", box);
+    if (unit > 1) object.replaceKey("/UserUnit", QPDFObjectHandle::newInteger(unit));
+    object.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, pdfPageContent(page)));
+    QPDFPageDocumentHelper(pdf).addPage(
+        QPDFPageObjectHelper(pdf.makeIndirectObject(object)), false);
+    writeDocument(pdf, PdfStreams::Compress, file);
+}
+
+}  // namespace Proof

@@ -1,0 +1,165 @@
+// vaskel-proof trace: a scanned page in, its outlines as SVG and PDF out.
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+
+#include "samples/proof/commands.h"
+#include "samples/proof/console.h"
+#include "samples/proof/failure.h"
+#include "samples/proof/numbers.h"
+#include "samples/proof/output_file.h"
+#include "samples/proof/pdf_document.h"
+#include "samples/proof/pdf_writer.h"
+#include "samples/proof/svg_writer.h"
+#include "samples/proof/trace_job.h"
+
+namespace Proof {
+namespace {
+
+enum class Format { Svg, Pdf };
+
+struct TraceCommand {
+    TraceOptions options;
+    std::vector<std::string> outputs;
+    std::string format;  // "svg", "pdf" or empty: by the output's name
+};
+
+Format formatOf(const TraceCommand& command, const std::string& output) {
+    std::string name = command.format;
+    if (name.empty()) name = std::filesystem::path(output).extension().string();
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    if (name == ".svg" || name == "svg") return Format::Svg;
+    if (name == ".pdf" || name == "pdf") return Format::Pdf;
+    throw Failure(oneLine("what is to be written to " + output +
+                          "? its name ends neither in .svg nor in .pdf; --format tells"),
+                  kExitUsage);
+}
+
+std::string leafName(const std::string& path) {
+    return path == "-" ? "standard input" : std::filesystem::path(path).filename().string();
+}
+
+void writeOutput(const TracedScan& traced, Format format, OutputFile& file) {
+    const std::string title = leafName(traced.name);
+    if (format == Format::Svg)
+        writeSvg(traced.page, title, file);
+    else
+        writePdf(traced.page, title, documentDate(traced.modified), file);
+}
+
+void printSummary(const TracedScan& traced, const TraceCommand& command) {
+    const OutlinePage& page = traced.page;
+    std::string text = traced.description + "\n" + grouped(page.outlines.count()) + " outlines, " +
+                       grouped(page.outlines.pointCount()) + " points\n";
+    for (const std::string& output : command.outputs) text += "wrote " + output + "\n";
+    std::fputs(text.c_str(), stdout);
+}
+
+int runTrace(const TraceCommand& command, Console& console) {
+    std::vector<Format> formats;
+    for (const std::string& output : command.outputs) formats.push_back(formatOf(command, output));
+    const TracedScan traced = traceScan(command.options, console);
+
+    // All files are complete before the first of them takes its name.
+    std::vector<std::unique_ptr<OutputFile>> files;
+    for (std::size_t i = 0; i < formats.size(); ++i) {
+        files.push_back(std::make_unique<OutputFile>(command.outputs[i]));
+        writeOutput(traced, formats[i], *files.back());
+    }
+    for (const auto& file : files) file->commit();
+
+    if (traced.cancelledBy != 0) {
+        warning("cancelled after row " + grouped(static_cast<unsigned>(traced.rows)) + " of " +
+                grouped(static_cast<unsigned>(traced.allRows)) +
+                "; the outlines up to there were closed and written");
+        return kExitSignal + traced.cancelledBy;
+    }
+    const bool toStdout = std::count(command.outputs.begin(), command.outputs.end(), "-") > 0;
+    if (!command.options.quiet && !toStdout) printSummary(traced, command);
+    return kExitDone;
+}
+
+void addScanOptions(CLI::App& app, TraceOptions& options) {
+    const char* group = "The scan";
+    app.add_option("INPUT", options.input, "PNG, TIFF, PBM or PGM file; - reads standard input")
+        ->required()
+        ->type_name("");
+    app.add_option("--page", options.page, "page of a TIFF with several")
+        ->type_name("N")
+        ->capture_default_str()
+        ->group(group);
+    app.add_option("--resolution", options.resolution,
+                   "pixels per inch, where the file states none or a wrong one")
+        ->type_name("PPI")
+        ->group(group);
+    app.add_option("--threshold", options.threshold,
+                   "greys below it are ink: otsu (found from the page), 0 to 255, or 0% to 100%")
+        ->type_name("GREY")
+        ->capture_default_str()
+        ->group(group);
+    app.add_flag("--invert", options.invert, "trace the paper instead of the ink")->group(group);
+}
+
+void addOutlineOptions(CLI::App& app, TraceOptions& options) {
+    const char* group = "The outlines (LENGTH: 0.2mm, 4mil, 1/300 inch, 3scanpix ...)";
+    const auto length = [&](const char* name, std::string& text, const char* help) {
+        app.add_option(name, text, help)->type_name("LENGTH")->capture_default_str()->group(group);
+    };
+    length("--min-size", options.minSize,
+           "outlines at most so wide and so high are dropped, and lines less high than that");
+    length("--tolerance", options.tolerance,
+           "how far straight lines may be from the filtered outline");
+    app.add_option("--filter", options.filter, "order of the low-pass filter, 0 for none")
+        ->type_name("N")
+        ->check(CLI::Range(0, 50))
+        ->capture_default_str()
+        ->group(group);
+    app.add_option("--grid", options.grid, "coordinates a pixel; 1 keeps outlines on pixel corners")
+        ->type_name("N")
+        ->check(CLI::Range(1, 64))
+        ->capture_default_str()
+        ->group(group);
+    length("--step", options.step, "distance of the filter's samples along the outline");
+    app.add_flag("--smooth", options.smooth, "steps of one pixel become diagonals (with --grid 1)")
+        ->group(group);
+    app.add_flag("--exact", options.exact,
+                 "every pixel edge as it stands: nothing dropped, filtered or simplified")
+        ->group(group);
+    app.add_option("--unit", options.unit, "unit of lengths without one, and of what is printed")
+        ->type_name("UNIT")
+        ->capture_default_str()
+        ->group(group);
+}
+
+}  // namespace
+
+void addTrace(CLI::App& app, Command& chosen) {
+    const auto command = std::make_shared<TraceCommand>();
+    CLI::App* trace = app.add_subcommand("trace", "trace a scanned page into outlines");
+    trace->footer("Ctrl-C stops tracing and writes the outlines closed so far.\n"
+                  "Example: vaskel-proof trace scan.tif -o scan.svg -o scan.pdf --min-size 0.2mm");
+    addScanOptions(*trace, command->options);
+    addOutlineOptions(*trace, command->options);
+    const char* group = "The result";
+    trace
+        ->add_option("-o,--output", command->outputs,
+                     "SVG or PDF file to write, by its name's end; may be given several times")
+        ->required()
+        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->group(group);
+    trace->add_option("--format", command->format, "svg or pdf, whatever the names say")
+        ->check(CLI::IsMember({"svg", "pdf"}))
+        ->type_name("FORMAT")
+        ->group(group);
+    trace->add_flag("-q,--quiet", command->options.quiet, "say nothing unless something is wrong")
+        ->group(group);
+    trace->final_callback([command, &chosen] {
+        chosen = [command](Console& console) { return runTrace(*command, console); };
+    });
+}
+
+}  // namespace Proof
