@@ -16,7 +16,7 @@ void setLengthUnit(const std::string& unit);
 /// distance is one outline unit, one "scanpix" a pixel of the scan.
 void setScanResolution(double ppi, int unitsPerPixel);
 
-/// Reads a length such as "0.2mm", "1/8 inch", "3scanpix" or "0.5" (in the
+/// Reads a length such as "0.2mm", "4 mil", "3scanpix" or "0.5" (in the
 /// unit set) as outline units, rounded with Orlune::iround. Throws Failure
 /// (usage) that names the option for a text that is no length, or negative,
 /// or beyond a million units.

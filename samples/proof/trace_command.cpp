@@ -104,7 +104,7 @@ void addScanOptions(CLI::App& app, TraceOptions& options) {
 }
 
 void addOutlineOptions(CLI::App& app, TraceOptions& options) {
-    const char* group = "The outlines (LENGTH: 0.2mm, 4mil, 1/300 inch, 3scanpix ...)";
+    const char* group = "The outlines (LENGTH: 0.2mm, 4mil, 0.5pt, 3scanpix ...)";
     const auto length = [&](const char* name, std::string& text, const char* help) {
         app.add_option(name, text, help)->type_name("LENGTH")->capture_default_str()->group(group);
     };

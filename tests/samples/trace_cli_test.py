@@ -216,11 +216,11 @@ class Bitmaps(TraceTest):
                 rows[y] |= ((1 << size) - 1) << (size * 12)
         self.path("in.pbm", Bitmap(140, 12, rows).pbm())
         left = {}
-        for length in ("0", "0.2mm", "0.02cm", "1/50 inch", "3scanpix", "0.5", "2in"):
+        for length in ("0", "0.2mm", "0.02cm", "0.02 inch", "3scanpix", "0.5", "2in"):
             self.succeeds(self.path("in.pbm"), "-o", self.path("out.svg"), "--resolution", "254",
                           "--min-size", length, "--grid", "1", "--filter", "0", "--tolerance", "0")
             left[length] = len(Svg(self.path("out.svg")).contours)
-        self.assertEqual(left, {"0": 10, "0.2mm": 8, "0.02cm": 8, "1/50 inch": 5, "3scanpix": 7,
+        self.assertEqual(left, {"0": 10, "0.2mm": 8, "0.02cm": 8, "0.02 inch": 5, "3scanpix": 7,
                                 "0.5": 5, "2in": 0})
         self.succeeds(self.path("in.pbm"), "-o", self.path("out.svg"), "--resolution", "254",
                       "--min-size", "0.02", "--unit", "cm", "--grid", "1", "--filter", "0",
