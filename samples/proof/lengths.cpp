@@ -1,6 +1,7 @@
 #include "samples/proof/lengths.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "embedded/host.h"
 #include "platform/orlune.h"
@@ -16,12 +17,6 @@ constexpr int kLargestLength = 1000000;
 [[noreturn]] void refuse(const std::string& option, const std::string& text,
                          const std::string& wanted) {
     throw Failure(option + " takes " + wanted + ", not \"" + oneLine(text) + "\"", kExitUsage);
-}
-
-// A length in the current unit, unit words by their distinct names, also with
-// blanks before them.
-bool readInCurrentUnit(const std::string& text, double* value) {
-    return Vaskel::strtodouuni(text.c_str(), value, true, true) == 0 && std::isfinite(*value);
 }
 
 }  // namespace
@@ -41,12 +36,22 @@ void setScanResolution(double ppi, int unitsPerPixel) {
 
 int readLength(const std::string& option, const std::string& text) {
     double length = 0;
-    double inch = 0;
-    if (!readInCurrentUnit(text, &length) || length < 0 || !readInCurrentUnit("1inch", &inch))
+    // Unit words by their distinct names, also with blanks before them.
+    if (Vaskel::strtodouuni(text.c_str(), &length, true, true) != 0 || !std::isfinite(length) ||
+        length < 0)
         refuse(option, text, "a length such as 0.2mm, 4mil or 3scanpix");
-    const double units = Pemmit::getppi() * length / inch;
+    const double units = Vaskel::doutodis(length);
     if (units > kLargestLength) refuse(option, text, "a length of less than the page");
     return Orlune::iround(units);
+}
+
+std::string lengthText(double inches) {
+    char text[40];
+    const double value = Vaskel::distodou(inches * Pemmit::getppi());
+    Vaskel::doutostr(value, text, -1, Vaskel::getUnitPrecision(), false);
+    std::string digits = text + std::strspn(text, " ");
+    if (!digits.empty() && digits.back() == '.') digits.pop_back();
+    return digits;
 }
 
 double readNumber(const std::string& option, const std::string& text) {

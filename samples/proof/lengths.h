@@ -22,6 +22,10 @@ void setScanResolution(double ppi, int unitsPerPixel);
 /// or beyond a million units.
 int readLength(const std::string& option, const std::string& text);
 
+/// A length in the unit that was set, with the unit's own precision, without
+/// the unit's name: "297.01".
+std::string lengthText(double inches);
+
 /// Reads a plain number above 0, such as a resolution.
 double readNumber(const std::string& option, const std::string& text);
 

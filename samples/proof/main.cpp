@@ -55,10 +55,22 @@ int run(const Arguments& arguments, Console& console) {
     return kExitFailed;
 }
 
+int refuse(const CLI::App& app, const CLI::ParseError& problem) {
+    std::string reason = problem.what();
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty())
+        reason = "there is no command \"" + unknown[0] + "\"";
+    std::fprintf(stderr, "vaskel-proof: %s\nvaskel-proof --help tells how it is used\n",
+                 oneLine(reason).c_str());
+    return kExitUsage;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is a write error like any other
+    // A closed pipe and a full quota are write errors like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app;
     Arguments arguments;
     describe(app, arguments);
@@ -66,9 +78,7 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {
         if (problem.get_exit_code() == 0) return app.exit(problem);
-        std::fprintf(stderr, "vaskel-proof: %s\nvaskel-proof --help tells how it is used\n",
-                     oneLine(problem.what()).c_str());
-        return kExitUsage;
+        return refuse(app, problem);
     }
     Console console(stderr, arguments.colour);
     const MessagesOnConsole messages(console);

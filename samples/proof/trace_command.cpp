@@ -123,7 +123,7 @@ void addOutlineOptions(CLI::App& app, TraceOptions& options) {
         ->capture_default_str()
         ->group(group);
     length("--step", options.step, "distance of the filter's samples along the outline");
-    app.add_flag("--smooth", options.smooth, "steps of one pixel become diagonals (with --grid 1)")
+    app.add_flag("--smooth", options.smooth, "steps of one pixel are filled up to diagonals (with --grid 1)")
         ->group(group);
     app.add_flag("--exact", options.exact,
                  "every pixel edge as it stands: nothing dropped, filtered or simplified")

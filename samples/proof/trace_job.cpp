@@ -48,6 +48,7 @@ void checkOptions(const TraceOptions& options) {
 struct Resolution {
     double x;
     double y;
+    bool assumed = false;
 };
 
 Resolution chooseResolution(const TraceOptions& options, const ScanInfo& info) {
@@ -58,16 +59,7 @@ Resolution chooseResolution(const TraceOptions& options, const ScanInfo& info) {
         return {ppi, ppi};
     }
     if (info.xPpi > 0 && info.yPpi > 0) return {info.xPpi, info.yPpi};
-    note(oneLine(options.input == "-" ? "standard input" : options.input) +
-         " states no resolution; " + decimal(kAssumedPpi, 0) +
-         " ppi is assumed (--resolution sets it)");
-    return {kAssumedPpi, kAssumedPpi};
-}
-
-std::string lengthText(double inches) {
-    char text[64];
-    Vaskel::distostr(text, Orlune::iround(inches * Pemmit::getppi()));
-    return text;
+    return {kAssumedPpi, kAssumedPpi, true};
 }
 
 std::string describe(const std::string& name, const ScanInfo& info, const Resolution& resolution,
@@ -76,7 +68,8 @@ std::string describe(const std::string& name, const ScanInfo& info, const Resolu
                        std::to_string(info.width) + " x " + std::to_string(info.height) +
                        " pixels at " + decimal(resolution.x, 2);
     if (resolution.x != resolution.y) text += " x " + decimal(resolution.y, 2);
-    text += " ppi";
+    text += " ppi (" + lengthText(info.width / resolution.x) + " x " +
+            lengthText(info.height / resolution.y) + " " + Vaskel::GetDistinctUnitString() + ")";
     if (level) text += ", ink below grey " + std::to_string(*level);
     if (info.pages > 1)
         text += ", page " + std::to_string(info.page) + " of " + std::to_string(info.pages);
@@ -121,6 +114,10 @@ TracedScan traceScan(const TraceOptions& options, Console& console) {
         throw Failure("cancelled before tracing began; nothing was written",
                       static_cast<ExitCode>(kExitSignal + Interrupt::pending()));
     }
+    if (resolution.assumed)
+        note(oneLine(source->name() == "-" ? "standard input" : source->name()) +
+             " states no resolution; " + decimal(kAssumedPpi, 0) +
+             " ppi is assumed (--resolution sets it)");
     traced.allRows = info.height;
     traced.name = source->name();
     traced.modified = source->modified();

@@ -23,8 +23,8 @@ struct TraceOptions {
     std::string threshold = "otsu";
     bool invert = false;
     std::string minSize = "0.1mm";
-    std::string tolerance = "0.01mm";
-    int filter = 1;
+    std::string tolerance = "0.125scanpix";
+    int filter = 2;
     int grid = 16;
     std::string step = "1scanpix";
     bool smooth = false;

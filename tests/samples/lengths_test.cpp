@@ -64,3 +64,16 @@ TEST_CASE("plain numbers are above 0") {
         CHECK_THROWS_AS(readNumber("--resolution", text), Failure);
     }
 }
+
+TEST_CASE("a length is shown in the unit that was set, with its precision") {
+    setScanResolution(600, 16);
+    setLengthUnit("mm");
+    CHECK(lengthText(7016 / 600.0) == "297.01");
+    CHECK(lengthText(1) == "25.4");
+    setLengthUnit("cm");
+    CHECK(lengthText(1) == "2.54");
+    setLengthUnit("inch");
+    CHECK(lengthText(4960 / 600.0) == "8.2667");
+    CHECK(lengthText(3) == "3");
+    setLengthUnit("mm");
+}

@@ -72,7 +72,7 @@ TEST_CASE("a PDF has one page of the true size, a title and a date") {
     QPDFObjectHandle page = pages[0].getObjectHandle();
     CHECK(page.getKey("/MediaBox").unparse() == "[ 0 0 144 144 ]");
     CHECK_FALSE(page.hasKey("/UserUnit"));
-    CHECK(pages[0].getObjectHandle().getKey("/Contents").isStream());
+    CHECK(page.getKey("/Contents").isStream());
     QPDFObjectHandle info = pdf.getTrailer().getKey("/Info");
     CHECK(info.getKey("/Title").getUTF8Value() == "sc\xC3\xA4n");
     CHECK(info.getKey("/CreationDate").getStringValue() == "D:20000301000000Z");
