@@ -61,8 +61,8 @@ void report(int severity, const std::string& text) {
 std::string progressLine(const std::string& task, double percent, double secondsLeft, int width) {
     const double shown = std::clamp(percent, 0.0, 100.0);
     const std::string number = std::to_string(std::lround(shown));
-    const std::string share = "  " + std::string(3 - std::min<std::size_t>(3, number.size()), ' ') +
-                              number + " %";
+    const std::string share =
+        "  " + std::string(3 - std::min<std::size_t>(3, number.size()), ' ') + number + " %";
     const int filled = static_cast<int>(shown / 100 * kBarWidth);
     const std::string bar = "  [" + std::string(static_cast<std::size_t>(filled), '#') +
                             std::string(static_cast<std::size_t>(kBarWidth - filled), ' ') + "]";

@@ -10,8 +10,8 @@ namespace Proof {
 
 enum ExitCode : int {
     kExitDone = 0,
-    kExitFailed = 1,  // an input cannot be read, an output cannot be written
-    kExitUsage = 2,   // the command line makes no sense
+    kExitFailed = 1,   // an input cannot be read, an output cannot be written
+    kExitUsage = 2,    // the command line makes no sense
     kExitSignal = 128  // plus the number of the signal that cancelled
 };
 

@@ -23,16 +23,19 @@ struct Arguments {
 void describe(CLI::App& app, Arguments& arguments) {
     app.name("vaskel-proof");
     app.description("Makes outlines and proofs with VaskelLib.");
-    app.footer("vaskel-proof COMMAND --help tells more about a command.\n\n"
-               "Exit codes: 0 done; 1 an input cannot be read or an output cannot be written;\n"
-               "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
+    app.footer(
+        "vaskel-proof COMMAND --help tells more about a command.\n\n"
+        "Exit codes: 0 done; 1 an input cannot be read or an output cannot be written;\n"
+        "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText());
     app.add_option("--color,--colour", arguments.colour, "colours on standard error")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, Colour>{
-                {"auto", Colour::Auto}, {"always", Colour::Always}, {"never", Colour::Never}},
-            CLI::ignore_case).description("{auto,always,never}"))
+        ->transform(
+            CLI::CheckedTransformer(
+                std::map<std::string, Colour>{
+                    {"auto", Colour::Auto}, {"always", Colour::Always}, {"never", Colour::Never}},
+                CLI::ignore_case)
+                .description("{auto,always,never}"))
         ->type_name("");
     app.fallthrough();
     addTrace(app, arguments.command);

@@ -4,8 +4,8 @@ namespace Proof {
 
 std::string decimal(double value, int decimals) {
     char digits[64];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed,
-                                   decimals);
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals);
     std::string text(digits, end.ptr);
     if (text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);

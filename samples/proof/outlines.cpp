@@ -11,14 +11,22 @@ void Outlines::add(std::span<const OutlinePoint> contour) {
 
 OutlinePoint Orientation::onPage(int column, int row) const {
     switch (mCode) {
-        case 2: return {mWidth - column, row};
-        case 3: return {mWidth - column, mHeight - row};
-        case 4: return {column, mHeight - row};
-        case 5: return {row, column};
-        case 6: return {mHeight - row, column};
-        case 7: return {mHeight - row, mWidth - column};
-        case 8: return {row, mWidth - column};
-        default: return {column, row};
+        case 2:
+            return {mWidth - column, row};
+        case 3:
+            return {mWidth - column, mHeight - row};
+        case 4:
+            return {column, mHeight - row};
+        case 5:
+            return {row, column};
+        case 6:
+            return {mHeight - row, column};
+        case 7:
+            return {mHeight - row, mWidth - column};
+        case 8:
+            return {row, mWidth - column};
+        default:
+            return {column, row};
     }
 }
 

@@ -25,9 +25,8 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
 
     const std::string& path() const { return mPath; }
-    /// For libraries that write themselves; commit finds their errors.
-    std::FILE* stream() { return mStream; }
 
+    /// Appends bytes. Throws Failure and gives the output up where that fails.
     void write(std::string_view bytes);
 
     /// Brings all bytes to the disk and gives the file its name. Throws

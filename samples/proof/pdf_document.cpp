@@ -3,13 +3,28 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <qpdf/QPDFSystemError.hh>
+#include <qpdf/Pipeline.hh>
 #include <qpdf/QPDFWriter.hh>
 
-#include "samples/proof/failure.h"
 #include "samples/proof/version.h"
 
 namespace Proof {
+namespace {
+
+// Brings what qpdf writes to the file, whose errors pass through qpdf.
+class FilePipeline : public Pipeline {
+ public:
+    explicit FilePipeline(OutputFile& file) : Pipeline("output", nullptr), mFile(file) {}
+    void write(unsigned char const* bytes, std::size_t count) override {
+        mFile.write({reinterpret_cast<const char*>(bytes), count});
+    }
+    void finish() override {}
+
+ private:
+    OutputFile& mFile;
+};
+
+}  // namespace
 
 std::optional<std::time_t> documentDate(std::optional<std::time_t> otherwise) {
     const char* text = std::getenv("SOURCE_DATE_EPOCH");
@@ -38,17 +53,12 @@ void setDocumentInfo(QPDF& pdf, const std::string& title, std::optional<std::tim
 }
 
 void writeDocument(QPDF& pdf, PdfStreams streams, OutputFile& file) {
-    try {
-        QPDFWriter writer(pdf);
-        writer.setOutputFile(file.path().c_str(), file.stream(), false);
-        writer.setDeterministicID(true);
-        writer.setStreamDataMode(streams == PdfStreams::Compress ? qpdf_s_compress
-                                                                 : qpdf_s_preserve);
-        writer.write();
-    } catch (const QPDFSystemError& error) {
-        throw Failure(oneLine("cannot write " + file.path() + ": " +
-                              std::strerror(error.getErrno())));
-    }
+    FilePipeline pipeline(file);
+    QPDFWriter writer(pdf);
+    writer.setOutputPipeline(&pipeline);
+    writer.setDeterministicID(true);
+    writer.setStreamDataMode(streams == PdfStreams::Compress ? qpdf_s_compress : qpdf_s_preserve);
+    writer.write();
 }
 
 }  // namespace Proof

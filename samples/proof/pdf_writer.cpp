@@ -68,8 +68,8 @@ void writePdf(const OutlinePage& page, const std::string& title, std::optional<s
     object.replaceKey("/MediaBox", box);
     if (unit > 1) object.replaceKey("/UserUnit", QPDFObjectHandle::newInteger(unit));
     object.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, pdfPageContent(page)));
-    QPDFPageDocumentHelper(pdf).addPage(
-        QPDFPageObjectHelper(pdf.makeIndirectObject(object)), false);
+    QPDFPageDocumentHelper(pdf).addPage(QPDFPageObjectHelper(pdf.makeIndirectObject(object)),
+                                        false);
     writeDocument(pdf, PdfStreams::Compress, file);
 }
 

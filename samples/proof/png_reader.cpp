@@ -173,12 +173,12 @@ class PngReader : public ScanReader {
     }
 
     void readPicture() {
-        const std::uint64_t bytes = std::uint64_t{mRowBytes} *
-                                    static_cast<std::uint64_t>(mInfo.height);
+        const std::uint64_t bytes =
+            std::uint64_t{mRowBytes} * static_cast<std::uint64_t>(mInfo.height);
         if (bytes > kMaxInterlaced)
-            throw fileFailure(mSource.name(),
-                              "is interlaced and takes " + std::to_string(bytes >> 20) +
-                                  " MiB unpacked; save it without interlacing");
+            throw fileFailure(mSource.name(), "is interlaced and takes " +
+                                                  std::to_string(bytes >> 20) +
+                                                  " MiB unpacked; save it without interlacing");
         std::vector<unsigned char> picture(bytes);
         std::vector<unsigned char*> rows(static_cast<std::size_t>(mInfo.height));
         for (std::size_t y = 0; y < rows.size(); ++y) rows[y] = picture.data() + y * mRowBytes;

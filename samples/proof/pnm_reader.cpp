@@ -35,8 +35,9 @@ class PnmReader : public ScanReader {
         mInfo.layout.bits = family == 1 ? 1 : 8;
         mInfo.layout.channels = family == 3 ? 3 : 1;
         mInfo.layout.whiteIsZero = family == 1;
-        mInfo.format = std::string(mPlain ? "plain " : "") +
-                       (family == 1 ? "PBM" : family == 2 ? "PGM" : "PPM");
+        mInfo.format = std::string(mPlain ? "plain " : "") + (family == 1   ? "PBM"
+                                                              : family == 2 ? "PGM"
+                                                                            : "PPM");
         mPixels = mBytes.position();
         checkLength();
     }
@@ -90,8 +91,8 @@ class PnmReader : public ScanReader {
         std::uint64_t least = samples;  // plain bits may stand without space between
         if (mPlain && mInfo.layout.bits == 8) least = 2 * samples - 1;
         if (!mPlain)
-            least = mInfo.layout.rowBytes(mInfo.width) *
-                    static_cast<std::uint64_t>(mInfo.height) * (mMaximum > 255 ? 2 : 1);
+            least = mInfo.layout.rowBytes(mInfo.width) * static_cast<std::uint64_t>(mInfo.height) *
+                    (mMaximum > 255 ? 2 : 1);
         if (mSource.size() - mPixels < least) truncated();
     }
 

@@ -25,8 +25,8 @@ struct SampleReader {
 
     unsigned operator()(std::size_t index) const {
         if (layout.bits == 8) return row[index];
-        if (layout.bits < 8) return smallSample(row, index, layout.bits) * 255u /
-                                    ((1u << layout.bits) - 1);
+        if (layout.bits < 8)
+            return smallSample(row, index, layout.bits) * 255u / ((1u << layout.bits) - 1);
         if (!layout.nativeOrder) return row[2 * index];
         std::uint16_t value;
         std::memcpy(&value, row + 2 * index, 2);
@@ -44,8 +44,8 @@ void oneChannelToGrey(const SampleLayout& layout, const unsigned char* row, int 
     const SampleReader sample{layout, row};
     if (layout.palette) {
         for (std::size_t i = 0; i < count; ++i)
-            grey[i] = (*layout.palette)[layout.bits == 8 ? row[i]
-                                                         : smallSample(row, i, layout.bits)];
+            grey[i] =
+                (*layout.palette)[layout.bits == 8 ? row[i] : smallSample(row, i, layout.bits)];
     } else if (layout.whiteIsZero) {
         for (std::size_t i = 0; i < count; ++i)
             grey[i] = static_cast<std::uint8_t>(255 - sample(i));

@@ -15,11 +15,16 @@ const char* foreignFormat(const unsigned char* bytes, std::size_t count) {
         const char* name;
     };
     static constexpr Mark kMarks[] = {
-        {"\xFF\xD8\xFF", "a JPEG picture"}, {"%PDF-", "a PDF document"},
-        {"%!PS", "a PostScript document"},  {"GIF8", "a GIF picture"},
-        {"BM", "a BMP picture"},            {"RIFF", "a WebP picture or a sound"},
-        {"<svg", "an SVG drawing"},         {"<?xml", "an XML document"},
-        {"AT&TFORM", "a DjVu document"},    {"\x1F\x8B", "compressed with gzip"},
+        {"\xFF\xD8\xFF", "a JPEG picture"},
+        {"%PDF-", "a PDF document"},
+        {"%!PS", "a PostScript document"},
+        {"GIF8", "a GIF picture"},
+        {"BM", "a BMP picture"},
+        {"RIFF", "a WebP picture or a sound"},
+        {"<svg", "an SVG drawing"},
+        {"<?xml", "an XML document"},
+        {"AT&TFORM", "a DjVu document"},
+        {"\x1F\x8B", "compressed with gzip"},
     };
     for (const Mark& mark : kMarks) {
         const std::size_t length = std::strlen(mark.bytes);

@@ -88,13 +88,15 @@ void writeSvg(const OutlinePage& page, const std::string& title, OutputFile& fil
     const auto millimetres = [](int units, double perInch) {
         return decimal(units / perInch * 25.4, 6);
     };
-    std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                       "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\"";
+    std::string head =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\"";
     head += " width=\"" + millimetres(page.width, page.xUnitsPerInch) + "mm\"";
     head += " height=\"" + millimetres(page.height, page.yUnitsPerInch) + "mm\"";
     head += " viewBox=\"0 0 " + std::to_string(page.width) + " " + std::to_string(page.height) +
             "\" preserveAspectRatio=\"none\">\n<title>";
-    file.write(head + xmlText(title) + "</title>\n<path fill=\"#000\" fill-rule=\"evenodd\" d=\"\n");
+    file.write(head + xmlText(title) +
+               "</title>\n<path fill=\"#000\" fill-rule=\"evenodd\" d=\"\n");
     file.write(svgPathData(page.outlines));
     file.write("\"/>\n</svg>\n");
 }

@@ -24,21 +24,33 @@ struct TiffCloser {
 
 const char* compressionName(std::uint16_t code) {
     switch (code) {
-        case COMPRESSION_NONE: return "uncompressed";
+        case COMPRESSION_NONE:
+            return "uncompressed";
         case COMPRESSION_CCITTRLE:
-        case COMPRESSION_CCITTRLEW: return "CCITT modified Huffman";
-        case COMPRESSION_CCITTFAX3: return "CCITT Group 3";
-        case COMPRESSION_CCITTFAX4: return "CCITT Group 4";
-        case COMPRESSION_LZW: return "LZW";
+        case COMPRESSION_CCITTRLEW:
+            return "CCITT modified Huffman";
+        case COMPRESSION_CCITTFAX3:
+            return "CCITT Group 3";
+        case COMPRESSION_CCITTFAX4:
+            return "CCITT Group 4";
+        case COMPRESSION_LZW:
+            return "LZW";
         case COMPRESSION_JPEG:
-        case COMPRESSION_OJPEG: return "JPEG";
+        case COMPRESSION_OJPEG:
+            return "JPEG";
         case COMPRESSION_ADOBE_DEFLATE:
-        case COMPRESSION_DEFLATE: return "Deflate";
-        case COMPRESSION_PACKBITS: return "PackBits";
-        case COMPRESSION_ZSTD: return "Zstandard";
-        case COMPRESSION_LZMA: return "LZMA";
-        case COMPRESSION_WEBP: return "WebP";
-        default: return "compression";
+        case COMPRESSION_DEFLATE:
+            return "Deflate";
+        case COMPRESSION_PACKBITS:
+            return "PackBits";
+        case COMPRESSION_ZSTD:
+            return "Zstandard";
+        case COMPRESSION_LZMA:
+            return "LZMA";
+        case COMPRESSION_WEBP:
+            return "WebP";
+        default:
+            return "compression";
     }
 }
 
@@ -67,8 +79,8 @@ class TiffReader : public ScanReader {
     static tmsize_t onRead(thandle_t handle, void* to, tmsize_t count) {
         auto* self = static_cast<TiffReader*>(handle);
         try {
-            const std::size_t got = self->mSource.readAt(self->mOffset, to,
-                                                         static_cast<std::size_t>(count));
+            const std::size_t got =
+                self->mSource.readAt(self->mOffset, to, static_cast<std::size_t>(count));
             self->mOffset += got;
             return static_cast<tmsize_t>(got);
         } catch (const std::exception& error) {
@@ -84,7 +96,9 @@ class TiffReader : public ScanReader {
         return self->mOffset = offset;
     }
     static int onClose(thandle_t) { return 0; }
-    static toff_t onSize(thandle_t handle) { return static_cast<TiffReader*>(handle)->mSource.size(); }
+    static toff_t onSize(thandle_t handle) {
+        return static_cast<TiffReader*>(handle)->mSource.size();
+    }
 
     static int onError(TIFF*, void* user, const char*, const char* format, va_list arguments) {
         char text[256];
@@ -176,13 +190,15 @@ class TiffReader : public ScanReader {
     void describeResolution() {
         const auto unit = field<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
         const double scale = unit == RESUNIT_INCH ? 1 : unit == RESUNIT_CENTIMETER ? 2.54 : 0;
-        mInfo.xPpi = plausiblePpi(scale * static_cast<double>(field<float>(TIFFTAG_XRESOLUTION, 0)));
-        mInfo.yPpi = plausiblePpi(scale * static_cast<double>(field<float>(TIFFTAG_YRESOLUTION, 0)));
+        mInfo.xPpi =
+            plausiblePpi(scale * static_cast<double>(field<float>(TIFFTAG_XRESOLUTION, 0)));
+        mInfo.yPpi =
+            plausiblePpi(scale * static_cast<double>(field<float>(TIFFTAG_YRESOLUTION, 0)));
     }
 
     [[noreturn]] void unsupported(const std::string& what) const {
-        throw fileFailure(mSource.name(), "is a TIFF with " + what +
-                                              "; save it as bilevel, grey or RGB");
+        throw fileFailure(mSource.name(),
+                          "is a TIFF with " + what + "; save it as bilevel, grey or RGB");
     }
 
     void describeSamples(std::uint16_t compression) {
@@ -228,7 +244,7 @@ class TiffReader : public ScanReader {
                 break;
             default:
                 unsupported(photometric == PHOTOMETRIC_SEPARATED ? "CMYK samples"
-                                                                  : "an unusual colour space");
+                                                                 : "an unusual colour space");
         }
     }
 
@@ -265,7 +281,8 @@ class TiffReader : public ScanReader {
             std::min<std::uint32_t>(field<std::uint32_t>(TIFFTAG_TILELENGTH, 0), kMaxScanSide));
         const std::uint64_t tileBytes = TIFFTileSize64(mTiff.get());
         if (mTileWidth == 0 || mTileHeight == 0 || mTileWidth % 8 != 0 ||
-            tileBytes != mInfo.layout.rowBytes(mTileWidth) * static_cast<std::uint64_t>(mTileHeight))
+            tileBytes !=
+                mInfo.layout.rowBytes(mTileWidth) * static_cast<std::uint64_t>(mTileHeight))
             unsupported("unusual tiles");
         const std::uint64_t bandBytes = rowBytes * static_cast<std::uint64_t>(mTileHeight);
         if (tileBytes > kMaxAllocation || bandBytes > kMaxAllocation) unsupported("huge tiles");

@@ -123,7 +123,8 @@ void addOutlineOptions(CLI::App& app, TraceOptions& options) {
         ->capture_default_str()
         ->group(group);
     length("--step", options.step, "distance of the filter's samples along the outline");
-    app.add_flag("--smooth", options.smooth, "steps of one pixel are filled up to diagonals (with --grid 1)")
+    app.add_flag("--smooth", options.smooth,
+                 "steps of one pixel are filled up to diagonals (with --grid 1)")
         ->group(group);
     app.add_flag("--exact", options.exact,
                  "every pixel edge as it stands: nothing dropped, filtered or simplified")
@@ -139,8 +140,9 @@ void addOutlineOptions(CLI::App& app, TraceOptions& options) {
 void addTrace(CLI::App& app, Command& chosen) {
     const auto command = std::make_shared<TraceCommand>();
     CLI::App* trace = app.add_subcommand("trace", "trace a scanned page into outlines");
-    trace->footer("Ctrl-C stops tracing and writes the outlines closed so far.\n"
-                  "Example: vaskel-proof trace scan.tif -o scan.svg -o scan.pdf --min-size 0.2mm");
+    trace->footer(
+        "Ctrl-C stops tracing and writes the outlines closed so far.\n"
+        "Example: vaskel-proof trace scan.tif -o scan.svg -o scan.pdf --min-size 0.2mm");
     addScanOptions(*trace, command->options);
     addOutlineOptions(*trace, command->options);
     const char* group = "The result";

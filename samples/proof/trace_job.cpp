@@ -82,9 +82,8 @@ TracedScan traceScan(const TraceOptions& options, Console& console) {
     checkOptions(options);
     const Interrupt interrupt;
     const auto source = openBytes(options.input);
-    const auto reader = openScan(*source, options.page, [](const std::string& text) {
-        warning(text);
-    });
+    const auto reader =
+        openScan(*source, options.page, [](const std::string& text) { warning(text); });
     const ScanInfo& info = reader->info();
     const Resolution resolution = chooseResolution(options, info);
 

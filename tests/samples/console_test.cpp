@@ -37,9 +37,8 @@ TEST_CASE("a message is a line with program and severity") {
         CHECK(printed(Colour::Auto, [&](Console& console) {
                   console.message(severity(value), "text");
               }) == "vaskel-proof: " + names[value] + ": text\n");
-    CHECK(printed(Colour::Always, [](Console& console) {
-              console.message(severity(3), "text");
-          }) == "vaskel-proof: \033[1;31merror:\033[0m text\n");
+    CHECK(printed(Colour::Always, [](Console& console) { console.message(severity(3), "text"); }) ==
+          "vaskel-proof: \033[1;31merror:\033[0m text\n");
 }
 
 TEST_CASE("a quiet console keeps notes to itself, not warnings and errors") {
@@ -60,14 +59,16 @@ TEST_CASE("a stream that is no terminal gets no progress") {
 }
 
 TEST_CASE("messages of the library and lines of its developers reach the console") {
-    CHECK(printed(Colour::Never, [](Console& console) {
-              const MessagesOnConsole messages(console);
-              note("1");
-              warning("2 %s");
-              error("3");
-              Vaskel::message(severity(2), static_cast<Vaskel::MessageVolatility>(0), "%d mm", 4);
-              Orlune::debugstring("5");
-          }) ==
+    CHECK(printed(Colour::Never,
+                  [](Console& console) {
+                      const MessagesOnConsole messages(console);
+                      note("1");
+                      warning("2 %s");
+                      error("3");
+                      Vaskel::message(severity(2), static_cast<Vaskel::MessageVolatility>(0),
+                                      "%d mm", 4);
+                      Orlune::debugstring("5");
+                  }) ==
           "vaskel-proof: note: 1\nvaskel-proof: warning: 2 %s\nvaskel-proof: error: 3\n"
           "vaskel-proof: warning: 4 mm\nvaskel-proof: note: debug: 5\n");
     CHECK(printed(Colour::Never, [](Console& console) {

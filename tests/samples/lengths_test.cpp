@@ -14,18 +14,15 @@ TEST_CASE("lengths in any unit become outline units of the scan") {
         int want;
     };
     const Row rows[] = {
-        {"0", 0},
-        {"0.2mm", 76},         // 75.59
-        {"0,2 mm", 76},        // either decimal sign, a blank before the unit
-        {"0.2", 76},           // millimetres unless told otherwise
-        {"1inch", 9600},
-        {"1inch /8", 1200},     // a factor has no unit
-        {"4mil", 38},          // 38.4
-        {"3scanpix", 48},
-        {"1pt", 133},          // 133.33
-        {"1pica", 133},        // 9600 * 83 / 6000 = 132.8
-        {"1mm +1mm", 756},     // 755.9
-        {"1cm", 3780},         // 3779.5
+        {"0", 0},          {"0.2mm", 76},       // 75.59
+        {"0,2 mm", 76},                         // either decimal sign, a blank before the unit
+        {"0.2", 76},                            // millimetres unless told otherwise
+        {"1inch", 9600},   {"1inch /8", 1200},  // a factor has no unit
+        {"4mil", 38},                           // 38.4
+        {"3scanpix", 48},  {"1pt", 133},        // 133.33
+        {"1pica", 133},                         // 9600 * 83 / 6000 = 132.8
+        {"1mm +1mm", 756},                      // 755.9
+        {"1cm", 3780},                          // 3779.5
     };
     for (const Row& row : rows) {
         CAPTURE(row.text);
@@ -52,8 +49,9 @@ TEST_CASE("what is no length is refused in one line that names the option") {
         CAPTURE(text);
         CHECK_THROWS_AS(readLength("--x", text), Failure);
     }
-    CHECK_THROWS_WITH(readLength("--min-size", "1 elephant"),
-                      "--min-size takes a length such as 0.2mm, 4mil or 3scanpix, not \"1 elephant\"");
+    CHECK_THROWS_WITH(
+        readLength("--min-size", "1 elephant"),
+        "--min-size takes a length such as 0.2mm, 4mil or 3scanpix, not \"1 elephant\"");
 }
 
 TEST_CASE("plain numbers are above 0") {

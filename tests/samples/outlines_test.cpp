@@ -56,19 +56,19 @@ TEST_CASE("every orientation puts the stored corners where TIFF says") {
     // Where the stored row 0 and column 0 are seen: TIFF 6.0, section 8.
     struct Row {
         int code;
-        OutlinePoint origin;     // of the bitmap's first corner on the page
-        OutlinePoint alongRow;   // the corner at the end of row 0
+        OutlinePoint origin;    // of the bitmap's first corner on the page
+        OutlinePoint alongRow;  // the corner at the end of row 0
         OutlinePoint alongColumn;
     };
     const Row rows[] = {
-        {1, {0, 0}, {40, 0}, {0, 30}},   // row 0 top, column 0 left
-        {2, {40, 0}, {0, 0}, {40, 30}},  // top, right
-        {3, {40, 30}, {0, 30}, {40, 0}}, // bottom, right
-        {4, {0, 30}, {40, 30}, {0, 0}},  // bottom, left
-        {5, {0, 0}, {0, 40}, {30, 0}},   // row 0 left, column 0 top
-        {6, {30, 0}, {30, 40}, {0, 0}},  // right, top
-        {7, {30, 40}, {30, 0}, {0, 40}}, // right, bottom
-        {8, {0, 40}, {0, 0}, {30, 40}},  // left, bottom
+        {1, {0, 0}, {40, 0}, {0, 30}},    // row 0 top, column 0 left
+        {2, {40, 0}, {0, 0}, {40, 30}},   // top, right
+        {3, {40, 30}, {0, 30}, {40, 0}},  // bottom, right
+        {4, {0, 30}, {40, 30}, {0, 0}},   // bottom, left
+        {5, {0, 0}, {0, 40}, {30, 0}},    // row 0 left, column 0 top
+        {6, {30, 0}, {30, 40}, {0, 0}},   // right, top
+        {7, {30, 40}, {30, 0}, {0, 40}},  // right, bottom
+        {8, {0, 40}, {0, 0}, {30, 40}},   // left, bottom
     };
     for (const Row& row : rows) {
         CAPTURE(row.code);

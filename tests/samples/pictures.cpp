@@ -67,8 +67,7 @@ Bytes encodePng(const PngPicture& picture) {
     for (std::size_t i = 0; i < palette.size(); ++i)
         palette[i] = {picture.palette[3 * i], picture.palette[3 * i + 1],
                       picture.palette[3 * i + 2]};
-    if (!palette.empty())
-        png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
+    if (!palette.empty()) png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
     std::vector<png_bytep> rows(static_cast<std::size_t>(picture.height));
     Bytes samples = picture.rows;
     for (std::size_t y = 0; y < rows.size(); ++y)
@@ -94,8 +93,7 @@ std::string inkText(Proof::ScanReader& scan, int level) {
     std::string text;
     for (int y = 0; y < rows.height(); ++y) {
         const unsigned char* ink = rows.next();
-        for (int x = 0; x < rows.width(); ++x)
-            text += ink[x / 8] & (0x80 >> (x % 8)) ? '#' : '.';
+        for (int x = 0; x < rows.width(); ++x) text += ink[x / 8] & (0x80 >> (x % 8)) ? '#' : '.';
         text += '\n';
     }
     return text;

@@ -22,11 +22,11 @@ struct PngPicture {
     int width = 0;
     int height = 0;
     int bits = 8;
-    int colourType = 0;     // PNG_COLOR_TYPE_...
+    int colourType = 0;  // PNG_COLOR_TYPE_...
     bool interlaced = false;
     std::uint32_t perMetre = 0;  // pixels per metre for pHYs; 0: none
-    Bytes palette = {};     // red, green, blue ...
-    Bytes rows = {};        // as stored, rows beginning at a byte
+    Bytes palette = {};          // red, green, blue ...
+    Bytes rows = {};             // as stored, rows beginning at a byte
 };
 Bytes encodePng(const PngPicture& picture);
 

@@ -16,7 +16,8 @@ PngPicture diagonal(int width, int height, int bits) {
     picture.rows.assign(rowBytes * static_cast<std::size_t>(height), 0xFF);
     for (int y = 0; y < height; ++y)
         for (int bit = y * bits; bit < (y + 1) * bits && y < width; ++bit)
-            picture.rows[static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(bit / 8)] &=
+            picture
+                .rows[static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(bit / 8)] &=
                 static_cast<unsigned char>(~(0x80 >> (bit % 8)));
     return picture;
 }

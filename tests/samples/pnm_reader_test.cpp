@@ -63,7 +63,8 @@ TEST_CASE("bad bitmaps are refused with the reason") {
         {"letters for numbers", "P4 eight 1\n", "made: has a bad header"},
         {"nothing behind the header", "P4 8 1", "made: has a bad header"},
         {"no pixels", "P4 0 1\n ", "made: has no pixels"},
-        {"one row too few", "P4 8 2\n\xF0", "made: is truncated: 8 x 2 pixels do not fit into 8 bytes"},
+        {"one row too few", "P4 8 2\n\xF0",
+         "made: is truncated: 8 x 2 pixels do not fit into 8 bytes"},
         {"plain and truncated", "P1 3 2 1 0 1 0 1 ",
          "made: is truncated: 3 x 2 pixels do not fit into 17 bytes"},
         {"plain grey and truncated", "P2 2 2 255 0 200 200 ",
@@ -77,7 +78,8 @@ TEST_CASE("bad bitmaps are refused with the reason") {
         {"no largest sample", "P5 1 1 0\n ", "made: has a bad header: the largest sample is 0"},
         {"too large a largest sample", "P5 1 1 65536\n ",
          "made: has a bad header: the largest sample is 65536"},
-        {"letters for bits", "P1 2 1 1 x", "made: is damaged: row 1 has something other than digits"},
+        {"letters for bits", "P1 2 1 1 x",
+         "made: is damaged: row 1 has something other than digits"},
         {"letters for greys", "P2 2 1 255 1 x   ",
          "made: is damaged: row 1 has something other than digits"},
     };
@@ -113,8 +115,8 @@ TEST_CASE("only a TIFF has a second page") {
 
 TEST_CASE("a resolution that cannot be true is none") {
     CHECK(plausiblePpi(600) == 600);
-    CHECK(plausiblePpi(23622 * 0.0254) == 600);   // 599.9988
-    CHECK(plausiblePpi(11811 * 0.0254) == 300);   // 299.9994
+    CHECK(plausiblePpi(23622 * 0.0254) == 600);  // 599.9988
+    CHECK(plausiblePpi(11811 * 0.0254) == 300);  // 299.9994
     CHECK(plausiblePpi(203.2) == 203.2);
     CHECK(plausiblePpi(0) == 0);
     CHECK(plausiblePpi(1) == 0);

@@ -13,9 +13,7 @@ namespace {
 
 constexpr int kKept = -7;
 
-bool inked(const GuardedBytes& row, int x) {
-    return (row.data()[x / 8] & (0x80 >> (x % 8))) != 0;
-}
+bool inked(const GuardedBytes& row, int x) { return (row.data()[x / 8] & (0x80 >> (x % 8))) != 0; }
 
 // The rule itself: pixel by pixel.
 std::vector<int> runsPlain(const GuardedBytes& row, int width, int scale) {

@@ -65,7 +65,8 @@ TEST_CASE("text for XML keeps characters and replaces what is none") {
     const std::string bad = "\xEF\xBF\xBD";
     const Row rows[] = {
         {"ASCII", "scan.tif", "scan.tif"},
-        {"two, three and four bytes", "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"},
+        {"two, three and four bytes", "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80",
+         "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"},
         {"control character", std::string("a\x01"), "a" + bad},
         {"overlong", "\xC0\x80", bad + bad},
         {"surrogate", "\xED\xA0\x80", bad + bad + bad},

@@ -21,8 +21,8 @@ struct Traced {
 
 Traced traceText(const std::string& pixels, int width, int height, const TraceSettings& settings,
                  const std::function<bool(double)>& watch = nullptr) {
-    const Bytes file = bytesOf("P1 " + std::to_string(width) + " " + std::to_string(height) + "\n" +
-                               pixels);
+    const Bytes file =
+        bytesOf("P1 " + std::to_string(width) + " " + std::to_string(height) + "\n" + pixels);
     const auto source = memoryBytes("made", file);
     const auto scan = openScan(*source, 1, nullptr);
     InkRows rows(*scan, std::nullopt, false, nullptr);
