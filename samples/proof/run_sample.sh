@@ -1,0 +1,7 @@
+#!/bin/sh
+# The sample host's main job on the sample input: run_sample.sh BUILD OUT
+set -eu
+build=$1
+out=$2
+here=$(dirname "$0")
+"$build/samples/vaskel-proof" trace "$here/../data/scan.tif" -o "$out/scan.svg" -o "$out/scan.pdf"
