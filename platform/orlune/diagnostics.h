@@ -14,8 +14,9 @@ namespace Orlune {
 /// Exceptions of a host pass through the engines, which are consistent then.
 PLATFORM_API void Beep(int tone);
 
-/// Writes one line, formatted as by printf, to the developer's output.
-/// Never reaches the user, never stops the operation that reports.
+/// Writes one line, formatted as by printf, to the developer's output. Lines
+/// of up to 500 bytes come out whole; a host may cut longer ones. Never reaches
+/// the user, never stops the operation that reports.
 PLATFORM_API void debug(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
 /// Writes one line to the developer's output as it stands (no format).

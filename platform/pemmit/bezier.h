@@ -21,14 +21,19 @@ class PLATFORM_API bezier {
     /// All points at (0, 0).
     bezier();
 
-    /// Flattens the segment: calls callback with context, unchanged, and each
-    /// point of a polyline that stays within tolerance of the curve. P0 is not
-    /// delivered, every later point is, and the last one is exactly P3.
+    /// Flattens the segment: calls callback with context, unchanged, for each
+    /// point of a polyline that stays within tolerance, in the units of the
+    /// points, of the curve, and the curve of it. P0 is the polyline's
+    /// beginning and is not delivered; every later point is, in order along the
+    /// curve, and the last one is exactly P3, bit for bit.
     ///
-    /// Ends for every input, with a bounded number of points: a tolerance of 0
-    /// or below, or not a number, means the finest subdivision, and coordinates
-    /// that are not finite are delivered as they come out. The point is valid
-    /// during the call only. The callback may throw.
+    /// A straight segment may be P3 alone. At least one point is delivered, and
+    /// their number is bounded whatever the input: a tolerance of 0 or below,
+    /// or not a number, stands for the finest subdivision that the host makes,
+    /// and with a coordinate that is not finite only the last point counts.
+    ///
+    /// The point handed over is valid during the call. The callback may throw,
+    /// which ends the flattening. Keeps no state: safe on any thread.
     void cubfla(double tolerance, void (*callback)(void* context, const PointBase<double>* point),
                 void* context) const;
 

@@ -11,7 +11,8 @@
 namespace Pemmit {
 
 /// The document resolution: how many distances make an inch; above 0. The
-/// engines ask at every conversion and never keep the answer.
+/// engines ask at every conversion and never keep the answer, so that a host
+/// may change it between two calls.
 PLATFORM_API int getppi();
 
 /// An inclusive box in distances. The box of nothing has minimum above
@@ -32,9 +33,10 @@ constexpr std::uint32_t kFlagChildren = 1u << 31;  // the object has children
 /// read directly and stand at the start of every object in this order; what
 /// follows is the host's. Objects are made and released by Pemmit only.
 ///
-/// The host keeps box true at every change of the object. For a path with
-/// curves it holds every point that a walk delivers; for an object with
-/// children it is the union of theirs.
+/// The host keeps box true at every change of the object, by whatever call:
+/// it is the smallest box of the points that a walk delivers, and for an object
+/// with children the union of theirs. Joins that take all points away leave
+/// the box of nothing.
 ///
 /// A path with several contours is an object with kFlagChildren whose
 /// children are the contours, each with kFlagPath; it does not have kFlagPath
@@ -43,7 +45,7 @@ class Object {
  public:
     std::uint32_t flags;  // kFlagPath, kFlagOpen, kFlagChildren
     Box box;              // of all points
-    Object* next;         // the next child of the same parent, or null
+    Object* next;         // the next child of the same parent; null for the last and without one
 
  protected:
     Object() = default;

@@ -10,15 +10,19 @@ namespace Pemmit {
 /// A walk over the points of one contour.
 ///
 /// Points are integers in distances and come in order, curves flattened. A
-/// closed contour delivers its first point again after its last one; an open
-/// one does not. Consecutive equal points are delivered as they are stored.
-/// Points are numbered from 0 in forward order, and the numbering is the same
-/// in both directions: patsiz(path) is how many there are, the repeated first
-/// point included.
+/// closed contour delivers its first point again after its last one, also when
+/// that one equals it or is the only one; an open contour does not. Equal
+/// neighbours are delivered as they are stored. Points are numbered from 0 in
+/// forward order, and both directions deliver the same points under the same
+/// numbers: patsiz(path) is how many there are, the repeated first point
+/// included.
+///
+///   closed, stored 1 2 3:  forward 1 2 3 1, backward 1 3 2 1
+///   the same, start 2:     forward 3 1,     backward 3 2 1
 ///
 /// The object must not change during a walk; many walks over one object may
-/// run at the same time, also on several threads. An object with several
-/// contours, or without points, has an empty walk.
+/// run at the same time, also on several threads. An object with children, or
+/// without points, or null, has an empty walk.
 class PLATFORM_API scan {
  public:
     /// No walk: scanex returns a negative value.
@@ -34,7 +38,8 @@ class PLATFORM_API scan {
     /// higher numbers, 1 towards lower ones. start is the number of the first
     /// point delivered; -1 stands for the natural beginning, number 0 forward
     /// and patsiz - 1 backward. A start outside 0 .. patsiz - 1 gives an empty
-    /// walk. Constant time on polylines. May allocate for curves only.
+    /// walk. Constant time on polylines, save that on a path with a mate a host
+    /// may take a step a join to find the start. May allocate for curves only.
     void scabeg(const Object* object, int direction, int start);
 
     /// Delivers the next point: stores it and returns 0, or returns a negative
@@ -60,11 +65,11 @@ class PLATFORM_API queryseq {
 
     /// Begins a sequence and returns its first object, or null when it is
     /// empty. With object null it is the first child of list, and Object::next
-    /// leads to the others; a list without children (kFlagChildren clear) is
-    /// returned itself, as the only object of the sequence, and its next, which
-    /// belongs to another list, is not followed. With an object, a child of
-    /// list, the sequence begins there. list must not change until the sequence
-    /// is destroyed.
+    /// leads to the others; a list that cannot have children (kFlagChildren
+    /// clear) is returned itself, as the only object of the sequence, and its
+    /// next, which belongs to another list, is not followed. With an object, a
+    /// child of list, the sequence begins there. list must not change until the
+    /// sequence is destroyed.
     Object* quebeg(const Object* list, const Object* object);
 
  private:
