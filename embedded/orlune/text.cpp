@@ -57,8 +57,23 @@ std::size_t characterLength(const std::string& text, std::size_t at) {
     return end - at;
 }
 
+// The byte that a %XX triple stands for, or 0 where there is none.
+unsigned encodedByte(const std::string& text, std::size_t at) {
+    if (at + 3 > text.size() || text[at] != '%') return 0;
+    const auto digit = [](char c) {
+        return static_cast<unsigned>(c <= '9' ? c - '0' : c - 'A' + 10);
+    };
+    return digit(text[at + 1]) * 16 + digit(text[at + 2]);
+}
+
+// The triples of one character stay together; what is malformed goes by bytes.
 std::size_t encodedLength(const std::string& text, std::size_t at) {
-    return text[at] == '%' ? 3 : 1;
+    const unsigned first = encodedByte(text, at);
+    if (first == 0) return 1;
+    const std::size_t bytes = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    std::size_t end = at + 3;
+    while (end < at + 3 * bytes && (encodedByte(text, end) & 0xC0) == 0x80) end += 3;
+    return end - at;
 }
 
 }  // namespace

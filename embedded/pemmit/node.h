@@ -34,7 +34,10 @@ struct Node : Pemmit::Path {
 /// A contour: a chain of pieces.
 struct Contour : Node {
     Contour() : Node(kContour) {}
-    ~Contour() { chain.clear(); }
+    ~Contour() {
+        chain.clear();
+        if (mate) mate->mate = nullptr;
+    }
 
     Chain chain;
     std::int64_t before = 0;  // points of all pieces but grow
