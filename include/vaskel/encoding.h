@@ -6,6 +6,7 @@
 //   vaskel/encoding/unicode.h  which Unicode form a text has, and from each
 //                              form to the others
 //   vaskel/encoding/bigint.h   unsigned integers of any size
+//   vaskel/encoding/ascii85.h  bytes as ASCII85 streams
 //
 // Nothing here keeps state between calls or shares any: different objects may
 // be used on different threads.
@@ -13,6 +14,7 @@
 #ifndef VASKEL_ENCODING_H
 #define VASKEL_ENCODING_H
 
+#include "vaskel/encoding/ascii85.h"
 #include "vaskel/encoding/bigint.h"
 #include "vaskel/encoding/unicode.h"
 #include "vaskel/export.h"

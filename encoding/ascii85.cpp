@@ -1,0 +1,70 @@
+// ASCII85: four bytes become five base-85 digits, most significant first.
+// PostScript Language Reference, third edition, section 3.13, ASCII85Encode.
+//
+// Between calls mFill is 0 to 3 and mGroup[0, mFill) waits to be written.
+
+#include <algorithm>
+
+#include "vaskel/encoding.h"
+
+namespace Vaskel {
+namespace {
+
+constexpr int kGroup = 4;
+constexpr int kLineLength = 100;
+
+// 82 * 85^4 < 2^32 < 83 * 85^4, so the first digit is at most 82.
+void digitsOf(const unsigned char (&group)[kGroup], char (&digits)[kGroup + 1]) {
+    std::uint32_t value = std::uint32_t{group[0]} << 24 | std::uint32_t{group[1]} << 16 |
+                          std::uint32_t{group[2]} << 8 | group[3];
+    for (int i = kGroup; i >= 0; --i) {
+        digits[i] = static_cast<char>('!' + value % 85);
+        value /= 85;
+    }
+}
+
+}  // namespace
+
+ascii85out_base::ascii85out_base() : mGroup{}, mColumn(0), mLineLength(kLineLength), mFill(0) {}
+ascii85out_base::ascii85out_base(const ascii85out_base& other) = default;
+ascii85out_base& ascii85out_base::operator=(const ascii85out_base& other) = default;
+ascii85out_base::~ascii85out_base() = default;
+
+// A "~" does not break the line, so that the end marker stays on one.
+void ascii85out_base::putuns8ascii(char c) {
+    putuns8(static_cast<unsigned char>(c));
+    ++mColumn;
+    if (mColumn >= mLineLength && c != '~') {
+        putuns8('\n');
+        mColumn = 0;
+    }
+}
+
+int ascii85out_base::encode(unsigned char c) {
+    mGroup[mFill] = c;
+    if (++mFill != kGroup) return 0;
+    mFill = 0;  // before anything is written: putuns8 may throw
+    if (mGroup[0] == 0 && mGroup[1] == 0 && mGroup[2] == 0 && mGroup[3] == 0) {
+        putuns8ascii('z');
+        return 0;
+    }
+    char digits[kGroup + 1];
+    digitsOf(mGroup, digits);
+    for (const char digit : digits) putuns8ascii(digit);
+    return 0;
+}
+
+void ascii85out_base::finish() {
+    if (mFill > 0) {
+        // A partial group is padded with zeros and never written as z.
+        std::fill(mGroup + mFill, mGroup + kGroup, static_cast<unsigned char>(0));
+        char digits[kGroup + 1];
+        digitsOf(mGroup, digits);
+        for (int i = 0; i <= mFill; ++i) putuns8ascii(digits[i]);
+    }
+    putuns8('~');
+    ++mColumn;
+    putuns8ascii('>');
+}
+
+}  // namespace Vaskel
