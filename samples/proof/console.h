@@ -35,7 +35,7 @@ class Console {
     /// Clears the progress line.
     void endProgress();
 
-    /// Whether the library's messages below warnings are left out.
+    /// With true, messages below warnings are left out.
     void setQuiet(bool quiet) { mQuiet = quiet; }
 
     bool terminal() const { return mTerminal; }

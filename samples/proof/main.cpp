@@ -29,14 +29,14 @@ void describe(CLI::App& app, Arguments& arguments) {
         "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText());
-    app.add_option("--color,--colour", arguments.colour, "colours on standard error")
+    app.add_option("--color,--colour", arguments.colour,
+                   "colours on standard error: auto (on a terminal), always or never")
         ->transform(
-            CLI::CheckedTransformer(
-                std::map<std::string, Colour>{
-                    {"auto", Colour::Auto}, {"always", Colour::Always}, {"never", Colour::Never}},
-                CLI::ignore_case)
-                .description("{auto,always,never}"))
-        ->type_name("");
+            CLI::CheckedTransformer(std::map<std::string, Colour>{{"auto", Colour::Auto},
+                                                                  {"always", Colour::Always},
+                                                                  {"never", Colour::Never}})
+                .description(""))
+        ->type_name("WHEN");
     app.fallthrough();
     addTrace(app, arguments.command);
 }

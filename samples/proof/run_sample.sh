@@ -3,5 +3,5 @@
 set -eu
 build=$1
 out=$2
-here=$(dirname "$0")
-"$build/samples/vaskel-proof" trace "$here/../data/scan.tif" -o "$out/scan.svg" -o "$out/scan.pdf"
+samples=$(dirname "$(dirname "$0")")
+"$build/samples/vaskel-proof" trace "$samples/data/scan.tif" -o "$out/scan.svg" -o "$out/scan.pdf"

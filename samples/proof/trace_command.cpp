@@ -59,6 +59,7 @@ void printSummary(const TracedScan& traced, const TraceCommand& command) {
 }
 
 int runTrace(const TraceCommand& command, Console& console) {
+    console.setQuiet(command.options.quiet);
     std::vector<Format> formats;
     for (const std::string& output : command.outputs) formats.push_back(formatOf(command, output));
     const TracedScan traced = traceScan(command.options, console);
@@ -112,14 +113,16 @@ void addOutlineOptions(CLI::App& app, TraceOptions& options) {
            "outlines at most so wide and so high are dropped, and lines less high than that");
     length("--tolerance", options.tolerance,
            "how far straight lines may be from the filtered outline");
-    app.add_option("--filter", options.filter, "order of the low-pass filter, 0 for none")
+    app.add_option("--filter", options.filter,
+                   "order of the low-pass filter, 1 to 50, or 0 for none")
         ->type_name("N")
-        ->check(CLI::Range(0, 50))
+        ->check(CLI::Range(0, 50).description(""))
         ->capture_default_str()
         ->group(group);
-    app.add_option("--grid", options.grid, "coordinates a pixel; 1 keeps outlines on pixel corners")
+    app.add_option("--grid", options.grid,
+                   "coordinates a pixel, 1 to 64; 1 keeps outlines on pixel corners")
         ->type_name("N")
-        ->check(CLI::Range(1, 64))
+        ->check(CLI::Range(1, 64).description(""))
         ->capture_default_str()
         ->group(group);
     length("--step", options.step, "distance of the filter's samples along the outline");
@@ -154,7 +157,7 @@ void addTrace(CLI::App& app, Command& chosen) {
         ->allow_extra_args(false)
         ->group(group);
     trace->add_option("--format", command->format, "svg or pdf, whatever the names say")
-        ->check(CLI::IsMember({"svg", "pdf"}))
+        ->check(CLI::IsMember({"svg", "pdf"}).description(""))
         ->type_name("FORMAT")
         ->group(group);
     trace->add_flag("-q,--quiet", command->options.quiet, "say nothing unless something is wrong")

@@ -246,6 +246,8 @@ class Bitmaps(TraceTest):
         self.assertRegex(done.stderr, r"^vaskel-proof: note: .*in\.pbm states no resolution; 300 "
                                       r"ppi is assumed \(--resolution sets it\)\n$")
         self.assertRegex(judge("pdfinfo", self.path("out.pdf")), r"Page size: +72 x 36 pts")
+        done = self.succeeds(self.path("in.pbm"), "-o", self.path("out.pdf"), "--quiet")
+        self.assertEqual(done.stdout + done.stderr, "")
 
     def test_a_scan_can_come_and_go_through_pipes(self):
         bitmap = random_bitmap(random.Random(8), 300, 200, 95)
