@@ -4,7 +4,6 @@
 
 #include "messages/counted_format.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -13,14 +12,13 @@ namespace Vaskel {
 int formatCounted(MessageBuffer& text, const char* format, va_list arguments) {
     text[0] = '\0';
     if (format == nullptr) return -1;
-    errno = 0;
     const int count = std::vsnprintf(text, sizeof text, format, arguments);
     if (count > kMessageLength) return -1;
     if (count >= 0) return count;
-    // A text beyond the int range is a long text, not a failure, where the
-    // formatter came as far as filling the buffer.
-    const bool filled = errno == EOVERFLOW && std::memchr(text, '\0', kMessageLength) == nullptr;
-    if (!filled) text[0] = '\0';
+    // Where the formatter fails behind the buffer's end (at a character without
+    // a multibyte form, or at the end of the int range), the text was too long
+    // before it was wrong.
+    if (std::memchr(text, '\0', kMessageLength) != nullptr) text[0] = '\0';
     return -1;
 }
 

@@ -16,7 +16,7 @@ using MessageBuffer = char[kMessageLength + 1];
 
 /// Formats into text and returns the count of characters, 0 to 1024. A longer
 /// text leaves its first 1024 bytes and gives -1; a failure of the formatter
-/// leaves the empty text and gives -1. text is terminated in every case.
+/// within them leaves the empty text and gives -1. text is terminated in every case.
 int formatCounted(MessageBuffer& text, const char* format, va_list arguments)
     __attribute__((format(printf, 2, 0)));
 

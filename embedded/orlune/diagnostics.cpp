@@ -9,20 +9,18 @@
 namespace Orlune {
 
 void Beep(int tone) {
-    const auto handler = Embedded::sinks().beep;  // a copy: the handler may replace itself
-    if (handler) handler(tone);
+    if (const auto handler = Embedded::sinks().beep) (*handler)(tone);
 }
 
 void debugstring(const char* line) {
-    const auto handler = Embedded::sinks().debugLine;
-    if (handler)
-        handler(line);
+    if (const auto handler = Embedded::sinks().debugLine)
+        (*handler)(line);
     else
         std::fprintf(stderr, "%s\n", line);
 }
 
 void debug(const char* format, ...) {
-    char line[512];  // longer lines are cut: nobody reads on
+    char line[1024];  // longer lines are cut
     va_list arguments;
     va_start(arguments, format);
     const int length = std::vsnprintf(line, sizeof line, format, arguments);

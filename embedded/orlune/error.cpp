@@ -10,7 +10,13 @@ Error::Error(Severity severity)
                      std::chrono::system_clock::now().time_since_epoch())
                      .count()) {}
 Error::Error(const Error& other) = default;
-Error& Error::operator=(const Error& other) = default;
+Error& Error::operator=(const Error& other) {
+    uni16string title = other.mTitle;  // all that can fail
+    mSeverity = other.mSeverity;
+    mTitle.swap(title);
+    mTimeStamp = other.mTimeStamp;
+    return *this;
+}
 Error::~Error() = default;
 
 const char* Error::what() const noexcept { return "Orlune::Core::Error"; }

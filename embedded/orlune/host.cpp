@@ -5,18 +5,33 @@
 #include "embedded/orlune/sinks.h"
 
 namespace Embedded {
+namespace {
+
+// Replaces a sink; the old handler goes last, when the new one is in place.
+template <class Signature>
+void replace(Sink<Signature>& sink, std::function<Signature> handler) {
+    Sink<Signature> next;
+    if (handler) next = std::make_shared<const std::function<Signature>>(std::move(handler));
+    sink.swap(next);
+}
+
+}  // namespace
 
 Sinks& sinks() {
     static Sinks* const instance = new Sinks;  // outlives every static destructor
     return *instance;
 }
 
-void onBeep(std::function<void(int)> handler) { sinks().beep = std::move(handler); }
+void onBeep(std::function<void(int)> handler) { replace(sinks().beep, std::move(handler)); }
 void onDebugLine(std::function<void(const char*)> handler) {
-    sinks().debugLine = std::move(handler);
+    replace(sinks().debugLine, std::move(handler));
 }
-void onProgress(std::function<void(float)> handler) { sinks().progress = std::move(handler); }
-void onPollCancel(std::function<bool()> handler) { sinks().pollCancel = std::move(handler); }
+void onProgress(std::function<void(float)> handler) {
+    replace(sinks().progress, std::move(handler));
+}
+void onPollCancel(std::function<bool()> handler) {
+    replace(sinks().pollCancel, std::move(handler));
+}
 void setResolution(int ppi) { sinks().ppi = ppi < 1 ? 1 : ppi; }
 void setFlatness(double distance) { sinks().flatness = distance; }
 

@@ -1,5 +1,7 @@
 #include "platform/orlune/progress.h"
 
+#include <new>
+
 #include "embedded/orlune/sinks.h"
 
 namespace Orlune {
@@ -7,22 +9,20 @@ namespace {
 
 bool pollCancel() {
     const auto handler = Embedded::sinks().pollCancel;
-    return handler && handler();
+    return handler && (*handler)();
 }
 
-// The one thing that a Progress remembers: that it was cancelled.
-bool& cancelled(void* const* storage) {
-    return *reinterpret_cast<bool*>(const_cast<void**>(storage));
-}
+// The storage: at its start the address of what a Progress remembers, whether
+// it was cancelled, which lies behind.
+bool& cancelled(void* const* storage) { return *static_cast<bool*>(storage[0]); }
 
 }  // namespace
 
-Progress::Progress() : mHost{} {}
+Progress::Progress() : mHost{} { mHost[0] = ::new (&mHost[1]) bool(false); }
 Progress::~Progress() = default;
 
 void Progress::set(float percent) {
-    const auto handler = Embedded::sinks().progress;
-    if (handler) handler(percent);
+    if (const auto handler = Embedded::sinks().progress) (*handler)(percent);
 }
 
 bool Progress::isCanceled() const {

@@ -4,14 +4,20 @@
 #define EMBEDDED_ORLUNE_SINKS_H
 
 #include <functional>
+#include <memory>
 
 namespace Embedded {
 
+/// A handler, null for the default. Whoever calls it holds a copy of the pointer
+/// meanwhile, so that a handler that replaces itself stays alive.
+template <class Signature>
+using Sink = std::shared_ptr<const std::function<Signature>>;
+
 struct Sinks {
-    std::function<void(int)> beep;
-    std::function<void(const char*)> debugLine;
-    std::function<void(float)> progress;
-    std::function<bool()> pollCancel;
+    Sink<void(int)> beep;
+    Sink<void(const char*)> debugLine;
+    Sink<void(float)> progress;
+    Sink<bool()> pollCancel;
     int ppi = 2400;
     double flatness = 0.5;
 };

@@ -1,126 +1,143 @@
+// Text conversions on utfcpp and uriparser. Each goes over its source once,
+// character by character, and allocates nothing.
+
 #include "platform/orlune/text.h"
 
 #include <uriparser/Uri.h>
 #include <utf8cpp/utf8.h>
 
-#include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 
 namespace Orlune {
 namespace {
 
-int counted(std::size_t n) { return static_cast<int>(std::min<std::size_t>(n, INT_MAX)); }
-
-// Empties out and reports the failure.
+// A caller's buffer that takes pieces while they fit whole before the
+// terminator; from the first one on that does not, nothing more.
 template <class Char>
-int refused(Char* out) {
-    out[0] = 0;
-    return 0;
-}
+class Output {
+ public:
+    Output(Char* out, std::size_t capacity) : mOut(out), mRoom(capacity - 1) {}
 
-// The UTF-8 form of 16-bit text; false for what is no UTF-16.
-bool toUTF8(const wchar_t* text, std::string& utf8) {
-    std::u16string units;
-    for (; *text != 0; ++text) {
-        if (static_cast<std::uint32_t>(*text) > 0xFFFF) return false;
-        units.push_back(static_cast<char16_t>(*text));
+    void take(const Char* piece, std::size_t length) {
+        if (length > mRoom) mRoom = 0;
+        if (mRoom == 0) return;
+        std::memcpy(mOut + mCount, piece, length * sizeof(Char));
+        mCount += length;
+        mRoom -= length;
     }
-    try {
-        utf8 = utf8::utf16to8(units);
-    } catch (const utf8::exception&) {
-        return false;
+
+    int finish() {
+        mOut[mCount] = 0;
+        return mCount > INT_MAX ? INT_MAX : static_cast<int>(mCount);
     }
-    return true;
-}
 
-// Copies whole pieces of text while they fit before the terminator. lengthOf
-// gives the length of the piece that begins at a position.
-template <class LengthOf>
-int copyPieces(const std::string& text, char* out, std::size_t capacity, LengthOf lengthOf) {
-    std::size_t end = 0;
-    while (end < text.size()) {
-        const std::size_t length = lengthOf(text, end);
-        if (end + length >= capacity) break;
-        end += length;
+    int refuse() {
+        mOut[0] = 0;
+        return 0;
     }
-    std::memcpy(out, text.data(), end);
-    out[end] = '\0';
-    return counted(end);
+
+ private:
+    Char* mOut;
+    std::size_t mRoom;
+    std::size_t mCount = 0;
+};
+
+bool isHigh(std::uint32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool isLow(std::uint32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+constexpr std::uint32_t kNoCharacter = 0xFFFFFFFF;
+
+// The character at text, which moves behind it; kNoCharacter for what is no
+// UTF-16.
+std::uint32_t nextOfUni16(const wchar_t*& text) {
+    const auto unit = static_cast<std::uint32_t>(*text++);
+    if (unit > 0xFFFF || isLow(unit)) return kNoCharacter;
+    if (!isHigh(unit)) return unit;
+    const auto low = static_cast<std::uint32_t>(*text);  // at most the terminator
+    if (!isLow(low)) return kNoCharacter;
+    ++text;
+    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
 }
 
-std::size_t characterLength(const std::string& text, std::size_t at) {
-    std::size_t end = at + 1;
-    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) ++end;
-    return end - at;
-}
+// The percent-encoded form of one character's bytes.
+struct Encoded {
+    Encoded(const char* first, const char* last)
+        : length(static_cast<std::size_t>(
+              // No '+' for a blank, no other line breaks: bytes as they are.
+              uriEscapeExA(first, last, text, URI_FALSE, URI_FALSE) - text)) {}
+    char text[3 * 4 + 1];
+    std::size_t length;
+};
 
-// The byte that a %XX triple stands for, or 0 where there is none.
-unsigned encodedByte(const std::string& text, std::size_t at) {
-    if (at + 3 > text.size() || text[at] != '%') return 0;
-    const auto digit = [](char c) {
-        return static_cast<unsigned>(c <= '9' ? c - '0' : c - 'A' + 10);
-    };
-    return digit(text[at + 1]) * 16 + digit(text[at + 2]);
-}
-
-// The triples of one character stay together; what is malformed goes by bytes.
-std::size_t encodedLength(const std::string& text, std::size_t at) {
-    const unsigned first = encodedByte(text, at);
-    if (first == 0) return 1;
-    const std::size_t bytes = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    std::size_t end = at + 3;
-    while (end < at + 3 * bytes && (encodedByte(text, end) & 0xC0) == 0x80) end += 3;
-    return end - at;
+// Where the character at text ends; malformed UTF-8 counts as one byte.
+const char* endOfCharacter(const char* text, const char* end) {
+    const auto lead = static_cast<unsigned char>(*text);
+    const std::ptrdiff_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    return length <= end - text && utf8::is_valid(text, text + length) ? text + length : text + 1;
 }
 
 }  // namespace
 
 int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
     if (capacity == 0) return 0;
+    Output<wchar_t> output(out, capacity);
     const char* const end = utf8 + std::strlen(utf8);
-    if (utf8::find_invalid(utf8, end) != end) return refused(out);
-    std::size_t count = 0;
+    if (utf8::find_invalid(utf8, end) != end) return output.refuse();
     while (utf8 != end) {
         const std::uint32_t character = utf8::unchecked::next(utf8);
-        const std::size_t units = character > 0xFFFF ? 2 : 1;
-        if (count + units >= capacity) break;
-        if (units == 1) {
-            out[count] = static_cast<wchar_t>(character);
+        if (character <= 0xFFFF) {
+            const wchar_t unit[] = {static_cast<wchar_t>(character)};
+            output.take(unit, 1);
         } else {
-            out[count] = static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
-            out[count + 1] = static_cast<wchar_t>(0xDC00 + ((character - 0x10000) & 0x3FF));
+            const std::uint32_t rest = character - 0x10000;
+            const wchar_t pair[] = {static_cast<wchar_t>(0xD800 + (rest >> 10)),
+                                    static_cast<wchar_t>(0xDC00 + (rest & 0x3FF))};
+            output.take(pair, 2);
         }
-        count += units;
     }
-    out[count] = 0;
-    return counted(count);
+    return output.finish();
 }
 
 int Uni16CharToUTF8(const wchar_t* text, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
-    std::string utf8;
-    if (!toUTF8(text, utf8)) return refused(out);
-    return copyPieces(utf8, out, capacity, characterLength);
+    Output<char> output(out, capacity);
+    while (*text != 0) {
+        const std::uint32_t character = nextOfUni16(text);
+        if (character == kNoCharacter) return output.refuse();
+        char bytes[4];
+        const char* const end = utf8::unchecked::append(character, bytes);
+        output.take(bytes, static_cast<std::size_t>(end - bytes));
+    }
+    return output.finish();
 }
 
 int UTF8ToURLEncoding(const char* utf8, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
-    // Three times the length for %XX; no line-break normalisation, %20 for a
-    // blank: bytes are encoded as they are.
-    std::string encoded(3 * std::strlen(utf8) + 1, '\0');
-    const char* const end = uriEscapeA(utf8, encoded.data(), URI_FALSE, URI_FALSE);
-    encoded.resize(static_cast<std::size_t>(end - encoded.data()));
-    return copyPieces(encoded, out, capacity, encodedLength);
+    Output<char> output(out, capacity);
+    const char* const end = utf8 + std::strlen(utf8);
+    while (utf8 != end) {
+        const char* const next = endOfCharacter(utf8, end);
+        const Encoded encoded(utf8, next);
+        output.take(encoded.text, encoded.length);
+        utf8 = next;
+    }
+    return output.finish();
 }
 
 int Uni16CharToURLEncoding(const wchar_t* text, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
-    std::string utf8;
-    if (!toUTF8(text, utf8)) return refused(out);
-    return UTF8ToURLEncoding(utf8.c_str(), out, capacity);
+    Output<char> output(out, capacity);
+    while (*text != 0) {
+        const std::uint32_t character = nextOfUni16(text);
+        if (character == kNoCharacter) return output.refuse();
+        char bytes[4];
+        const Encoded encoded(bytes, utf8::unchecked::append(character, bytes));
+        output.take(encoded.text, encoded.length);
+    }
+    return output.finish();
 }
 
 }  // namespace Orlune

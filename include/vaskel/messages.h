@@ -80,6 +80,8 @@ class VASKEL_API MessageHandlerRetainer {
 /// handler is empty. Returns what was installed before, empty for none.
 ///
 ///   setMessageHandler(boost::none)   messages are dropped from now on
+///   setMessageHandler(MessageHandlerRetainer(MessageErrorHandler(show)))
+///                                    show gets every message as an object
 ///
 /// At the start nothing is installed. An empty std::function may be installed:
 /// every message then throws std::bad_function_call to its caller.

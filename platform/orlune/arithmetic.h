@@ -36,13 +36,14 @@ PLATFORM_API std::int64_t muldiv(std::int64_t a, std::int64_t b, std::int64_t c)
 PLATFORM_API int mulcom(int a, int b, int c, int d);
 
 /// The square root of a * b, rounded down; the product is formed in 128 bits.
-/// A negative product gives 0.
+/// A negative product gives 0; 2^63, the root of the smallest 64-bit integer
+/// times itself, gives the largest 64-bit integer.
 ///
 ///   mulsqrt(3, 4) is 3, mulsqrt(-2, 2) is 0
 PLATFORM_API std::int64_t mulsqrt(std::int64_t a, std::int64_t b);
 
 /// The square root of a * b + c * d, rounded down, the sum exact; a negative
-/// sum gives 0, and a root beyond 64 bits gives the largest 64-bit integer.
+/// sum gives 0, and a root of 2^63 or more gives the largest 64-bit integer.
 ///
 ///   mulsqrt(3, 3, 4, 4) is 5
 PLATFORM_API std::int64_t mulsqrt(std::int64_t a, std::int64_t b, std::int64_t c, std::int64_t d);

@@ -19,15 +19,17 @@ PLATFORM_API void Beep(int tone);
 /// the user, never stops the operation that reports.
 PLATFORM_API void debug(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Writes one line to the developer's output as it stands (no format).
+/// Writes one line to the developer's output as it stands (no format). line
+/// carries no line feed.
 PLATFORM_API void debugstring(const char* line);
 
 class PLATFORM_API Clock {
  public:
     /// Milliseconds of a steady clock, modulo 2^32, from any starting point.
     ///
-    /// Callable before any static object of the platform is constructed: the
-    /// library seeds its process-wide random generator while it is loaded.
+    /// Callable before any static object of the platform is constructed, and on
+    /// any thread: the library seeds its process-wide random generator while it
+    /// is loaded.
     static std::uint32_t Ticks();
 };
 
