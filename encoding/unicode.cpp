@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstring>
 
-#include "encoding/unicode.h"
+#include "encoding/unicode_blocks.h"
 #include "encoding/unicode_rules.h"
 #include "platform/orlune.h"
 #include "vaskel/encoding.h"
@@ -12,7 +12,18 @@
 namespace Vaskel {
 namespace {
 
-constexpr const UnicodeForm* kForms[] = {&kUnicodePlain};
+#if defined(__x86_64__)
+constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2};
+
+// How many of the forms this CPU can run.
+std::size_t usableForms() {
+    const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
+    return avx2 ? 3 : 2;
+}
+#else
+constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
+std::size_t usableForms() { return 2; }
+#endif
 
 std::atomic<const UnicodeForm*> gForced{nullptr};
 
@@ -61,7 +72,9 @@ std::string utf8OfUtf16Bytes(std::string bytes) {
 
 }  // namespace
 
-std::span<const UnicodeForm* const> unicodeForms() { return kForms; }
+std::span<const UnicodeForm* const> unicodeForms() {
+    return std::span(kForms).first(usableForms());
+}
 
 void forceUnicodeForm(const UnicodeForm* form) { gForced.store(form, std::memory_order_relaxed); }
 

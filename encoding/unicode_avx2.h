@@ -1,0 +1,149 @@
+// What the AVX2 form of the Unicode conversions is built of: small steps on
+// vectors, and the functions of its several sources.
+//
+// Instructions come by attribute, function by function: compiled with flags
+// for a whole file, shared inline functions could end up wide in every caller.
+
+#ifndef ENCODING_UNICODE_AVX2_H
+#define ENCODING_UNICODE_AVX2_H
+
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#include <bit>
+#include <cstdint>
+
+#include "encoding/unicode_blocks.h"
+#include "encoding/unicode_tables.h"
+
+#define VASKEL_AVX2 __attribute__((target("avx2,popcnt")))
+
+namespace Vaskel {
+
+using Byte = unsigned char;
+
+VASKEL_AVX2 inline __m256i load(const Byte* at) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+}
+VASKEL_AVX2 inline void store(Byte* at, __m256i v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), v);
+}
+VASKEL_AVX2 inline void store(Byte* at, __m128i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(at), v);
+}
+
+VASKEL_AVX2 inline __m256i all8(unsigned value) {
+    return _mm256_set1_epi8(static_cast<char>(value));
+}
+VASKEL_AVX2 inline __m256i all16(unsigned value) {
+    return _mm256_set1_epi16(static_cast<short>(value));
+}
+VASKEL_AVX2 inline __m256i all32(unsigned value) {
+    return _mm256_set1_epi32(static_cast<int>(value));
+}
+
+/// The top bit of each byte.
+VASKEL_AVX2 inline std::uint32_t mask8(__m256i v) {
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(v));
+}
+/// The top bit of each 32-bit lane.
+VASKEL_AVX2 inline std::uint32_t mask32(__m256i v) {
+    return static_cast<std::uint32_t>(_mm256_movemask_ps(_mm256_castsi256_ps(v)));
+}
+VASKEL_AVX2 inline bool isZero(__m256i v) { return _mm256_testz_si256(v, v) != 0; }
+
+VASKEL_AVX2 inline __m128i shuffle(const Shuffle& order) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(order.data()));
+}
+VASKEL_AVX2 inline __m256i shuffles(const Shuffle& low, const Shuffle& high) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(shuffle(low)), shuffle(high), 1);
+}
+
+/// Writes the 16-bit units of a's low half, b's low, a's high and b's high
+/// whose bit in keep is set, lowest first.
+VASKEL_AVX2 inline Byte* storeKept16(__m256i a, __m256i b, std::uint32_t keep, Byte* out) {
+    const std::uint32_t k0 = keep & 0xFF, k1 = keep >> 8 & 0xFF, k2 = keep >> 16 & 0xFF,
+                        k3 = keep >> 24;
+    a = _mm256_shuffle_epi8(a, shuffles(kKeptUnits[k0], kKeptUnits[k2]));
+    b = _mm256_shuffle_epi8(b, shuffles(kKeptUnits[k1], kKeptUnits[k3]));
+    store(out, _mm256_castsi256_si128(a));
+    out += 2 * std::popcount(k0);
+    store(out, _mm256_castsi256_si128(b));
+    out += 2 * std::popcount(k1);
+    store(out, _mm256_extracti128_si256(a, 1));
+    out += 2 * std::popcount(k2);
+    store(out, _mm256_extracti128_si256(b, 1));
+    return out + 2 * std::popcount(k3);
+}
+
+/// Where units, masked, are bits.
+VASKEL_AVX2 inline __m256i are16(__m256i units, unsigned mask, unsigned bits) {
+    return _mm256_cmpeq_epi16(_mm256_and_si256(units, all16(mask)), all16(bits));
+}
+VASKEL_AVX2 inline __m256i are32(__m256i values, unsigned mask, unsigned bits) {
+    return _mm256_cmpeq_epi32(_mm256_and_si256(values, all32(mask)), all32(bits));
+}
+
+/// Whether every high surrogate is followed by a low one, and no low one comes
+/// without. carry has the two bits of a high one at the end of the block
+/// before, and gets those of this block.
+VASKEL_AVX2 inline bool paired(__m256i units, std::uint32_t& carry) {
+    const std::uint32_t high = mask8(are16(units, 0xFC00, 0xD800));
+    const std::uint32_t low = mask8(are16(units, 0xFC00, 0xDC00));
+    if ((high << 2 | carry) != low) return false;
+    carry = high >> 30;
+    return true;
+}
+
+/// The bytes of each 16-bit unit exchanged.
+VASKEL_AVX2 inline __m256i swapped16(__m256i v) {
+    return _mm256_or_si256(_mm256_slli_epi16(v, 8), _mm256_srli_epi16(v, 8));
+}
+/// The bytes of each 32-bit lane reversed.
+VASKEL_AVX2 inline __m256i swapped32(__m256i v) {
+    const __m256i order = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12, 3,
+                                           2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    return _mm256_shuffle_epi8(v, order);
+}
+
+/// Units and values in the machine's byte order.
+template <bool kBig>
+VASKEL_AVX2 inline __m256i load16(const Byte* in) {
+    return kBig ? swapped16(load(in)) : load(in);
+}
+template <bool kBig>
+VASKEL_AVX2 inline __m256i load32(const Byte* in) {
+    return kBig ? swapped32(load(in)) : load(in);
+}
+
+// ---- unicode_avx2_to_utf8.cpp, unicode_avx2_units.cpp --------------------------
+
+template <bool kInBig>
+VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out);
+template <bool kInBig, bool kBig>
+VASKEL_AVX2 BlockStop utf16ToUtf32Avx2(const Byte* in, const Byte* last, Byte* out);
+template <bool kInBig>
+VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out);
+template <bool kInBig, bool kBig>
+VASKEL_AVX2 BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, Byte* out);
+
+// ---- unicode_avx2_measure.cpp --------------------------------------------------
+
+VASKEL_AVX2 std::size_t size16Avx2(const Byte* text);
+VASKEL_AVX2 std::size_t size32Avx2(const Byte* text);
+VASKEL_AVX2 std::size_t utf8Units16Avx2(const Byte* text, std::size_t size);
+VASKEL_AVX2 std::size_t utf8Units32Avx2(const Byte* text, std::size_t size);
+template <bool kInBig>
+VASKEL_AVX2 std::size_t utf16Bytes8Avx2(const Byte* text, std::size_t size);
+template <bool kInBig>
+VASKEL_AVX2 std::size_t utf16Units32Avx2(const Byte* text, std::size_t size);
+template <bool kInBig>
+VASKEL_AVX2 std::size_t utf32Bytes8Avx2(const Byte* text, std::size_t size);
+template <bool kInBig>
+VASKEL_AVX2 std::size_t utf32Units16Avx2(const Byte* text, std::size_t size);
+
+}  // namespace Vaskel
+
+#endif
+#endif

@@ -1,0 +1,263 @@
+// Every form of the Unicode conversions beside the plain one, on good text of
+// many kinds and on text with every kind of fault, in front of a guard page.
+
+#include <doctest/doctest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "encoding/unicode.h"
+#include "encoding/unicode_blocks.h"
+#include "encoding/unicode_onepass.h"
+#include "tests/encoding/hex_bytes.h"
+#include "tests/support/guarded_bytes.h"
+#include "vaskel/encoding.h"
+
+namespace {
+
+using Vaskel::UnicodeForm;
+
+// The kinds of characters in a text; a text mixes those whose bit is set.
+enum Kind : unsigned { kAscii = 1, kLatin = 2, kGreek = 4, kCjk = 8, kEmoji = 16, kRare = 32 };
+
+struct Random {
+    std::mt19937 words;
+    std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(words() % n); }
+};
+
+std::uint32_t character(Random& random, unsigned kinds) {
+    for (;;) {
+        switch (random.below(6)) {
+            case 0:
+                if (kinds & kAscii) return 1 + random.below(0x7F);
+                break;
+            case 1:
+                if (kinds & kLatin) return 0x80 + random.below(0x100);
+                break;
+            case 2:
+                if (kinds & kGreek) return 0x370 + random.below(0x490);
+                break;
+            case 3:
+                if (kinds & kCjk) return 0x800 + random.below(0xD000);
+                break;
+            case 4:
+                if (kinds & kEmoji) return 0x10000 + random.below(0x1F0000);
+                break;
+            default:
+                if (kinds & kRare) {
+                    constexpr std::uint32_t kEdges[] = {
+                        1,      0x7F,   0x80,     0x7FF,    0x800,    0xFFF,    0x1000,   0x3000,
+                        0x4000, 0xD7FF, 0xE000,   0xFEFF,   0xFFFE,   0xFFFF,   0x10000,  0x1000F,
+                        0xFFFF, 0xFFFF, 0x10FFFF, 0x110000, 0x190000, 0x19FFFF, 0x1FFFFF, 0x3FFFF};
+                    return kEdges[random.below(std::size(kEdges))];
+                }
+        }
+    }
+}
+
+std::string utf8Of(std::uint32_t value) {
+    unsigned char bytes[4], *end = bytes;
+    Vaskel::putUtf8(end, value);
+    return {reinterpret_cast<const char*>(bytes), reinterpret_cast<const char*>(end)};
+}
+std::string utf16Of(std::uint32_t unit, bool big) {
+    unsigned char bytes[2], *end = bytes;
+    Vaskel::put16(end, unit, big);
+    return {reinterpret_cast<const char*>(bytes), 2};
+}
+std::string utf32Of(std::uint32_t value, bool big) {
+    unsigned char bytes[4], *end = bytes;
+    Vaskel::put32(end, value, big);
+    return {reinterpret_cast<const char*>(bytes), 4};
+}
+
+// text, and behind it the last byte of a page, at an address that is shift
+// bytes off a multiple of four (or as near as the end allows).
+class AtPageEnd {
+ public:
+    AtPageEnd(const std::string& text, std::size_t shift) : mBytes(text.size() + shift) {
+        text.copy(mBytes.chars(), text.size());
+    }
+    const char* text() const { return mBytes.chars(); }
+
+ private:
+    GuardedBytes mBytes;
+};
+
+struct Conversion {
+    const char* name;
+    std::string (*run)(const UnicodeForm& form, const char* text);
+};
+
+constexpr Conversion kFrom8[] = {
+    {"8 to 16 LE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf16(t, false); }},
+    {"8 to 16 BE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf16(t, true); }},
+    {"8 to 32 LE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf32(t, false); }},
+    {"8 to 32 BE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf32(t, true); }},
+};
+constexpr Conversion kFrom16[] = {
+    {"16 to 8", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf8(t); }},
+    {"16 to 32 LE", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf32(t, false); }},
+    {"16 to 32 BE", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf32(t, true); }},
+};
+constexpr Conversion kFrom32[] = {
+    {"32 to 8", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf8(t); }},
+    {"32 to 16 LE", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf16(t, false); }},
+    {"32 to 16 BE", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf16(t, true); }},
+};
+
+// Returns how many of the plain form's results were not empty.
+template <std::size_t kCount>
+int compareForms(const Conversion (&conversions)[kCount], const std::string& text,
+                 std::size_t shift) {
+    const AtPageEnd input(text, shift);
+    int good = 0;
+    for (const Conversion& conversion : conversions) {
+        const std::string want = conversion.run(Vaskel::kUnicodePlain, input.text());
+        good += !want.empty();
+        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
+            const std::string got = conversion.run(*form, input.text());
+            if (got == want) continue;
+            CAPTURE(form->name);
+            CAPTURE(conversion.name);
+            CAPTURE(shift);
+            CAPTURE(toHex(text));
+            CHECK(toHex(got) == toHex(want));
+        }
+    }
+    return good;
+}
+
+constexpr unsigned kMixes[] = {
+    kAscii,          kAscii | kLatin, kAscii | kGreek, kGreek,         kCjk, kCjk | kAscii, kEmoji,
+    kEmoji | kAscii, kEmoji | kCjk,   kRare,           kRare | kAscii, 0x3F, kLatin | kRare};
+
+// Lengths around those of blocks and chunks.
+std::size_t someLength(Random& random) {
+    switch (random.below(10)) {
+        case 0:
+            return 4000 + random.below(300);
+        case 1:
+            return 1900 + random.below(300);
+        case 2:
+            return 300 + random.below(1200);
+        default:
+            return random.below(200);
+    }
+}
+
+constexpr int kRounds = 4000;
+constexpr unsigned kSeed = 7101;
+
+}  // namespace
+
+TEST_CASE("unicode: every form gives the plain form's bytes for UTF-8") {
+    Random random{std::mt19937(kSeed)};
+    int good = 0, all = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const unsigned kinds = kMixes[static_cast<std::size_t>(round) % std::size(kMixes)];
+        const std::size_t length = someLength(random);
+        std::string text = "a";
+        while (text.size() < length) text += utf8Of(character(random, kinds));
+        if (length == 0) text.clear();
+        // Half of the texts get a few faults; not a zero byte, which would end them.
+        constexpr const char* kFaults[] = {"\x80",
+                                           "\xC0\x80",
+                                           "\xC1\x81",
+                                           "\xE0\x80\x80",
+                                           "\xE0\x81\x81",
+                                           "\xF0\x80\x80\x80",
+                                           "\xED\xA0\x80",
+                                           "\xED\xBF\xBF",
+                                           "\xC3"
+                                           "A",
+                                           "\xE3"
+                                           "AB",
+                                           "\xF1"
+                                           "ABC",
+                                           "\xC3\xC3\xC3",
+                                           "\xF8",
+                                           "\xFF",
+                                           "\xC3",
+                                           "\xE4\xB8",
+                                           "\xF0\x9F\x98",
+                                           "\xF0\x8D\xA0\x80",
+                                           "\xE3\xF1\xF2",
+                                           "\xF5\xF6\xF7\xF8"};
+        if (random.below(2) == 0 && !text.empty()) {
+            for (std::uint32_t faults = 1 + random.below(3); faults > 0; --faults) {
+                const std::size_t at = 1 + random.below(static_cast<std::uint32_t>(text.size()));
+                if (random.below(2) == 0)
+                    text.insert(at, kFaults[random.below(std::size(kFaults))]);
+                else if (at < text.size())
+                    text[at] = static_cast<char>(1 + random.below(255));
+            }
+        }
+        if (random.below(4) == 0)
+            text.resize(random.below(static_cast<std::uint32_t>(text.size()) + 1));
+        text += '\0';
+        good += compareForms(kFrom8, text, random.below(4));
+        all += 4;
+    }
+    CHECK(good > all / 2);
+    CHECK(good < all);
+}
+
+TEST_CASE("unicode: every form gives the plain form's bytes for UTF-16") {
+    Random random{std::mt19937(kSeed)};
+    int good = 0, all = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const unsigned kinds = kMixes[static_cast<std::size_t>(round) % std::size(kMixes)];
+        const std::size_t length = someLength(random);
+        const bool big = random.below(2) != 0;
+        std::vector<std::uint32_t> units;
+        while (units.size() < length) {
+            const std::uint32_t value = character(random, kinds);
+            if (value < 0x10000) {
+                units.push_back(value);
+            } else {
+                units.push_back(0xD800 | (value >> 10 & 0x3FF));
+                units.push_back(0xDC00 | (value & 0x3FF));
+            }
+        }
+        if (random.below(4) == 0 && !units.empty())
+            units[random.below(static_cast<std::uint32_t>(units.size()))] =
+                0xD800 + random.below(0x800);
+        if (random.below(6) == 0)
+            units.resize(random.below(static_cast<std::uint32_t>(units.size()) + 1));
+        std::string text = utf16Of(0xFEFF, big);
+        for (const std::uint32_t unit : units) text += utf16Of(unit, big);
+        text += utf16Of(0, big);
+        good += compareForms(kFrom16, text, random.below(4));
+        all += 3;
+    }
+    CHECK(good > all / 2);
+    CHECK(good < all);
+}
+
+TEST_CASE("unicode: every form gives the plain form's bytes for UTF-32") {
+    Random random{std::mt19937(kSeed)};
+    int good = 0, all = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const unsigned kinds = kMixes[static_cast<std::size_t>(round) % std::size(kMixes)];
+        const std::size_t length = someLength(random);
+        const bool big = random.below(2) != 0;
+        std::string text = utf32Of(0xFEFF, big);
+        const std::uint32_t fault =
+            random.below(4) == 0 ? random.below(static_cast<std::uint32_t>(length) + 1) : ~0u;
+        for (std::size_t i = 0; i < length; ++i) {
+            constexpr std::uint32_t kFaults[] = {0xD800,   0xDBFF,     0xDC00,     0xDFFF,
+                                                 0x200000, 0xFFFE0000, 0x80000041, 0xFFFFFFFF};
+            text += utf32Of(
+                i == fault ? kFaults[random.below(std::size(kFaults))] : character(random, kinds),
+                big);
+        }
+        text += utf32Of(0, big);
+        good += compareForms(kFrom32, text, random.below(4));
+        all += 3;
+    }
+    CHECK(good > all / 2);
+    CHECK(good < all);
+}
