@@ -5,11 +5,9 @@
 
 #include "geometry/clean.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "geometry/clean_filter.h"
-#include "geometry/clean_kernel.h"
 #include "geometry/clean_simplify.h"
 #include "platform/pemmit.h"
 #include "util/clean_owned.h"
@@ -18,7 +16,7 @@
 namespace Vaskel {
 namespace {
 
-constinit CleanParameters gParameters;
+constinit CleanState gState;
 
 // Feeds the walked points themselves and returns the last one. The path has a
 // point.
@@ -34,9 +32,7 @@ Sample passOn(const Pemmit::Path* path, SimplifyFast& out) {
 
 }  // namespace
 
-const CleanParameters& cleanParameters() { return gParameters; }
-
-bool cleaningIsOff() { return gParameters.order < 1 && gParameters.tolerance == 0; }
+CleanState& cleanState() { return gState; }
 
 bool refusesBox(const Pemmit::Box& box, int size) {
     const std::int64_t width = std::int64_t{box.maxX} - box.minX;
@@ -57,26 +53,20 @@ bool isTooShort(const Pemmit::Path* path) {
     return changes < enough;
 }
 
-// Zero weights at the outer end of the filter add nothing to its sums, so that
-// samples under them need not be kept; one weight stays.
 void cleanpar(int n, int tolerance, int step) {
-    if (n != gParameters.order) {
-        std::unique_ptr<std::int32_t[]> inner;
-        std::int64_t reach = 0;
+    if (n != gState.order) {
+        CleanKernel kernel;
+        CleanBuffers buffers;
         if (n >= 1) {
-            const std::vector<std::int32_t> weights = cleanWeights(n);
-            auto first = std::find_if(weights.begin(), weights.end(),
-                                      [](std::int32_t weight) { return weight != 0; });
-            reach = std::max<std::int64_t>(weights.end() - first, 1);
-            inner = std::make_unique<std::int32_t[]>(static_cast<std::size_t>(reach));
-            std::copy(first, weights.end(), inner.get());
+            kernel = makeKernel(n);
+            buffers = makeBuffers(n, kernel);
         }
-        gParameters.order = n;
-        gParameters.reach = reach;
-        gParameters.weights = std::move(inner);
+        gState.order = n;
+        gState.kernel = std::move(kernel);
+        gState.buffers = std::move(buffers);
     }
-    gParameters.tolerance = tolerance;
-    gParameters.step = step;
+    gState.tolerance = tolerance;
+    gState.step = step;
 }
 
 Pemmit::Path* clean(const Pemmit::Path* path, int size) {
@@ -86,14 +76,14 @@ Pemmit::Path* clean(const Pemmit::Path* path, int size) {
     const bool open = (path->flags & Pemmit::kFlagOpen) != 0;
     OwnedPath result(Pemmit::patbeg());
     Pemmit::flaset(result.get(), Pemmit::kFlagOpen, open);
-    SimplifyFast out(result.get(), gParameters.tolerance);
+    SimplifyFast out(result.get(), gState.tolerance);
     Sample last = {};
-    if (gParameters.order < 1)
+    if (gState.order < 1)
         last = passOn(path, out);
     else if (open)
-        last = filterOpen(path, gParameters, out);
+        last = filterOpen(path, gState, out);
     else
-        filterClosed(path, gParameters, out);
+        filterClosed(path, gState, out);
     if (open)
         Pemmit::patend(result.get(), last.x, last.y);
     else
@@ -101,13 +91,16 @@ Pemmit::Path* clean(const Pemmit::Path* path, int size) {
     return result.release();
 }
 
-// With neither filter nor tolerance a closed outline's points are emitted one
-// by one, all but the repeated first point, which is what the outline holds
-// already. Too short ones are copied. Nobody else has seen the outline, so that
-// it can stand for its copy.
+// With neither filter nor tolerance a closed outline of straight edges keeps
+// all its points: each is emitted but the last one of the walk, which is the
+// first one again, and too short outlines are copied as they are. Nobody else
+// has seen the outline, so that it can stand for its copy.
 Pemmit::Path* cleanOwned(Pemmit::Path* path, int size) {
-    const OwnedPath owned(path);
-    return clean(path, size);
+    OwnedPath owned(path);
+    if (gState.order >= 1 || gState.tolerance != 0) return clean(path, size);
+    if (refusesBox(path->box, size)) return nullptr;
+    Pemmit::patendclo(path);
+    return owned.release();
 }
 
 }  // namespace Vaskel

@@ -1,8 +1,7 @@
 // Path cleaning behind the exported calls.
 //
-// The process-wide state of cleaning is the one CleanParameters object that
-// cleanParameters() returns; all that a call of clean needs besides lives in
-// that call.
+// The process-wide state of cleaning is one CleanState object: what cleanpar
+// has set, and the buffers that calls of clean use one after the other.
 
 #ifndef GEOMETRY_CLEAN_H
 #define GEOMETRY_CLEAN_H
@@ -10,26 +9,35 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
+#include "geometry/clean_kernel.h"
 #include "platform/pemmit.h"
 
 namespace Vaskel {
 
-struct CleanParameters {
+/// A point of whole distances.
+struct Sample {
+    std::int32_t x, y;
+};
+
+/// The buffers of the filter. They never hold all samples of a long outline.
+struct CleanBuffers {
+    std::vector<std::int32_t> x, y;    // the samples around the current outputs
+    std::vector<std::int16_t> narrow;  // the same as filterBlockFast wants them
+    std::vector<std::int32_t> outX, outY;
+    std::vector<Sample> first;  // of a closed outline, which come again at its end
+};
+
+struct CleanState {
     int order = 0;      // n; 0 or less switches filtering off
     int tolerance = 0;  // 0 switches simplification off
     int step = 0;       // resampling distance; below 1 counts as 1
-    /// The innermost reach weights of the filter, outermost first: the outer
-    /// ones are 0 as far as they are left out. At least 1 when order is.
-    std::int64_t reach = 0;
-    std::unique_ptr<std::int32_t[]> weights;
+    CleanKernel kernel;
+    CleanBuffers buffers;
 };
 
-const CleanParameters& cleanParameters();
-
-/// Whether cleaning hands the points of a straight-edged closed outline on as
-/// they are.
-bool cleaningIsOff();
+CleanState& cleanState();
 
 /// Owns a path under construction or one that is to go.
 struct PathRemover {
@@ -37,8 +45,8 @@ struct PathRemover {
 };
 using OwnedPath = std::unique_ptr<Pemmit::Path, PathRemover>;
 
-/// Step 1 of cleaning: whether a path of this box is refused. A narrow but
-/// tall outline is, a wide and flat one is not.
+/// Whether a path of this box is refused: a narrow but tall outline is, a wide
+/// and flat one is not.
 bool refusesBox(const Pemmit::Box& box, int size);
 
 /// Whether the walk has too few points to be cleaned: fewer than 3 that differ

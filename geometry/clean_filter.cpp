@@ -1,5 +1,6 @@
-// Memory: a window of twice the filter's length and the first samples of a
-// closed outline, never all samples. An outline shorter than that has few.
+// Samples are numbered from 0 along the outline; numbers below 0 and from N on
+// are those of its extension. A Row holds a stretch of them in the buffers, and
+// moves on as outputs are done with.
 //
 // Coordinates that a reflection takes beyond the 32-bit range wrap, as the
 // filter's sums do.
@@ -8,217 +9,238 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
-#include "geometry/clean_kernel.h"
+#include "geometry/clean_samples.h"
 
 namespace Vaskel {
 namespace {
+
+constexpr std::size_t kOutputsAtATime = 256;
+// With a large order a few outputs at a time have work enough.
+constexpr std::size_t kSamplesAtATime = 1024;
 
 // 2 * about - value in 32 bits.
 std::int32_t reflect(std::int32_t about, std::int32_t value) {
     return wrap32(std::int64_t{2} * about - value);
 }
-Sample reflect(const Sample& about, const Sample& value) {
-    return {reflect(about.x, value.x), reflect(about.y, value.y)};
-}
 
-// The newest length = 2 reach + 1 samples, contiguous for each coordinate. The
-// row is twice as long and starts again at its front when it is full.
-class Window {
+// Samples begin() to end() - 1 in the buffers.
+class Row {
  public:
-    explicit Window(const CleanParameters& parameters)
-        : mReach(parameters.reach),
-          mWeights(parameters.weights.get()),
-          mLength(static_cast<std::size_t>(2 * mReach + 1)),
-          mX(2 * mLength),
-          mY(2 * mLength) {}
+    Row(CleanState& state, std::int64_t begin)
+        : mBuffers(state.buffers),
+          mReach(static_cast<std::int64_t>(state.kernel.reach)),
+          mBegin(begin) {}
 
-    std::int64_t length() const { return static_cast<std::int64_t>(mLength); }
+    std::int64_t end() const { return mBegin + static_cast<std::int64_t>(mCount); }
+    std::size_t room() const { return mBuffers.x.size() - mCount; }
 
-    void push(const Sample& sample) {
-        if (mEnd == mX.size()) {
-            const std::size_t kept = mLength - 1;
-            std::memmove(mX.data(), mX.data() + (mEnd - kept), kept * sizeof mX[0]);
-            std::memmove(mY.data(), mY.data() + (mEnd - kept), kept * sizeof mY[0]);
-            mEnd = kept;
+    std::int32_t& x(std::int64_t number) { return mBuffers.x[place(number)]; }
+    std::int32_t& y(std::int64_t number) { return mBuffers.y[place(number)]; }
+
+    // Leaves room for samples up to number - 1, which are yet to be written.
+    void extendTo(std::int64_t number) { mCount = place(number); }
+
+    // Takes as many samples from source as fit; false when it has come to its
+    // end.
+    bool fill(Samples& source) {
+        const std::size_t wanted = room();
+        const std::size_t taken =
+            source.take(mBuffers.x.data() + mCount, mBuffers.y.data() + mCount, wanted);
+        mCount += taken;
+        return taken == wanted;
+    }
+
+    // Lets samples before number go.
+    void dropBefore(std::int64_t number) {
+        if (number <= mBegin) return;
+        const std::size_t dropped = std::min(mCount, place(number));
+        mCount -= dropped;
+        std::memmove(mBuffers.x.data(), mBuffers.x.data() + dropped, mCount * sizeof(int));
+        std::memmove(mBuffers.y.data(), mBuffers.y.data() + dropped, mCount * sizeof(int));
+        mBegin += static_cast<std::int64_t>(dropped);
+    }
+
+    // Begins anew before sample number.
+    void restartAt(std::int64_t number) {
+        mCount = 0;
+        mBegin = number;
+    }
+
+    // Filters around samples centre, centre + n, ... below limit for as long as
+    // their windows are in the row, and returns the next centre.
+    std::int64_t filter(const CleanState& state, std::int64_t centre, std::int64_t limit,
+                        SimplifyFast& out) {
+        limit = std::min(limit, end() - mReach);
+        while (centre < limit) {
+            const std::int64_t wanted = (limit - centre - 1) / state.order + 1;
+            const std::size_t count =
+                std::min(mBuffers.outX.size(), static_cast<std::size_t>(wanted));
+            const FilterBlock block = {&x(centre - mReach), &y(centre - mReach),
+                                       static_cast<std::size_t>(state.order), count};
+            std::int32_t* const outX = mBuffers.outX.data();
+            std::int32_t* const outY = mBuffers.outY.data();
+            if (!filterBlockFast(state.kernel, block, mBuffers.narrow.data(), outX, outY))
+                filterBlockPlain(state.kernel, block, outX, outY);
+            for (std::size_t j = 0; j < count; ++j) out.add(outX[j], outY[j]);
+            centre += static_cast<std::int64_t>(count) * state.order;
         }
-        mX[mEnd] = sample.x;
-        mY[mEnd] = sample.y;
-        ++mEnd;
-    }
-
-    // The sample that was pushed back pushes before the newest one.
-    Sample newest(std::int64_t back) const {
-        const std::size_t at = mEnd - 1 - static_cast<std::size_t>(back);
-        return {mX[at], mY[at]};
-    }
-
-    // The centre of the full window, filtered.
-    Sample filtered() const {
-        const std::size_t first = mEnd - mLength;
-        return {filterSample(mX.data() + first, mWeights, mReach),
-                filterSample(mY.data() + first, mWeights, mReach)};
+        return centre;
     }
 
  private:
+    std::size_t place(std::int64_t number) const {
+        return static_cast<std::size_t>(number - mBegin);
+    }
+
+    CleanBuffers& mBuffers;
     std::int64_t mReach;
-    const std::int32_t* mWeights;
-    std::size_t mLength;
-    std::vector<std::int32_t> mX, mY;
-    std::size_t mEnd = 0;
+    std::int64_t mBegin;
+    std::size_t mCount = 0;
 };
 
-// The samples of a closed outline without end: after the last one the first
-// ones again, of which kept are remembered.
-class Ring {
- public:
-    Ring(const Pemmit::Path* path, int step, std::int64_t kept)
-        : mSamples(path, step), mKept(kept) {}
-
-    Sample next() {
-        Sample sample;
-        if (!ended() && take(&sample)) return sample;
-        sample = mFirst[static_cast<std::size_t>(mPlace)];
-        mPlace = (mPlace + 1) % mPeriod;
-        return sample;
-    }
-
-    void skip(std::int64_t count) {
-        Sample unused;
-        while (count > 0 && !ended() && take(&unused)) --count;
-        if (count > 0) mPlace = (mPlace + count) % mPeriod;
-    }
-
-    // The number of samples of one period, once the outline has come round.
-    bool ended() const { return mPeriod > 0; }
-    std::int64_t period() const { return mPeriod; }
-
- private:
-    // An outline that comes back to sample 0 has delivered it already: its
-    // period is one shorter and goes on with sample 1.
-    bool take(Sample* sample) {
-        if (mSamples.next(&sample->x, &sample->y)) {
-            ++mCount;
-            mNewest = *sample;
-            if (mCount <= mKept) mFirst.push_back(*sample);
-            return true;
-        }
-        const bool cameBack = mCount > 1 && mNewest.x == mFirst[0].x && mNewest.y == mFirst[0].y;
-        mPeriod = cameBack ? mCount - 1 : mCount;
-        mPlace = cameBack ? 1 % mPeriod : 0;
-        return false;
-    }
-
-    Samples mSamples;
-    std::int64_t mKept;
-    std::vector<Sample> mFirst;
-    Sample mNewest = {};
-    std::int64_t mCount = 0;
-    std::int64_t mPeriod = 0;  // 0 until known
-    std::int64_t mPlace = 0;   // what next delivers once the outline has come round
-};
-
-// An open outline with all its samples at hand: sample i of its extension to
-// both sides. Reflecting about both ends in turn moves by 2 (last - first)
+// An open outline with all its samples at hand: coordinate i of its extension
+// to both sides. Reflecting about both ends in turn moves by 2 (last - first)
 // every 2 last samples.
-Sample extended(const std::vector<Sample>& samples, std::int64_t i) {
-    const std::int64_t last = static_cast<std::int64_t>(samples.size()) - 1;
+std::int32_t extended(const std::vector<std::int32_t>& samples, std::int64_t last, std::int64_t i) {
     if (last == 0) return samples[0];
     const std::int64_t turn = 2 * last;
     const std::int64_t rest = (i % turn + turn) % turn;
     const std::int64_t turns = (i - rest) / turn;
-    const Sample& begin = samples.front();
-    const Sample& end = samples.back();
-    const Sample base = rest <= last ? samples[static_cast<std::size_t>(rest)]
-                                     : reflect(end, samples[static_cast<std::size_t>(turn - rest)]);
-    return {wrap32(base.x + turns * 2 * (std::int64_t{end.x} - begin.x)),
-            wrap32(base.y + turns * 2 * (std::int64_t{end.y} - begin.y))};
+    const std::int32_t end = samples[static_cast<std::size_t>(last)];
+    const std::int32_t base = rest <= last
+                                  ? samples[static_cast<std::size_t>(rest)]
+                                  : reflect(end, samples[static_cast<std::size_t>(turn - rest)]);
+    return wrap32(base + turns * 2 * (std::int64_t{end} - samples[0]));
 }
 
-// An open outline with no more samples than the filter reaches to one side.
-void filterShort(const std::vector<Sample>& samples, const CleanParameters& parameters,
-                 SimplifyFast& out) {
-    const std::int64_t last = static_cast<std::int64_t>(samples.size()) - 1;
-    Window window(parameters);
-    for (std::int64_t centre = 0; centre < last; centre += parameters.order) {
-        for (std::int64_t i = centre - parameters.reach; i <= centre + parameters.reach; ++i)
-            window.push(extended(samples, i));
-        const Sample point = window.filtered();
-        out.add(point.x, point.y);
+// An open outline whose last sample is nearer to the first than the filter
+// reaches. Windows are made one by one, in full.
+void filterShort(const std::vector<std::int32_t>& x, const std::vector<std::int32_t>& y,
+                 std::int64_t last, const CleanState& state, SimplifyFast& out) {
+    const auto reach = static_cast<std::int64_t>(state.kernel.reach);
+    const std::size_t length = 2 * state.kernel.reach + 1;
+    std::vector<std::int32_t> windowX(length), windowY(length);
+    for (std::int64_t centre = 0; centre < last; centre += state.order) {
+        for (std::size_t i = 0; i < length; ++i) {
+            const std::int64_t number = centre - reach + static_cast<std::int64_t>(i);
+            windowX[i] = extended(x, last, number);
+            windowY[i] = extended(y, last, number);
+        }
+        const std::int32_t* const weights = state.kernel.weights.data();
+        out.add(filterSample(windowX.data(), weights, state.kernel.reach),
+                filterSample(windowY.data(), weights, state.kernel.reach));
     }
-    out.add(samples.back().x, samples.back().y);
 }
 
 }  // namespace
 
-void filterClosed(const Pemmit::Path* path, const CleanParameters& parameters, SimplifyFast& out) {
-    const std::int64_t n = parameters.order;
-    const std::int64_t half = cleanHalfLength(parameters.order);
-    Window window(parameters);
-    // The last window ends at sample N + half + reach.
-    Ring ring(path, parameters.step, half + parameters.reach + 1);
-    ring.skip(half - parameters.reach);
-    for (std::int64_t i = 0; i < window.length(); ++i) window.push(ring.next());
+CleanBuffers makeBuffers(int order, const CleanKernel& kernel) {
+    const auto n = static_cast<std::size_t>(order);
+    const std::size_t outputs = std::clamp<std::size_t>(kSamplesAtATime / n, 8, kOutputsAtATime);
+    const std::size_t window = 2 * kernel.reach + 1;
+    // Where one output is further from the next than a window is long, windows
+    // are filled one by one.
+    const std::size_t length = n < window ? window + (outputs - 1) * n : window;
+    CleanBuffers buffers;
+    buffers.x.resize(length);
+    buffers.y.resize(length);
+    buffers.narrow.resize(2 * (length + kTapBlock));
+    buffers.outX.resize(outputs);
+    buffers.outY.resize(outputs);
+    return buffers;
+}
 
-    // The centre is sample half + moved. moved > N is left untried; where N
-    // shows itself only while the window moves, that moves by at most n samples
-    // past sample N, which are remembered too since n <= half.
-    for (std::int64_t moved = 0; !ring.ended() || moved <= ring.period();) {
-        const Sample point = window.filtered();
-        out.add(point.x, point.y);
-        moved += n;
-        if (ring.ended() && moved > ring.period()) break;
-        const std::int64_t fresh = std::min(n, window.length());
-        ring.skip(n - fresh);
-        for (std::int64_t i = 0; i < fresh; ++i) window.push(ring.next());
+void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out) {
+    const std::int64_t n = state.order;
+    const std::int64_t half = cleanHalfLength(state.order);
+    const auto reach = static_cast<std::int64_t>(state.kernel.reach);
+    // The last window ends at sample N + half + reach: these may come again.
+    const std::int64_t kept = half + reach + 1;
+    std::vector<Sample>& first = state.buffers.first;
+    first.clear();
+
+    Samples source(path, state.step);
+    Row row(state, 0);
+    std::int64_t centre = half;
+    Sample newest = {};
+    for (bool more = true; more;) {
+        row.dropBefore(centre - reach);
+        const std::int64_t from = row.end();
+        more = row.fill(source);
+        for (std::int64_t i = from; i < std::min(row.end(), kept); ++i)
+            first.push_back({row.x(i), row.y(i)});
+        if (row.end() > from) newest = {row.x(row.end() - 1), row.y(row.end() - 1)};
+        // The centre of each window here is a sample before the last one.
+        if (more) centre = row.filter(state, centre, row.end(), out);
+    }
+
+    // An outline that comes back to sample 0 has delivered that already.
+    std::int64_t period = row.end();
+    if (period > 1 && newest.x == first[0].x && newest.y == first[0].y) --period;
+    const auto again = [&](std::int64_t number) {
+        return first[static_cast<std::size_t>(period <= kept ? number % period : number - period)];
+    };
+    const std::int64_t limit = half + period / n * n + 1;
+    while (centre < limit) {
+        row.dropBefore(centre - reach);
+        if (row.end() < centre - reach) row.restartAt(centre - reach);
+        const std::int64_t from = row.end();
+        const std::int64_t until =
+            std::min(limit + reach, from + static_cast<std::int64_t>(row.room()));
+        row.extendTo(until);
+        for (std::int64_t i = from; i < until; ++i) {
+            const Sample sample = again(i);
+            row.x(i) = sample.x;
+            row.y(i) = sample.y;
+        }
+        centre = row.filter(state, centre, limit, out);
     }
 }
 
-Sample filterOpen(const Pemmit::Path* path, const CleanParameters& parameters, SimplifyFast& out) {
-    const std::int64_t n = parameters.order;
-    const std::int64_t reach = parameters.reach;
-    Samples samples(path, parameters.step);
-    std::vector<Sample> head;
-    Sample sample;
-    while (static_cast<std::int64_t>(head.size()) <= reach && samples.next(&sample.x, &sample.y))
-        head.push_back(sample);
-    if (static_cast<std::int64_t>(head.size()) <= reach) {
-        filterShort(head, parameters, out);
-        return head.back();
+Sample filterOpen(const Pemmit::Path* path, CleanState& state, SimplifyFast& out) {
+    const auto reach = static_cast<std::int64_t>(state.kernel.reach);
+    Samples source(path, state.step);
+    Row row(state, -reach);
+    row.extendTo(0);
+    bool more = row.fill(source);
+    std::int64_t last = row.end() - 1;
+    if (last < reach) {
+        row.dropBefore(0);
+        filterShort(state.buffers.x, state.buffers.y, last, state, out);
+        const Sample end = {row.x(last), row.y(last)};
+        out.add(end.x, end.y);
+        return end;
     }
 
-    Window window(parameters);
-    for (std::int64_t i = reach; i > 0; --i)
-        window.push(reflect(head[0], head[static_cast<std::size_t>(i)]));
-    for (const Sample& each : head) window.push(each);
+    for (std::int64_t i = 1; i <= reach; ++i) {
+        row.x(-i) = reflect(row.x(0), row.x(i));
+        row.y(-i) = reflect(row.y(0), row.y(i));
+    }
+    std::int64_t centre = 0;
+    Sample end = {row.x(last), row.y(last)};
+    while (more) {
+        centre = row.filter(state, centre, row.end(), out);
+        row.dropBefore(std::min(centre, row.end()) - reach);
+        more = row.fill(source);
+        last = row.end() - 1;
+        end = {row.x(last), row.y(last)};
+    }
 
-    // newest is the number of the newest real sample, beyond how many
-    // reflected ones follow it in the window, whose centre is newest + beyond
-    // - reach. While samples come, that is below the last one: reach is not 0.
-    std::int64_t newest = reach;
-    std::int64_t beyond = 0;
-    bool ended = false;
-    for (std::int64_t centre = 0; !ended || centre < newest; centre += n) {
-        const Sample point = window.filtered();
-        out.add(point.x, point.y);
-        for (std::int64_t i = 0; i < n; ++i) {
-            if (!ended && samples.next(&sample.x, &sample.y)) {
-                window.push(sample);
-                ++newest;
-                continue;
-            }
-            ended = true;
-            if (centre + n >= newest) break;
-            // The reflection of the sample as far before the last one as this
-            // one is behind it, which is at most reach.
-            const Sample end = window.newest(beyond);
-            ++beyond;
-            window.push(reflect(end, window.newest(2 * beyond - 1)));
+    // The row reaches back to sample last - reach at least.
+    const std::int64_t beyond = last + reach + 1;
+    while (centre < last) {
+        row.dropBefore(centre - reach);
+        const std::int64_t from = row.end();
+        const std::int64_t until = std::min(beyond, from + static_cast<std::int64_t>(row.room()));
+        row.extendTo(until);
+        for (std::int64_t i = from; i < until; ++i) {
+            row.x(i) = reflect(end.x, row.x(2 * last - i));
+            row.y(i) = reflect(end.y, row.y(2 * last - i));
         }
+        centre = row.filter(state, centre, last, out);
     }
-    // Its own filtered value is itself: around it all pairs cancel out.
-    const Sample end = window.newest(beyond);
+    // Around the last sample all pairs cancel out.
     out.add(end.x, end.y);
     return end;
 }

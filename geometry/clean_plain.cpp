@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "geometry/clean.h"
-#include "geometry/clean_filter.h"
 #include "geometry/clean_kernel.h"
 #include "geometry/clean_simplify.h"
 #include "platform/orlune.h"
@@ -111,7 +110,7 @@ Pemmit::Path* cleanPlain(const Pemmit::Path* path, int size) {
     if (!path || refusesBox(path->box, size)) return nullptr;
     if (isTooShort(path)) return Pemmit::patdup(path);
 
-    const CleanParameters& parameters = cleanParameters();
+    const CleanState& parameters = cleanState();
     const bool open = (path->flags & Pemmit::kFlagOpen) != 0;
     SampleList points = allPoints(path);
     if (parameters.order >= 1) {

@@ -1,47 +1,101 @@
 #include "geometry/clean_samples.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "platform/orlune.h"
+
 namespace Vaskel {
+namespace {
+
+// a / b for values that are not negative. 32-bit division is several times as
+// fast on many processors.
+std::int64_t quotient(std::int64_t a, std::int64_t b) {
+    if (static_cast<std::uint64_t>(a | b) <= UINT32_MAX)
+        return static_cast<std::uint32_t>(a) / static_cast<std::uint32_t>(b);
+    return a / b;
+}
+
+}  // namespace
+
+// Below 2^25 the sum v of squares is below 2^52, exact as a double, and so is
+// the truncated root: were the rounded root of v to reach the next integer k,
+// then v <= k^2 - 1, whose root lies 1 / 2k > 2^-27 below k, more than the half
+// unit in the last place (2^-28 at most) by which rounding moves it.
+std::int64_t distanceRoot(std::int64_t dx, std::int64_t dy) {
+    constexpr std::int64_t kSmall = std::int64_t{1} << 25;
+    if (dx == 0) return dy < 0 ? -dy : dy;
+    if (dy == 0) return dx < 0 ? -dx : dx;
+    if (dx > -kSmall && dx < kSmall && dy > -kSmall && dy < kSmall)
+        return static_cast<std::int64_t>(std::sqrt(static_cast<double>(dx * dx + dy * dy)));
+    return Orlune::mulsqrt(dx, dx, dy, dy);
+}
 
 void Samples::Axis::begin(std::int64_t d, std::int64_t m) {
     unit = d < 0 ? -1 : 1;
     sum = 0;
-    if (m == 1) {
-        whole = d;
-        rest = 0;
-        return;
-    }
     const std::int64_t size = d * unit;  // at most 2^32 - 1
-    // 32-bit division is several times as fast on many processors.
-    if (static_cast<std::uint64_t>(size | m) <= UINT32_MAX) {
-        whole = unit * (static_cast<std::uint32_t>(size) / static_cast<std::uint32_t>(m));
-        rest = static_cast<std::uint32_t>(size) % static_cast<std::uint32_t>(m);
+    if (size < m) {
+        whole = 0;
+        rest = size;
+    } else if (m == 1 || size == m) {
+        whole = m == 1 ? d : unit;
+        rest = 0;
     } else {
-        whole = unit * (size / m);
-        rest = size % m;
+        const std::int64_t part = quotient(size, m);
+        whole = unit * part;
+        rest = size - part * m;
+    }
+}
+
+// All values lie between two points of the outline.
+void Samples::Axis::write(std::int32_t* out, std::size_t count, std::int64_t m) {
+    for (std::size_t i = 0; i < count; ++i) {
+        at += whole;
+        sum += rest;
+        if (sum >= m) {
+            sum -= m;
+            at += unit;
+        }
+        out[i] = static_cast<std::int32_t>(at);
     }
 }
 
 bool Samples::nextSegment() {
     int x, y;
-    if (!mBegun) {
-        if (mWalk.scanex(&x, &y) < 0) return false;
-        mBegun = true;
-        mX.at = x;
-        mY.at = y;
-        mCount = mLeft = 1;  // its Axis goes on by 0
-        return true;
-    }
     while (mWalk.scanex(&x, &y) >= 0) {
+        if (!mBegun) {
+            mBegun = true;
+            mX.at = x;
+            mY.at = y;
+            mCount = mLeft = 1;  // both go on by 0
+            return true;
+        }
         const std::int64_t dx = x - mX.at;
         const std::int64_t dy = y - mY.at;
-        const std::int64_t m = distanceRoot(dx, dy) / mStep;
-        if (m == 0) continue;  // the next point is seen from the last sample too
+        const std::int64_t root = distanceRoot(dx, dy);
+        if (root < mStep) continue;  // the next point is seen from the last sample too
+        const std::int64_t m = mStep == 1 ? root : quotient(root, mStep);
         mX.begin(dx, m);
         mY.begin(dy, m);
         mCount = mLeft = m;
         return true;
     }
     return false;
+}
+
+std::size_t Samples::take(std::int32_t* x, std::int32_t* y, std::size_t room) {
+    std::size_t taken = 0;
+    while (taken < room) {
+        if (mLeft == 0 && !nextSegment()) break;
+        const auto count = static_cast<std::size_t>(
+            std::min<std::int64_t>(mLeft, static_cast<std::int64_t>(room - taken)));
+        mX.write(x + taken, count, mCount);
+        mY.write(y + taken, count, mCount);
+        mLeft -= static_cast<std::int64_t>(count);
+        taken += count;
+    }
+    return taken;
 }
 
 }  // namespace Vaskel

@@ -3,27 +3,16 @@
 #ifndef GEOMETRY_CLEAN_SAMPLES_H
 #define GEOMETRY_CLEAN_SAMPLES_H
 
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
 
-#include "platform/orlune.h"
 #include "platform/pemmit.h"
 
 namespace Vaskel {
 
 /// Orlune::mulsqrt(dx, dx, dy, dy) for differences of coordinates, as a rule
 /// without the call.
-///
-/// Below 2^25 the sum v of squares is below 2^52, exact as a double, and so is
-/// the truncated root: were the rounded root of v to reach the next integer k,
-/// then v <= k^2 - 1, whose root lies 1 / 2k > 2^-27 below k, more than the
-/// half unit in the last place (2^-28 at most) by which rounding moves it.
-inline std::int64_t distanceRoot(std::int64_t dx, std::int64_t dy) {
-    constexpr std::int64_t kSmall = std::int64_t{1} << 25;
-    if (dx > -kSmall && dx < kSmall && dy > -kSmall && dy < kSmall)
-        return static_cast<std::int64_t>(std::sqrt(static_cast<double>(dx * dx + dy * dy)));
-    return Orlune::mulsqrt(dx, dx, dy, dy);
-}
+std::int64_t distanceRoot(std::int64_t dx, std::int64_t dy);
 
 /// Walks one outline and delivers its samples: the first point, and then for
 /// every point that lies at least a step from the last sample as many as whole
@@ -34,15 +23,9 @@ class Samples {
  public:
     Samples(const Pemmit::Path* path, int step) : mWalk(path, 0, -1), mStep(step < 1 ? 1 : step) {}
 
-    /// Stores the next sample and returns true; returns false when there is
-    /// none, now and later.
-    bool next(std::int32_t* x, std::int32_t* y) {
-        if (mLeft == 0 && !nextSegment()) return false;
-        --mLeft;
-        *x = mX.next(mCount);
-        *y = mY.next(mCount);
-        return true;
-    }
+    /// Stores the next samples, at most room of them, and returns how many:
+    /// fewer than room only when there are no more.
+    std::size_t take(std::int32_t* x, std::int32_t* y, std::size_t room);
 
  private:
     // One coordinate of the samples start + k d / m, k = 1 to m, quotients
@@ -56,15 +39,7 @@ class Samples {
         std::int64_t sum = 0;    // the remainder of |d| k by m
 
         void begin(std::int64_t d, std::int64_t m);
-        std::int32_t next(std::int64_t m) {
-            at += whole;
-            sum += rest;
-            if (sum >= m) {
-                sum -= m;
-                at += unit;
-            }
-            return static_cast<std::int32_t>(at);  // between two points of the outline
-        }
+        void write(std::int32_t* out, std::size_t count, std::int64_t m);
     };
 
     bool nextSegment();
