@@ -21,12 +21,17 @@ constinit CleanState gState;
 // Feeds the walked points themselves and returns the last one. The path has a
 // point.
 Sample passOn(const Pemmit::Path* path, SimplifyFast& out) {
+    constexpr std::size_t kPoints = 256;
+    std::int32_t x[kPoints], y[kPoints];
     Pemmit::scan walk(path, 0, -1);
     Sample last = {};
-    for (int x, y; walk.scanex(&x, &y) >= 0;) {
-        out.add(x, y);
-        last = {x, y};
-    }
+    std::size_t count;
+    do {
+        count = 0;
+        while (count < kPoints && walk.scanex(&x[count], &y[count]) >= 0) ++count;
+        out.add(x, y, count);
+        if (count > 0) last = {x[count - 1], y[count - 1]};
+    } while (count == kPoints);
     return last;
 }
 

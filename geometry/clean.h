@@ -26,7 +26,8 @@ struct CleanBuffers {
     std::vector<std::int32_t> x, y;    // the samples around the current outputs
     std::vector<std::int16_t> narrow;  // the same as filterBlockFast wants them
     std::vector<std::int32_t> outX, outY;
-    std::vector<Sample> first;  // of a closed outline, which come again at its end
+    // The first samples of a closed outline, which come again at its end.
+    std::vector<std::int32_t> firstX, firstY;
 };
 
 struct CleanState {

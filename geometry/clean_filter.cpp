@@ -82,7 +82,7 @@ class Row {
             std::int32_t* const outY = mBuffers.outY.data();
             if (!filterBlockFast(state.kernel, block, mBuffers.narrow.data(), outX, outY))
                 filterBlockPlain(state.kernel, block, outX, outY);
-            for (std::size_t j = 0; j < count; ++j) out.add(outX[j], outY[j]);
+            out.add(outX, outY, count);
             centre += static_cast<std::int64_t>(count) * state.order;
         }
         return centre;
@@ -157,8 +157,10 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
     const auto reach = static_cast<std::int64_t>(state.kernel.reach);
     // The last window ends at sample N + half + reach: these may come again.
     const std::int64_t kept = half + reach + 1;
-    std::vector<Sample>& first = state.buffers.first;
-    first.clear();
+    std::vector<std::int32_t>& firstX = state.buffers.firstX;
+    std::vector<std::int32_t>& firstY = state.buffers.firstY;
+    firstX.clear();
+    firstY.clear();
 
     Samples source(path, state.step);
     Row row(state, 0);
@@ -168,8 +170,11 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
         row.dropBefore(centre - reach);
         const std::int64_t from = row.end();
         more = row.fill(source);
-        for (std::int64_t i = from; i < std::min(row.end(), kept); ++i)
-            first.push_back({row.x(i), row.y(i)});
+        const std::int64_t until = std::min(row.end(), kept);
+        if (until > from) {
+            firstX.insert(firstX.end(), &row.x(from), &row.x(from) + (until - from));
+            firstY.insert(firstY.end(), &row.y(from), &row.y(from) + (until - from));
+        }
         if (row.end() > from) newest = {row.x(row.end() - 1), row.y(row.end() - 1)};
         // The centre of each window here is a sample before the last one.
         if (more) centre = row.filter(state, centre, row.end(), out);
@@ -177,10 +182,7 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
 
     // An outline that comes back to sample 0 has delivered that already.
     std::int64_t period = row.end();
-    if (period > 1 && newest.x == first[0].x && newest.y == first[0].y) --period;
-    const auto again = [&](std::int64_t number) {
-        return first[static_cast<std::size_t>(period <= kept ? number % period : number - period)];
-    };
+    if (period > 1 && newest.x == firstX[0] && newest.y == firstY[0]) --period;
     const std::int64_t limit = half + period / n * n + 1;
     while (centre < limit) {
         row.dropBefore(centre - reach);
@@ -189,10 +191,13 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
         const std::int64_t until =
             std::min(limit + reach, from + static_cast<std::int64_t>(row.room()));
         row.extendTo(until);
+        // Of longer periods only the first samples are at hand, which is what
+        // comes here: from is then not before N, nor until behind N + kept.
+        std::int64_t place = period <= kept ? from % period : from - period;
         for (std::int64_t i = from; i < until; ++i) {
-            const Sample sample = again(i);
-            row.x(i) = sample.x;
-            row.y(i) = sample.y;
+            row.x(i) = firstX[static_cast<std::size_t>(place)];
+            row.y(i) = firstY[static_cast<std::size_t>(place)];
+            if (++place == period) place = 0;
         }
         centre = row.filter(state, centre, limit, out);
     }

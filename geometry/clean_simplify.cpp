@@ -65,14 +65,32 @@ void SimplifyPlain::emit(const Step& point) {
     mLast = point;
 }
 
-void SimplifyFast::begin(int x, int y) {
-    Pemmit::patlin(mResult, x, y);
-    mBegun = true;
-    mLastX = x;
-    mLastY = y;
+inline void SimplifyFast::restart(const Step& d) {
+    mFirst = d;
+    mFirstIsShort = isShort(d);
+    mCount = 1;
+    const std::uint32_t first = mFirstIsShort ? pack(d) : 0;
+#ifdef __SSE2__
+    mBlock[0] = _mm_cvtsi32_si128(static_cast<int>(first));
+#else
+    mPacked[0] = first;
+#endif
 }
 
-bool SimplifyFast::absorbs(const Step& d) const {
+inline void SimplifyFast::push(const Step& d) {
+#ifdef __SSE2__
+    // Whole blocks are stored, never a part of one: a wide load right behind a
+    // narrow store would have to wait for it.
+    const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(d)));
+    __m128i& block = mBlock[mCount / 4];
+    block = mCount % 4 == 0 ? one : _mm_or_si128(_mm_slli_si128(block, 4), one);
+#else
+    mPacked[mCount] = pack(d);
+#endif
+    ++mCount;
+}
+
+inline bool SimplifyFast::absorbs(const Step& d) const {
     const std::int64_t most = bound(mTolerance, d);
 #ifdef __SSE2__
     if (mFirstIsShort && d.x != -32768) [[likely]] {
@@ -81,12 +99,57 @@ bool SimplifyFast::absorbs(const Step& d) const {
         const __m128i upper = _mm_set1_epi32(clamped);
         const __m128i lower = _mm_set1_epi32(-clamped);
         __m128i any = beyond(mBlock[0], across, upper, lower);
-        for (int i = 4; i < mCount; i += 4)
-            any = _mm_or_si128(any, beyond(mBlock[i / 4], across, upper, lower));
+        for (int i = 1; 4 * i < mCount; ++i)
+            any = _mm_or_si128(any, beyond(mBlock[i], across, upper, lower));
         return _mm_movemask_epi8(any) == 0;
     }
 #endif
     return absorbsOneByOne(d, most);
+}
+
+void SimplifyFast::add(const std::int32_t* x, const std::int32_t* y, std::size_t count) {
+    if (mTolerance == 0) {
+        addUnsimplified(x, y, count);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const Step d = {std::int64_t{x[i]} - mLastX, std::int64_t{y[i]} - mLastY};
+        if (mCount < kMostPending && mCount > 0 && isShort(d) && absorbs(d)) {
+            push(d);
+        } else if (mCount > 0) {
+            mLastX = mPointX;
+            mLastY = mPointY;
+            Pemmit::patlin(mResult, mLastX, mLastY);
+            restart({std::int64_t{x[i]} - mLastX, std::int64_t{y[i]} - mLastY});
+        } else if (mBegun) {
+            restart(d);
+        } else {
+            mBegun = true;
+            mLastX = x[i];
+            mLastY = y[i];
+            Pemmit::patlin(mResult, mLastX, mLastY);
+        }
+        mPointX = x[i];
+        mPointY = y[i];
+    }
+}
+
+// Each point emits the one before it, but the first, which was emitted by
+// itself, is not emitted again.
+void SimplifyFast::addUnsimplified(const std::int32_t* x, const std::int32_t* y,
+                                   std::size_t count) {
+    std::size_t i = 0;
+    if (!mBegun && count > 0) {
+        mBegun = true;
+        Pemmit::patlin(mResult, x[0], y[0]);
+        i = 1;
+    }
+    if (i == count) return;
+    if (mCount != 0) Pemmit::patlin(mResult, mPointX, mPointY);
+    mCount = 1;
+    for (; i + 1 < count; ++i) Pemmit::patlin(mResult, x[i], y[i]);
+    mPointX = x[i];
+    mPointY = y[i];
 }
 
 bool SimplifyFast::absorbsOneByOne(const Step& d, std::int64_t most) const {

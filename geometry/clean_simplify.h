@@ -4,6 +4,7 @@
 #ifndef GEOMETRY_CLEAN_SIMPLIFY_H
 #define GEOMETRY_CLEAN_SIMPLIFY_H
 
+#include <cstddef>
 #include <cstdint>
 
 #ifdef __SSE2__
@@ -25,7 +26,8 @@ constexpr int kMostPending = 50;
 /// Whether both components fit in 16 signed bits: longer ones are never
 /// absorbed.
 constexpr bool isShort(const Step& d) {
-    return d.x >= -32768 && d.x <= 32767 && d.y >= -32768 && d.y <= 32767;
+    return (static_cast<std::uint64_t>(d.x + 32768) | static_cast<std::uint64_t>(d.y + 32768)) <=
+           65535;
 }
 
 constexpr std::int64_t cross(const Step& s, const Step& d) { return s.x * d.y - s.y * d.x; }
@@ -72,58 +74,19 @@ class SimplifyFast {
  public:
     SimplifyFast(Pemmit::Path* result, int tolerance) : mResult(result), mTolerance(tolerance) {}
 
-    void add(int x, int y) {
-        if (!mBegun) [[unlikely]] {
-            begin(x, y);
-            return;
-        }
-        const Step d = {std::int64_t{x} - mLastX, std::int64_t{y} - mLastY};
-        if (mCount == 0) [[unlikely]] {
-            restart(d);
-        } else if (mTolerance != 0 && mCount < kMostPending && isShort(d) && absorbs(d)) {
-            push(d);
-        } else {
-            mLastX = mPointX;
-            mLastY = mPointY;
-            Pemmit::patlin(mResult, mLastX, mLastY);
-            restart({std::int64_t{x} - mLastX, std::int64_t{y} - mLastY});
-        }
-        mPointX = x;
-        mPointY = y;
-    }
+    /// Adds count points, one after the other.
+    void add(const std::int32_t* x, const std::int32_t* y, std::size_t count);
+    void add(int x, int y) { add(&x, &y, 1); }
 
  private:
-    void begin(int x, int y);
+    void addUnsimplified(const std::int32_t* x, const std::int32_t* y, std::size_t count);
     bool absorbs(const Step& d) const;
     bool absorbsOneByOne(const Step& d, std::int64_t bound) const;
+    void restart(const Step& d);
+    void push(const Step& d);
 
     static std::uint32_t pack(const Step& d) {
         return (static_cast<std::uint32_t>(d.x) & 0xFFFF) | static_cast<std::uint32_t>(d.y) << 16;
-    }
-
-    void restart(const Step& d) {
-        mFirst = d;
-        mFirstIsShort = isShort(d);
-        mCount = 1;
-        const std::uint32_t first = mFirstIsShort ? pack(d) : 0;
-#ifdef __SSE2__
-        mBlock[0] = _mm_cvtsi32_si128(static_cast<int>(first));
-#else
-        mPacked[0] = first;
-#endif
-    }
-
-    void push(const Step& d) {
-#ifdef __SSE2__
-        // Whole blocks are stored, never a part of one: a wide load right
-        // behind a narrow store would have to wait for it.
-        const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(d)));
-        __m128i& block = mBlock[mCount / 4];
-        block = mCount % 4 == 0 ? one : _mm_or_si128(_mm_slli_si128(block, 4), one);
-#else
-        mPacked[mCount] = pack(d);
-#endif
-        ++mCount;
     }
 
     Pemmit::Path* mResult;
