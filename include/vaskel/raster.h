@@ -3,10 +3,15 @@
 #ifndef VASKEL_RASTER_H
 #define VASKEL_RASTER_H
 
+#include <cstdint>
+#include <memory>
+
 #include "platform/pemmit.h"
 #include "vaskel/export.h"
 
 namespace Vaskel {
+
+struct DownsampleCells;  // private
 
 // ---- Tracing ----------------------------------------------------------------
 
@@ -136,6 +141,171 @@ class VASKEL_API Vectorizer {
 ///   vecsetpar(1, 2, 7, 2)   is cleanpar(1, 2, 3)
 ///   vecsetpar(0, 0, 1, 0)   is cleanpar(0, 0, 0), whose step counts as 1
 VASKEL_API void vecsetpar(int p1, int p2, int p3, int p4);
+
+// ---- Reducing ---------------------------------------------------------------
+
+/// Reduces an image that arrives line by line, by a fractional factor: each
+/// output pixel is the mean of the area that it covers, or, without filtering,
+/// one of its input pixels.
+///
+///   downsampler s(1200, 300, width, height);      // to a quarter
+///   for (each input line) {
+///       s.stuff(line);
+///       while (s.ready()) s.get(out);              // out: s.resize(width) pixels
+///   }
+///   if (lines were stuffed since the last get) s.getlastline(out);
+///
+/// Lines have one byte a pixel, or four bytes each of which is a channel of its
+/// own; an image uses one of the two forms throughout. The factor is at least 1
+/// and the same in both directions up to the rounding of each dimension to
+/// whole output pixels.
+///
+/// Sums are kept in single precision, updated pixel by pixel; stored images
+/// depend on the last bit of that. In cells of more than some thousand pixels
+/// an even area may come out one level lower for it.
+///
+/// One object is one image; clone makes another of the same settings. With a
+/// width or height of 0 every call does nothing and ready is 0. Memory: about
+/// 32 bytes an output pixel of a line, 16 more in the table of cells. An object
+/// belongs to one thread at a time. std::bad_alloc passes through, except where
+/// clone says otherwise.
+class VASKEL_API downsampler {
+ public:
+    /// An image of width x height pixels whose resolution goes from
+    /// inResolution to outResolution (any unit). A quotient below 1 counts as
+    /// 1, as does one that is not finite. The output is at least 1 x 1.
+    ///
+    ///   width 9, factor 3: 3 pixels of 3; width 10: 4 pixels of 2.5
+    downsampler(double inResolution, double outResolution, unsigned int width, unsigned int height);
+
+    /// The same settings, from the first line on: what other has summed so far
+    /// is not copied.
+    downsampler(const downsampler& other);
+    /// Copies everything and shares other's buffers from now on: what one of
+    /// the two writes the other reads. Buffers live as long as an object that
+    /// uses them.
+    downsampler& operator=(const downsampler& other);
+    virtual ~downsampler();
+
+    /// A new object by the copy constructor, the caller's; null when memory
+    /// ends.
+    downsampler* clone() const;
+
+    /// Takes the next input line of width pixels.
+    void stuff(const unsigned char* line);
+    void stuff(const unsigned int* line);
+
+    /// Not 0 when an output line is complete. Rounding can leave the last line
+    /// of an image incomplete; it then comes with getlastline.
+    short ready() const;
+    /// Not 0 when not even the next input line can complete an output line.
+    short notforawhile() const;
+
+    /// Takes the complete output line, resize(width) pixels; without one
+    /// nothing is written. The next stuff that completes a line overwrites one
+    /// that was not taken.
+    void get(unsigned char* line);
+    void get(unsigned int* line);
+
+    /// Takes the last line, which is not complete: its sums are divided by a
+    /// whole cell, so that it comes out the darker the fewer lines it has. The
+    /// one-byte form rounds with Orlune::iround, the other one adds 1/2 and
+    /// truncates.
+    void getlastline(unsigned char* line);
+    void getlastline(unsigned int* line);
+
+    /// One line of one-byte pixels by picking, apart from the image: in place,
+    /// or from line to out. resize(width) bytes are written.
+    void adjust(unsigned char* line) const;
+    void adjust(const unsigned char* line, unsigned char* out) const;
+
+    /// How many output pixels, or lines, v input ones make: the quotient
+    /// rounded up, unless it is above a whole number by 0.00001 or less.
+    unsigned int resize(unsigned int v) const;
+    unsigned int resizeY(unsigned int v) const;
+    /// The horizontal factor, input pixels an output pixel.
+    double factor() const;
+
+    /// Means (true, as at first) or picks (false). Not to be changed within an
+    /// image.
+    void setFiltering(bool filtering);
+    bool isFiltering() const;
+
+ private:
+    friend struct DownsamplerInside;
+
+    double mFactorX;
+    double mFractionX;
+    double mFactorY;
+    double mFractionY;
+    mutable double mColumn;
+    double mRow;
+    std::shared_ptr<unsigned char[]> mLine;
+    std::shared_ptr<unsigned char[]> mScratch;
+    std::shared_ptr<float[]> mSums;
+    std::uint32_t mWidth;
+    std::uint32_t mStepX;
+    std::uint32_t mHeight;
+    std::uint32_t mStepY;
+    bool mFiltering;
+    std::shared_ptr<const DownsampleCells> mCells;
+    bool mExact;  // the sums are whole numbers that single precision holds
+};
+
+// ---- Enlarging --------------------------------------------------------------
+
+/// Enlarges an image of four-byte pixels that arrives line by line, by a
+/// fractional factor, repeating pixels and lines. Pixels are copied whole.
+///
+///   upsampler u(300, 450, width);                  // by 1.5
+///   for (each input line) {
+///       u.stuff(line);
+///       while (u.ready()) u.get(out, maxBytes);
+///   }
+///
+/// A fraction carries on to the next pixel and line: width 3 by 1.5 gives lines
+/// of 4 pixels (a a b c), and lines come 2, 1, 2, 1 ... times. A factor below 1
+/// drops lines. A factor of 0 or below, infinite or not a number, and a
+/// negative width, make an empty image.
+///
+/// Copies share the line buffers, which live as long as an object that uses
+/// them. Memory: about 14 bytes a pixel of an output line. An object belongs to
+/// one thread at a time. std::bad_alloc passes through.
+class VASKEL_API upsampler {
+ public:
+    /// Lines of width pixels whose resolution goes from inResolution to
+    /// outResolution.
+    upsampler(double inResolution, double outResolution, int width);
+    upsampler(const upsampler& other);
+    upsampler& operator=(const upsampler& other);
+    virtual ~upsampler();
+
+    /// Takes the next input line of width pixels.
+    void stuff(const unsigned int* line);
+    /// 1 while an output line waits, else 0.
+    short ready() const;
+    /// Takes an output line: copies at most maxBytes of its resize(width) * 4
+    /// bytes to out, cutting at the byte; a negative maxBytes copies nothing.
+    /// The line is counted as taken either way. All zero before the first
+    /// stuff.
+    void get(unsigned int* out, int maxBytes);
+    /// The enlarged size of a length: n times the factor, truncated towards 0,
+    /// at most the largest integer; 0 for an empty image.
+    int resize(int n) const;
+
+ private:
+    double mFactor;
+    double mFraction;
+    double mColumn;
+    double mRow;
+    std::shared_ptr<unsigned char[]> mLine;
+    std::shared_ptr<unsigned char[]> mSecondLine;
+    std::int32_t mWidth;
+    std::int32_t mWholeFactor;
+    std::int64_t mPixels;  // of an output line
+    std::int64_t mStored;  // how many of them a line of input fills, at most all
+    std::shared_ptr<const std::uint32_t[]> mSources;
+};
 
 }  // namespace Vaskel
 

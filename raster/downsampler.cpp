@@ -1,0 +1,242 @@
+// The downsampler's lines: which input line completes an output line, and how
+// that is taken.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+#include "platform/orlune.h"
+#include "raster/downsample_cells.h"
+#include "util/narrow.h"
+#include "vaskel/raster.h"
+
+namespace Vaskel {
+namespace {
+
+// Keeps an exact quotient from being rounded up for its last bit.
+constexpr double kGuard = 0.00001;
+
+double roundedUp(double quotient) { return std::ceil(quotient - kGuard); }
+
+// value / factor output pixels of an image's dimension, at least one.
+double outputSize(std::uint32_t size, double factor) {
+    return std::max(1.0, roundedUp(size / factor));
+}
+
+std::uint32_t asSize(double value) {
+    return value >= 4294967295.0 ? 4294967295u : value > 0 ? static_cast<std::uint32_t>(value) : 0;
+}
+
+unsigned char truncatedMean(double sum, double cell) {
+    const double mean = sum / cell + 0.5;
+    return mean >= 255 ? 255 : mean > 0 ? static_cast<unsigned char>(mean) : 0;
+}
+
+}  // namespace
+
+struct DownsamplerInside {
+    static bool isEmpty(const downsampler& d) { return d.mWidth == 0 || d.mHeight == 0; }
+
+    // The output pixels of a line, n.
+    static std::size_t outputWidth(const downsampler& d) {
+        return isEmpty(d) ? 0 : static_cast<std::size_t>(outputSize(d.mWidth, d.mFactorX));
+    }
+
+    // One cell more than pixels, and one beyond for the last pixel's rest.
+    static std::size_t sumCount(const downsampler& d) { return 4 * (outputWidth(d) + 2); }
+
+    static void allocate(downsampler& d) {
+        const std::size_t bytes = 4 * outputWidth(d);
+        d.mLine = std::make_shared<unsigned char[]>(bytes);
+        d.mScratch = std::make_shared<unsigned char[]>(bytes);
+        d.mSums = std::make_shared<float[]>(sumCount(d));
+    }
+
+    static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
+        if (weight != 0 && weight != 1) d.mExact = false;
+        const double largest = 255.0 * d.mFactorX * d.mFactorY;
+        if (weight == 1 && d.mExact && d.mCells->whole && largest < 16777216.0)
+            accumulateWhole(line, d.mWidth, channels, *d.mCells, d.mSums.get());
+        else
+            accumulateCells(line, d.mWidth, channels, *d.mCells, weight, d.mSums.get());
+    }
+
+    static void finishLine(downsampler& d, int channels) {
+        const std::size_t count = outputWidth(d) * static_cast<std::size_t>(channels);
+        const double cell = d.mFactorX * d.mFactorY;
+        for (std::size_t i = 0; i < count; ++i) d.mLine[i] = truncatedMean(d.mSums[i], cell);
+        std::fill_n(d.mSums.get(), sumCount(d), 0.0f);
+        d.mExact = true;
+    }
+
+    // Calls pick(j, i) for each output pixel j with the input pixel i. The last
+    // pick lies before the line's end: n factors are the width, so the walk has
+    // come to at most width - step after n - 1 steps; the limit only guards that
+    // against the last bit. A rounded-down fraction would give one pick more,
+    // for which there is no output pixel.
+    template <class Pick>
+    static void walk(const downsampler& d, double& column, Pick pick) {
+        const std::size_t n = outputWidth(d);
+        column = 0;
+        std::uint64_t i = 0;
+        for (std::size_t j = 0; j < n && i < d.mWidth; ++j, i += d.mStepX) {
+            column += d.mFractionX;
+            if (column >= 1) {
+                column -= 1;
+                ++i;
+            }
+            pick(j, static_cast<std::size_t>(std::min<std::uint64_t>(i, d.mWidth - 1)));
+        }
+    }
+
+    template <class Pixel>
+    static void pickLine(downsampler& d, const Pixel* line) {
+        walk(d, d.mColumn, [&](std::size_t j, std::size_t i) {
+            const std::uint32_t slot = line[i];
+            std::memcpy(&d.mLine[4 * j], &slot, 4);
+        });
+    }
+
+    template <class Pixel>
+    static void stuff(downsampler& d, const Pixel* line) {
+        if (isEmpty(d)) return;
+        constexpr int channels = sizeof(Pixel);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(line);
+        d.mRow += 1;
+        if (!d.mFiltering) {
+            if (d.mRow >= d.mFactorY) pickLine(d, line);
+            return;
+        }
+        if (d.mRow < d.mFactorY) {
+            accumulate(d, bytes, channels, 1);
+            return;
+        }
+        // The line completes an output line and begins the next one with the
+        // rest. get takes the completed lines off the row count.
+        const double weight = 1 - (d.mRow - d.mFactorY);
+        accumulate(d, bytes, channels, weight);
+        finishLine(d, channels);
+        if (1 - weight != 0) accumulate(d, bytes, channels, 1 - weight);
+    }
+
+    // The low bytes of the picked slots, from the last to the first.
+    static void copySlots(const downsampler& d, unsigned char* line) {
+        for (std::size_t j = outputWidth(d); j-- > 0;) {
+            std::uint32_t slot;
+            std::memcpy(&slot, &d.mLine[4 * j], 4);
+            line[j] = static_cast<unsigned char>(slot);
+        }
+    }
+};
+
+downsampler::downsampler(double inResolution, double outResolution, unsigned int width,
+                         unsigned int height)
+    : mColumn(0), mRow(0), mWidth(width), mHeight(height), mFiltering(true), mExact(true) {
+    double factor = inResolution / outResolution;
+    if (!std::isfinite(factor) || factor < 1) factor = 1;
+    const bool empty = width == 0 || height == 0;
+    mFactorX = empty ? factor : width / outputSize(width, factor);
+    // From the factor as it has become, so that both directions agree.
+    mFactorY = empty ? factor : height / outputSize(height, mFactorX);
+    mStepX = asSize(mFactorX);
+    mStepY = asSize(mFactorY);
+    mFractionX = mFactorX - std::trunc(mFactorX);
+    mFractionY = mFactorY - std::trunc(mFactorY);
+    mCells = std::make_shared<const DownsampleCells>(mFactorX, empty ? 0 : width);
+    DownsamplerInside::allocate(*this);
+}
+
+downsampler::downsampler(const downsampler& other)
+    : mFactorX(other.mFactorX),
+      mFractionX(other.mFractionX),
+      mFactorY(other.mFactorY),
+      mFractionY(other.mFractionY),
+      mColumn(0),
+      mRow(0),
+      mWidth(other.mWidth),
+      mStepX(other.mStepX),
+      mHeight(other.mHeight),
+      mStepY(other.mStepY),
+      mFiltering(other.mFiltering),
+      mCells(other.mCells),
+      mExact(true) {
+    DownsamplerInside::allocate(*this);
+}
+
+downsampler& downsampler::operator=(const downsampler& other) = default;
+downsampler::~downsampler() = default;
+
+downsampler* downsampler::clone() const {
+    try {
+        return new downsampler(*this);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void downsampler::stuff(const unsigned char* line) { DownsamplerInside::stuff(*this, line); }
+void downsampler::stuff(const unsigned int* line) { DownsamplerInside::stuff(*this, line); }
+
+short downsampler::ready() const {
+    return !DownsamplerInside::isEmpty(*this) && mRow >= mFactorY ? 1 : 0;
+}
+
+short downsampler::notforawhile() const { return mRow < mFactorY - 1 ? 1 : 0; }
+
+void downsampler::get(unsigned char* line) {
+    if (!ready()) return;
+    mRow -= mFactorY;
+    if (mFiltering)
+        std::memcpy(line, mLine.get(), DownsamplerInside::outputWidth(*this));
+    else
+        DownsamplerInside::copySlots(*this, line);
+}
+
+void downsampler::get(unsigned int* line) {
+    if (!ready()) return;
+    mRow -= mFactorY;
+    std::memcpy(line, mLine.get(), 4 * DownsamplerInside::outputWidth(*this));
+}
+
+void downsampler::getlastline(unsigned char* line) {
+    const std::size_t n = DownsamplerInside::outputWidth(*this);
+    if (n == 0) return;
+    if (!mFiltering) {
+        DownsamplerInside::copySlots(*this, line);
+        return;
+    }
+    const double cell = mFactorX * mFactorY;
+    for (std::size_t i = 0; i < n; ++i) mLine[i] = clamp8(Orlune::iround(mSums[i] / cell));
+    std::memcpy(line, mLine.get(), n);
+}
+
+void downsampler::getlastline(unsigned int* line) {
+    const std::size_t bytes = 4 * DownsamplerInside::outputWidth(*this);
+    if (bytes == 0) return;
+    if (mFiltering) {
+        const double cell = mFactorX * mFactorY;
+        for (std::size_t i = 0; i < bytes; ++i) mLine[i] = truncatedMean(mSums[i], cell);
+    }
+    std::memcpy(line, mLine.get(), bytes);
+}
+
+void downsampler::adjust(unsigned char* line) const { adjust(line, line); }
+
+void downsampler::adjust(const unsigned char* line, unsigned char* out) const {
+    const std::size_t n = DownsamplerInside::outputWidth(*this);
+    if (n == 0) return;
+    double column = 0;
+    DownsamplerInside::walk(*this, column,
+                            [&](std::size_t j, std::size_t i) { mScratch[j] = line[i]; });
+    std::memcpy(out, mScratch.get(), n);
+}
+
+unsigned int downsampler::resize(unsigned int v) const { return asSize(roundedUp(v / mFactorX)); }
+unsigned int downsampler::resizeY(unsigned int v) const { return asSize(roundedUp(v / mFactorY)); }
+double downsampler::factor() const { return mFactorX; }
+
+void downsampler::setFiltering(bool filtering) { mFiltering = filtering; }
+bool downsampler::isFiltering() const { return mFiltering; }
+
+}  // namespace Vaskel

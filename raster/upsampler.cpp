@@ -1,0 +1,78 @@
+// Enlarging by repetition.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+#include "raster/replicate.h"
+#include "vaskel/raster.h"
+
+namespace Vaskel {
+namespace {
+
+constexpr double kHeadroom = 1.2;
+
+// Lines longer than this are refused as memory that cannot be had.
+constexpr double kMostPixels = 1e15;
+
+}  // namespace
+
+std::int64_t replicationSources(double factor, std::int32_t width, std::int64_t count,
+                                std::uint32_t* sources) {
+    double column = 0;
+    std::int64_t written = 0;
+    for (std::int32_t i = 0; i < width && written < count; ++i) {
+        for (; factor > column && written < count; column += 1)
+            sources[written++] = static_cast<std::uint32_t>(i);
+        column -= factor;
+    }
+    return written;
+}
+
+upsampler::upsampler(double inResolution, double outResolution, int width)
+    : mFactor(outResolution / inResolution), mColumn(0), mWidth(width) {
+    if (!std::isfinite(mFactor) || mFactor <= 0) mFactor = 0;
+    mFraction = mFactor - std::trunc(mFactor);
+    mWholeFactor = mFactor < 2147483647.0 ? static_cast<std::int32_t>(mFactor) : 2147483647;
+    mRow = mFactor;
+    if (mWidth > 0 && mWidth * mFactor > kMostPixels) throw std::bad_alloc();
+    mPixels = mWidth > 0 ? static_cast<std::int64_t>(mWidth * mFactor) : 0;
+    const auto bytes = static_cast<std::size_t>(static_cast<double>(mPixels) * 4 * kHeadroom);
+    mLine = std::make_shared<unsigned char[]>(bytes);
+    mSecondLine = std::make_shared<unsigned char[]>(bytes);
+    auto sources = std::make_shared<std::uint32_t[]>(static_cast<std::size_t>(mPixels));
+    mStored = replicationSources(mFactor, mWidth, mPixels, sources.get());
+    mSources = std::move(sources);
+}
+
+upsampler::upsampler(const upsampler& other) = default;
+upsampler& upsampler::operator=(const upsampler& other) = default;
+upsampler::~upsampler() = default;
+
+void upsampler::stuff(const unsigned int* line) {
+    mRow -= mFactor;
+    if (!(mRow < mFactor)) return;  // below factor 1: the line before stays
+    mColumn = 0;
+    const std::uint32_t* const sources = mSources.get();
+    unsigned char* const out = mLine.get();
+    for (std::int64_t j = 0; j < mStored; ++j) std::memcpy(out + 4 * j, line + sources[j], 4);
+}
+
+short upsampler::ready() const { return mFactor > mRow ? 1 : 0; }
+
+void upsampler::get(unsigned int* out, int maxBytes) {
+    mRow += 1;
+    const std::int64_t bytes = std::min<std::int64_t>(maxBytes, 4 * mPixels);
+    if (bytes > 0) std::memcpy(out, mLine.get(), static_cast<std::size_t>(bytes));
+}
+
+int upsampler::resize(int n) const {
+    if (mWidth < 0) return 0;
+    const double size = n * mFactor;
+    if (size >= 2147483647.0) return 2147483647;
+    if (size <= -2147483648.0) return -2147483647 - 1;
+    return static_cast<int>(size);
+}
+
+}  // namespace Vaskel
