@@ -1,0 +1,96 @@
+#include "colour/ink_run.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "platform/orlune.h"
+#include "vaskel/colour.h"
+
+namespace Vaskel {
+namespace {
+
+constexpr int kInks = 4;
+constexpr int kChannels = 3;  // red, green, blue
+
+// The inks' colours: iround of 0, 0.56, 0.86 of 255 and so on.
+constexpr double kInkFractions[kInks][kChannels] = {
+    {0, 0.56, 0.86}, {0.76, 0, 0.35}, {0.96, 0.89, 0}, {0.12, 0.12, 0.13}};
+constexpr int kInkColours[kInks][kChannels] = {
+    {0, 143, 219}, {194, 0, 89}, {245, 227, 0}, {31, 31, 33}};
+
+constexpr double factor(int inkColour, int amount) {
+    return 1 - (255 - inkColour) * amount / 65025.0;
+}
+
+struct Row {
+    double channels[kChannels + 1];  // padded, so that a row is two vectors
+};
+
+constexpr std::array<std::array<Row, 256>, kInks> makeRows() {
+    std::array<std::array<Row, 256>, kInks> rows{};
+    for (std::size_t ink = 0; ink < kInks; ++ink)
+        for (int amount = 0; amount < 256; ++amount)
+            for (int channel = 0; channel < kChannels; ++channel)
+                rows[ink][static_cast<std::size_t>(amount)].channels[channel] =
+                    factor(kInkColours[ink][channel], amount);
+    return rows;
+}
+
+constexpr std::array<std::array<Row, 256>, kInks> kRows = makeRows();
+
+// Orlune::iround for 0..255 without the call; the truncation and the difference
+// are exact.
+unsigned char rounded(double value) {
+    const int whole = static_cast<int>(value);
+    return static_cast<unsigned char>(whole + (value - whole >= 0.5));
+}
+
+}  // namespace
+
+void inkRunPlain(unsigned char* pixels, int count) {
+    int colours[kInks][kChannels];
+    for (int ink = 0; ink < kInks; ++ink)
+        for (int channel = 0; channel < kChannels; ++channel)
+            colours[ink][channel] = Orlune::iround(kInkFractions[ink][channel] * 255);
+    for (int i = 0; i < count; ++i, pixels += 4) {
+        double light[kChannels] = {255, 255, 255};
+        for (int ink = 0; ink < kInks; ++ink)
+            if (pixels[ink] != 0)
+                for (int channel = 0; channel < kChannels; ++channel)
+                    light[channel] *= 1 - (255 - colours[ink][channel]) * pixels[ink] / 65025.0;
+        pixels[0] = static_cast<unsigned char>(Orlune::iround(light[2]));
+        pixels[1] = static_cast<unsigned char>(Orlune::iround(light[1]));
+        pixels[2] = static_cast<unsigned char>(Orlune::iround(light[0]));
+        pixels[3] = 0;
+    }
+}
+
+void inkRunTable(unsigned char* pixels, int count) {
+    std::uint32_t lastInks = 0, lastResult = 0;
+    const unsigned char white[4] = {255, 255, 255, 0};
+    std::memcpy(&lastResult, white, 4);  // no ink is white
+    for (int i = 0; i < count; ++i, pixels += 4) {
+        std::uint32_t inks;
+        std::memcpy(&inks, pixels, 4);
+        if (inks != lastInks) {
+            lastInks = inks;
+            const Row& c = kRows[0][pixels[0]];
+            const Row& m = kRows[1][pixels[1]];
+            const Row& y = kRows[2][pixels[2]];
+            const Row& k = kRows[3][pixels[3]];
+            double light[kChannels + 1];
+            for (int channel = 0; channel <= kChannels; ++channel)
+                light[channel] = 255 * c.channels[channel] * m.channels[channel] *
+                                 y.channels[channel] * k.channels[channel];
+            const unsigned char result[4] = {rounded(light[2]), rounded(light[1]),
+                                             rounded(light[0]), 0};
+            std::memcpy(&lastResult, result, 4);
+        }
+        std::memcpy(pixels, &lastResult, 4);
+    }
+}
+
+void cmykrgbrun(unsigned char* pixels, int count) { inkRunTable(pixels, count); }
+
+}  // namespace Vaskel

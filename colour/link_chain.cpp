@@ -1,0 +1,113 @@
+// Chains of ICC links.
+//
+// From three links on the pixels between links go through two buffers that
+// change their roles. They may be exchanged where copying one into the other
+// would show the same, because a successful link writes all four bytes of every
+// pixel and never reads its target: platform/libiccprofile.h requires both.
+
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "platform/libiccprofile.h"
+#include "vaskel/colour.h"
+
+namespace Vaskel {
+namespace {
+
+constexpr unsigned int kOwnIntent = 10;  // from here on a profile keeps its own
+constexpr std::uint32_t kDepth = 8;
+constexpr std::size_t kPixelBytes = 4;
+
+bool match(void* link, std::size_t count, std::uint32_t inSpace, const unsigned char* in,
+           std::uint32_t outSpace, unsigned char* out) {
+    return count == 1
+               ? LibICCProfile::Match1Colour(link, kDepth, inSpace, in, outSpace, out)
+               : LibICCProfile::MatchColours(link, count, kDepth, inSpace, in, outSpace, out);
+}
+
+// Zeroed pixels, or null.
+std::unique_ptr<unsigned char[]> makePixels(std::size_t count) {
+    if (count > std::numeric_limits<std::size_t>::max() / kPixelBytes) return nullptr;
+    return std::unique_ptr<unsigned char[]>(
+        new (std::nothrow) unsigned char[count * kPixelBytes]());
+}
+
+}  // namespace
+
+colsynlnk::colsynlnk() = default;
+colsynlnk::colsynlnk(const colsynlnk& other) = default;
+
+colsynlnk& colsynlnk::operator=(const colsynlnk& other) {
+    colsynlnk copy(other);
+    mProfiles.swap(copy.mProfiles);
+    mLinks.swap(copy.mLinks);
+    mSpaces.swap(copy.mSpaces);
+    copy.clear();  // what the target held is not released
+    return *this;
+}
+
+colsynlnk::~colsynlnk() { reset(); }
+
+void colsynlnk::add(void* profile, unsigned int intent, unsigned int space) {
+    if (!profile) return;
+    // Room for all first, so that nothing can fail once a link is made.
+    mProfiles.reserve(mProfiles.size() + 1);
+    mLinks.reserve(mLinks.size() + 1);
+    mSpaces.reserve(mSpaces.size() + 1);
+    if (intent < kOwnIntent) LibICCProfile::SetProfileRenderingIntent(profile, intent);
+    if (!mProfiles.empty())
+        mLinks.push_back(LibICCProfile::MakeProfileLink(mProfiles.back(), profile));
+    mSpaces.push_back(space);
+    mProfiles.push_back(profile);
+}
+
+void colsynlnk::addlink(void* link, unsigned int inSpace, unsigned int outSpace) {
+    if (!link) return;
+    mLinks.reserve(mLinks.size() + 1);
+    mSpaces.reserve(mSpaces.size() + 2);
+    if (mLinks.empty()) mSpaces.push_back(inSpace);
+    mLinks.push_back(link);
+    mSpaces.push_back(outSpace);
+}
+
+bool colsynlnk::isvalid(unsigned int inSpace, unsigned int outSpace) const {
+    return !mLinks.empty() && mLinks.size() + 1 == mSpaces.size() && mSpaces.front() == inSpace &&
+           mSpaces.back() == outSpace;
+}
+
+int colsynlnk::process(const unsigned char* in, unsigned char* out, std::size_t count) const {
+    const std::size_t n = mLinks.size();
+    if (n == 0) return 1;
+    // Mixed calls can leave fewer codes than links need: addlink before add.
+    if (mSpaces.size() < n + 1) return 0;
+    std::unique_ptr<unsigned char[]> source, target;
+    if (n > 1 && !(target = makePixels(count))) return 0;
+    if (n > 2 && !(source = makePixels(count))) return 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        unsigned char* const to = i + 1 == n ? out : target.get();
+        if (!match(mLinks[i], count, mSpaces[i], in, mSpaces[i + 1], to)) return 0;
+        source.swap(target);
+        in = source.get();
+    }
+    return 1;
+}
+
+void colsynlnk::reset() {
+    // As many links as lie between profiles; see the header.
+    for (std::size_t i = 1; i < mProfiles.size() && i - 1 < mLinks.size(); ++i)
+        if (mLinks[i - 1]) LibICCProfile::DisposeProfileLink(mLinks[i - 1]);
+    mLinks.clear();
+    for (void* const profile : mProfiles)
+        if (profile) LibICCProfile::CloseProfile(profile);
+    mProfiles.clear();
+    mSpaces.clear();
+}
+
+void colsynlnk::clear() {
+    mProfiles.clear();
+    mLinks.clear();
+    mSpaces.clear();
+}
+
+}  // namespace Vaskel

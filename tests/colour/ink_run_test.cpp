@@ -1,0 +1,75 @@
+#include <doctest/doctest.h>
+
+#include <random>
+
+#include "colour/ink_run.h"
+#include "tests/support/guarded_bytes.h"
+#include "vaskel/colour.h"
+
+namespace {
+
+TEST_CASE("cmykrgbrun: ink colours over each other") {
+    struct Row {
+        unsigned char in[4], out[4];
+    };
+    constexpr Row rows[] = {
+        {{0, 0, 0, 0}, {255, 255, 255, 0}},
+        {{255, 0, 0, 0}, {219, 143, 0, 0}},
+        {{0, 255, 0, 0}, {89, 0, 194, 0}},
+        {{0, 0, 255, 0}, {0, 227, 245, 0}},
+        {{0, 0, 0, 255}, {33, 31, 31, 0}},
+        // magenta and yellow: red 255 * 194/255 * 245/255 = 186.4
+        {{0, 255, 255, 0}, {0, 0, 186, 0}},
+        // half cyan, 51 of 255: blue 255 - 36 * .2 = 247.8, green 255 - 112 * .2 = 232.6, red 204
+        {{51, 0, 0, 0}, {248, 233, 204, 0}},
+    };
+    for (const Row& row : rows) {
+        GuardedBytes pixel(4);
+        for (std::size_t i = 0; i < 4; ++i) pixel[i] = row.in[i];
+        Vaskel::cmykrgbrun(pixel.data(), 1);
+        for (std::size_t i = 0; i < 4; ++i) CHECK(pixel[i] == row.out[i]);
+    }
+    Vaskel::cmykrgbrun(nullptr, 0);
+    Vaskel::cmykrgbrun(nullptr, -5);
+}
+
+void checkForms(const GuardedBytes& pixels, int count) {
+    GuardedBytes want(pixels.size()), got(pixels.size());
+    std::copy(pixels.data(), pixels.data() + pixels.size(), want.data());
+    std::copy(pixels.data(), pixels.data() + pixels.size(), got.data());
+    Vaskel::inkRunPlain(want.data(), count);
+    Vaskel::inkRunTable(got.data(), count);
+    CHECK(got == want);
+}
+
+TEST_CASE("ink run: every form gives the plain form's bytes") {
+    std::mt19937 random(3);
+    for (int count : {0, 1, 3, 4, 5, 63, 64, 65, 1000}) {
+        CAPTURE(count);
+        GuardedBytes pixels(4 * static_cast<std::size_t>(count));
+        for (std::size_t i = 0; i < pixels.size();
+             ++i)  // half the amounts 0 or 255, runs of equals
+            pixels[i] = i >= 4 && random() % 4 == 0 ? pixels[i - 4]
+                        : random() % 2              ? static_cast<unsigned char>(random())
+                                       : static_cast<unsigned char>(random() % 2 * 255);
+        checkForms(pixels, count);
+    }
+}
+
+TEST_CASE("ink run: all amounts of each two inks, the others at three amounts") {
+    constexpr int kOthers[] = {0, 91, 255};
+    GuardedBytes pixels(4 * 65536);
+    for (int first = 0; first < 4; ++first)
+        for (int second = first + 1; second < 4; ++second)
+            for (const int other : kOthers) {
+                for (std::size_t i = 0; i < 65536; ++i)
+                    for (int ink = 0; ink < 4; ++ink)
+                        pixels[4 * i + static_cast<std::size_t>(ink)] = static_cast<unsigned char>(
+                            ink == first    ? i & 255
+                            : ink == second ? i >> 8
+                                            : static_cast<std::size_t>(other));
+                checkForms(pixels, 65536);
+            }
+}
+
+}  // namespace
