@@ -63,7 +63,7 @@ TEST_CASE("a base error's severity is shown by its own table") {
 
 TEST_CASE("an Error keeps its text as 16-bit units") {
     struct Row {
-        const char* why;
+        std::string why;
         std::string utf8;
         uni16string want;
     };
@@ -196,7 +196,7 @@ TEST_CASE("a shown text reaches an error-object handler as an Error") {
 
 TEST_CASE("a shown 16-bit text arrives as UTF-8") {
     struct Row {
-        const char* why;
+        std::string why;
         uni16string text;
         const char* want;
     };
