@@ -97,7 +97,7 @@ TEST_CASE("vectorizer: the even-odd fill of the outlines is the bitmap") {
             width = std::max(width, static_cast<int>(line.size()));
         Bitmap want = bitmap;
         for (std::string& line : want) line.resize(static_cast<std::size_t>(width), '.');
-        const std::vector<Points> outlines = tracer.trace(bitmap);
+        const Outlines outlines = tracer.trace(bitmap);
         CHECK(filled(outlines, static_cast<int>(bitmap.size()), width) == want);
         CHECK(edgesOf(outlines) == boundaryOf(bitmap));
         ++rows;
@@ -115,7 +115,7 @@ TEST_CASE("vectorizer: every form gives the plain form's outlines") {
             for (const bool flip : {false, true}) {
                 CAPTURE(rows);
                 Vaskel::gAddLineForm = Vaskel::AddLineForm::kPlain;
-                const std::vector<Points> want = tracer->trace(bitmap, flip);
+                const Outlines want = tracer->trace(bitmap, flip);
                 Vaskel::gAddLineForm = Vaskel::AddLineForm::kFast;
                 CHECK(tracer->trace(bitmap, flip) == want);
                 ++rows;

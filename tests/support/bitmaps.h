@@ -31,6 +31,14 @@ inline void writeRuns(const std::string& pixels, int* runs) {
     *runs = kLineEnd;
 }
 
+/// The outlines of a trace.
+using Outlines = std::vector<Points>;
+
+inline std::ostream& operator<<(std::ostream& out, const Outlines& outlines) {
+    for (const Points& outline : outlines) out << "[ " << outline << "] ";
+    return out;
+}
+
 /// Traces bitmaps, or lists of positions as they stand, and keeps the outlines
 /// as lists of points; the closing point is not repeated.
 class TestTracer : public Vaskel::Vectorizer {
@@ -39,7 +47,7 @@ class TestTracer : public Vaskel::Vectorizer {
     TestTracer(int minSize, int p1, int p2, int p3, int p4, bool smooth)
         : Vectorizer(minSize, p1, p2, p3, p4, smooth) {}
 
-    std::vector<Points> trace(const Bitmap& bitmap, bool flip = false) {
+    Outlines trace(const Bitmap& bitmap, bool flip = false) {
         lists.clear();
         for (const std::string& line : bitmap) {
             lists.emplace_back(line.size() + 2);
@@ -48,7 +56,7 @@ class TestTracer : public Vaskel::Vectorizer {
         return traceLists(flip);
     }
 
-    std::vector<Points> traceLists(bool flip = false) {
+    Outlines traceLists(bool flip = false) {
         outlines.clear();
         vectorize(static_cast<int>(lists.size()), flip);
         return outlines;
@@ -69,7 +77,7 @@ class TestTracer : public Vaskel::Vectorizer {
     }
 
     std::vector<std::vector<int>> lists;
-    std::vector<Points> outlines;
+    Outlines outlines;
 };
 
 /// The unit edges along which set and clear pixels meet, or which outlines
@@ -95,7 +103,7 @@ inline UnitEdges boundaryOf(const Bitmap& bitmap) {
 }
 
 /// The unit edges of outlines; slanted ones count as an edge at line -1.
-inline UnitEdges edgesOf(const std::vector<Points>& outlines) {
+inline UnitEdges edgesOf(const Outlines& outlines) {
     UnitEdges edges;
     for (const Points& outline : outlines)
         for (std::size_t i = 0; i < outline.size(); ++i) {
@@ -110,7 +118,7 @@ inline UnitEdges edgesOf(const std::vector<Points>& outlines) {
 }
 
 /// The even-odd fill of outlines in a field of pixels.
-inline Bitmap filled(const std::vector<Points>& outlines, int lines, int width) {
+inline Bitmap filled(const Outlines& outlines, int lines, int width) {
     Bitmap bitmap(static_cast<std::size_t>(lines),
                   std::string(static_cast<std::size_t>(width), '.'));
     // A pixel is inside when an odd number of edges along the line coordinate
