@@ -335,7 +335,8 @@ TEST_CASE("vectorizer: copies and assigned ones trace, whichever goes first") {
         left.reset();
         CHECK(second->trace(kRing) == kRingOutlines);
         CHECK(assigned.trace(kRing) == kRingOutlines);
-        assigned = assigned;
+        const TestTracer& itself = assigned;
+        assigned = itself;
         CHECK(assigned.trace(kRing) == kRingOutlines);
     }
 }
