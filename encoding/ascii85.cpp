@@ -11,16 +11,22 @@ namespace Vaskel {
 namespace {
 
 constexpr int kGroup = 4;
+constexpr int kDigits = 5;
 constexpr int kLineLength = 100;
 
-// 82 * 85^4 < 2^32 < 83 * 85^4, so the first digit is at most 82.
-void digitsOf(const unsigned char (&group)[kGroup], char (&digits)[kGroup + 1]) {
-    std::uint32_t value = std::uint32_t{group[0]} << 24 | std::uint32_t{group[1]} << 16 |
-                          std::uint32_t{group[2]} << 8 | group[3];
-    for (int i = kGroup; i >= 0; --i) {
-        digits[i] = static_cast<char>('!' + value % 85);
-        value /= 85;
-    }
+// 82 * 85^4 < 2^32 < 83 * 85^4, so the first digit is at most 82. The digits
+// do not wait for each other.
+void digitsOf(std::uint32_t value, char (&digits)[kDigits]) {
+    digits[0] = static_cast<char>('!' + value / 52200625);
+    digits[1] = static_cast<char>('!' + value / 614125 % 85);
+    digits[2] = static_cast<char>('!' + value / 7225 % 85);
+    digits[3] = static_cast<char>('!' + value / 85 % 85);
+    digits[4] = static_cast<char>('!' + value % 85);
+}
+
+std::uint32_t valueOf(const unsigned char (&group)[kGroup]) {
+    return std::uint32_t{group[0]} << 24 | std::uint32_t{group[1]} << 16 |
+           std::uint32_t{group[2]} << 8 | group[3];
 }
 
 }  // namespace
@@ -44,12 +50,13 @@ int ascii85out_base::encode(unsigned char c) {
     mGroup[mFill] = c;
     if (++mFill != kGroup) return 0;
     mFill = 0;  // before anything is written: putuns8 may throw
-    if (mGroup[0] == 0 && mGroup[1] == 0 && mGroup[2] == 0 && mGroup[3] == 0) {
+    const std::uint32_t value = valueOf(mGroup);
+    if (value == 0) {
         putuns8ascii('z');
         return 0;
     }
-    char digits[kGroup + 1];
-    digitsOf(mGroup, digits);
+    char digits[kDigits];
+    digitsOf(value, digits);
     for (const char digit : digits) putuns8ascii(digit);
     return 0;
 }
@@ -58,8 +65,8 @@ void ascii85out_base::finish() {
     if (mFill > 0) {
         // A partial group is padded with zeros and never written as z.
         std::fill(mGroup + mFill, mGroup + kGroup, static_cast<unsigned char>(0));
-        char digits[kGroup + 1];
-        digitsOf(mGroup, digits);
+        char digits[kDigits];
+        digitsOf(valueOf(mGroup), digits);
         for (int i = 0; i <= mFill; ++i) putuns8ascii(digits[i]);
     }
     putuns8('~');

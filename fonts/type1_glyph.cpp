@@ -92,13 +92,19 @@ void Type1Glyph::updateBounds(int x, int y) {
 
 Rectangle Type1Glyph::getBoundingBox() const { return mBounds; }
 
-void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
-    unsigned char head[kLeadBytes + 2 * kLongestNumber + 1];
-    unsigned char* end = std::copy(kCharstringLead, kCharstringLead + kLeadBytes, head);
+// Lead, side bearing 0, width, hsbw: what goes before the outline.
+std::size_t Type1Glyph::writeHead(unsigned char* out) const {
+    unsigned char* end = std::copy(kCharstringLead, kCharstringLead + kLeadBytes, out);
     end = encodeNumber(end, 0);
     end = encodeNumber(end, mWidth);
     *end++ = kHsbw;
-    const std::size_t length = static_cast<std::size_t>(end - head) + mOutline.size() + 1;
+    return static_cast<std::size_t>(end - out);
+}
+
+void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
+    unsigned char head[kHeadRoom];
+    const std::size_t headLength = writeHead(head);
+    const std::size_t length = headLength + mOutline.size() + 1;
 
     appendText(out, "/");
     appendText(out, mName);
@@ -106,7 +112,7 @@ void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
     appendNumber(out, static_cast<long long>(length));
     appendText(out, " RD ");
     const std::size_t begin = out.size();
-    out.insert(out.end(), head, end);
+    out.insert(out.end(), head, head + headLength);
     out.insert(out.end(), mOutline.begin(), mOutline.end());
     out.push_back(kEndchar);
     Encryption(Encryption::kCharstringKey).encrypt(out.data() + begin, length);

@@ -78,6 +78,8 @@ class VASKEL_API Type1Glyph {
  private:
     friend class Type1Font;
     friend class Type1Program;
+    static constexpr std::size_t kHeadRoom = 16;  // for writeHead, in bytes
+    std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
     void updateBounds(int x, int y);
     void makeRoom(std::size_t bytes);
@@ -156,6 +158,7 @@ class VASKEL_API Type1Font {
     int getZeroesLength() const;
 
  private:
+    friend class Type1Program;
     void buildFont() const;
     void buildPSFont(bool explicitEncoding) const;
 
