@@ -7,20 +7,21 @@
 #include <map>
 #include <string>
 
-/// A registry whose state a block is one of four words.
+/// A registry in which the state of a block is a word.
 class BlocksModel {
  public:
     void activate(int id) { mState[id] = "open"; }
     void deactivate(int id) { mState[id] = "closed"; }
     bool exists(int id) const { return state(id) != "unknown"; }
 
-    /// Whether the question is put to the host, which answers answer.
-    bool ask(int id, const std::string& key, int answer) {
+    /// Whether a question is put to the host.
+    bool asks(int id) {
         if (state(id) == "closed" || state(id) == "open and asked") return false;
         if (state(id) == "open") mState[id] = "open and asked";
-        mAnswers[key] = answer;
         return true;
     }
+    /// The host has answered.
+    void answered(const std::string& key, int answer) { mAnswers[key] = answer; }
 
     int answer(int id, const std::string& key) const {
         if (state(id) == "closed" || state(id) == "open") return -1;
