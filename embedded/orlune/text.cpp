@@ -1,11 +1,11 @@
-// Text conversions on utfcpp and uriparser. Each goes over its source once,
-// character by character, and allocates nothing.
+// Text conversions on utfcpp and uriparser, without an allocation.
 
 #include "platform/orlune/text.h"
 
 #include <uriparser/Uri.h>
 #include <utf8cpp/utf8.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +24,14 @@ class Output {
     void take(const Char* piece, std::size_t length) {
         if (length > mRoom) mRoom = 0;
         if (mRoom == 0) return;
-        std::memcpy(mOut + mCount, piece, length * sizeof(Char));
+        std::copy_n(piece, length, space());
+        filled(length);
+    }
+
+    /// The room for pieces, and where they go; filled says how much of it is used.
+    std::size_t room() const { return mRoom; }
+    Char* space() { return mOut + mCount; }
+    void filled(std::size_t length) {
         mCount += length;
         mRoom -= length;
     }
@@ -62,15 +69,23 @@ std::uint32_t nextOfUni16(const wchar_t*& text) {
     return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
 }
 
-// The percent-encoded form of one character's bytes.
-struct Encoded {
-    Encoded(const char* first, const char* last)
-        : length(static_cast<std::size_t>(
-              // No '+' for a blank, no other line breaks: bytes as they are.
-              uriEscapeExA(first, last, text, URI_FALSE, URI_FALSE) - text)) {}
-    char text[3 * 4 + 1];
-    std::size_t length;
-};
+// Writes the one or two units of a character and returns their count.
+std::size_t toUni16(std::uint32_t character, wchar_t* units) {
+    if (character <= 0xFFFF) {
+        units[0] = static_cast<wchar_t>(character);
+        return 1;
+    }
+    units[0] = static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
+    units[1] = static_cast<wchar_t>(0xDC00 + (character & 0x3FF));
+    return 2;
+}
+
+// Percent-encodes bytes; returns how long the form is. out has room for three
+// times the bytes and a terminator.
+std::size_t encode(const char* first, const char* last, char* out) {
+    // No '+' for a blank, no other line breaks: bytes as they are.
+    return static_cast<std::size_t>(uriEscapeExA(first, last, out, URI_FALSE, URI_FALSE) - out);
+}
 
 // Where the character at text ends; malformed UTF-8 counts as one byte.
 const char* endOfCharacter(const char* text, const char* end) {
@@ -79,24 +94,42 @@ const char* endOfCharacter(const char* text, const char* end) {
     return length <= end - text && utf8::is_valid(text, text + length) ? text + length : text + 1;
 }
 
+// Percent-encodes whole characters: at once where they fit in any case, else one
+// by one.
+void takeEncoded(Output<char>& output, const char* text, const char* end) {
+    if (static_cast<std::size_t>(end - text) <= output.room() / 3) {
+        output.filled(encode(text, end, output.space()));
+        return;
+    }
+    while (text != end && output.room() > 0) {
+        const char* const next = endOfCharacter(text, end);
+        char encoded[3 * 4 + 1];
+        output.take(encoded, encode(text, next, encoded));
+        text = next;
+    }
+}
+
+// Where the leading ASCII ends, of which every byte is a character.
+const char* endOfAscii(const char* text, const char* end) {
+    return std::find_if(text, end, [](char c) { return (c & 0x80) != 0; });
+}
+
 }  // namespace
 
 int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<wchar_t> output(out, capacity);
     const char* const end = utf8 + std::strlen(utf8);
-    if (utf8::find_invalid(utf8, end) != end) return output.refuse();
-    while (utf8 != end) {
-        const std::uint32_t character = utf8::unchecked::next(utf8);
-        if (character <= 0xFFFF) {
-            const wchar_t unit[] = {static_cast<wchar_t>(character)};
-            output.take(unit, 1);
-        } else {
-            const std::uint32_t rest = character - 0x10000;
-            const wchar_t pair[] = {static_cast<wchar_t>(0xD800 + (rest >> 10)),
-                                    static_cast<wchar_t>(0xDC00 + (rest & 0x3FF))};
-            output.take(pair, 2);
-        }
+    if (utf8::find_invalid(endOfAscii(utf8, end), end) != end) return output.refuse();
+    while (utf8 != end && output.room() > 0) {
+        const char* const ascii = endOfAscii(utf8, end);
+        const auto plain = std::min(static_cast<std::size_t>(ascii - utf8), output.room());
+        std::copy_n(utf8, plain, output.space());
+        output.filled(plain);
+        utf8 = ascii;
+        if (utf8 == end) break;
+        wchar_t units[2];
+        output.take(units, toUni16(utf8::unchecked::next(utf8), units));
     }
     return output.finish();
 }
@@ -117,13 +150,7 @@ int Uni16CharToUTF8(const wchar_t* text, char* out, std::size_t capacity) {
 int UTF8ToURLEncoding(const char* utf8, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<char> output(out, capacity);
-    const char* const end = utf8 + std::strlen(utf8);
-    while (utf8 != end) {
-        const char* const next = endOfCharacter(utf8, end);
-        const Encoded encoded(utf8, next);
-        output.take(encoded.text, encoded.length);
-        utf8 = next;
-    }
+    takeEncoded(output, utf8, utf8 + std::strlen(utf8));
     return output.finish();
 }
 
@@ -131,11 +158,14 @@ int Uni16CharToURLEncoding(const wchar_t* text, char* out, std::size_t capacity)
     if (capacity == 0) return 0;
     Output<char> output(out, capacity);
     while (*text != 0) {
-        const std::uint32_t character = nextOfUni16(text);
-        if (character == kNoCharacter) return output.refuse();
-        char bytes[4];
-        const Encoded encoded(bytes, utf8::unchecked::append(character, bytes));
-        output.take(encoded.text, encoded.length);
+        char bytes[256];
+        char* end = bytes;
+        while (*text != 0 && end - bytes <= static_cast<std::ptrdiff_t>(sizeof bytes) - 4) {
+            const std::uint32_t character = nextOfUni16(text);
+            if (character == kNoCharacter) return output.refuse();
+            end = utf8::unchecked::append(character, end);
+        }
+        takeEncoded(output, bytes, end);
     }
     return output.finish();
 }

@@ -1,5 +1,6 @@
 #include <doctest/doctest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <string>
@@ -292,6 +293,54 @@ TEST_CASE("memory that ends while a disabler is copied leaves both as they were"
     }
     report("heard");
     CHECK(recorder.texts() == std::vector<Delivered>{{"heard", 1, 0}});
+}
+
+TEST_CASE("a disabler copied over no handler restores none") {
+    Recorder recorder;
+    {
+        const ScopedMessagesDisabler empty;
+        recorder.takeTexts();
+        ScopedMessagesDisabler copy(empty);
+        ScopedMessagesDisabler assigned;
+        assigned = empty;
+    }
+    CHECK_FALSE(setMessageHandler(boost::none).has_value());
+}
+
+// Lives from before the library's own static objects until after them, as other
+// libraries' objects may.
+struct Outliving {
+    Outliving() {
+        report("dropped");
+        setAdvancedMessageHandler(logger(log, 'L'));
+        report("at load");
+        setMessageHandler(boost::none);
+    }
+    ~Outliving() {
+        if (!watchesExit) return;
+        const std::string before = log;
+        report("dropped");
+        if (!state.expired() || log != before) std::abort();
+    }
+    std::string log;
+    std::weak_ptr<int> state;
+    bool watchesExit = false;
+};
+__attribute__((init_priority(101))) Outliving gOutliving;
+
+TEST_CASE("messages work while libraries are loaded, and are dropped while they go") {
+    CHECK(gOutliving.log == "Lat load");
+    // The end of the program goes on from here.
+    std::atexit([] {
+        auto state = std::make_shared<int>(0);
+        gOutliving.state = state;
+        gOutliving.watchesExit = true;
+        setAdvancedMessageHandler([state](const char* text, MessageSeverity, MessageVolatility) {
+            gOutliving.log += text;
+        });
+        report("at exit");
+        if (gOutliving.log != "Lat loadat exit") std::abort();
+    });
 }
 
 }  // namespace
