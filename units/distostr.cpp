@@ -17,11 +17,25 @@ constexpr double kNoValue = std::numeric_limits<double>::infinity();
 
 double resolution() { return static_cast<double>(Pemmit::getppi()); }
 
+// The widths of lengths in every unit, with 0, 1 and 2 decimals more.
+struct LengthWidths {
+    TextWidths of[kUnitCount + 1][3];
+};
+
+constexpr LengthWidths makeLengthWidths() {
+    LengthWidths widths{};
+    for (int row = 0; row <= kUnitCount; ++row)
+        for (int more = 0; more < 3; ++more)
+            widths.of[row][more] =
+                TextWidths::of(kUnits[row].intDigits, kUnits[row].precision + more, true);
+    return widths;
+}
+constexpr LengthWidths kLengthWidths = makeLengthWidths();
+
 void lengthToText(double distance, int unit, int moreDecimals, char* out) {
     const int row = unitRow(unit);
-    const UnitRow& widths = kUnits[row];
     formatNumber(distance * gUnitFactors[row] / resolution(), out,
-                 {widths.intDigits, widths.precision + moreDecimals, true});
+                 kLengthWidths.of[row][moreDecimals]);
 }
 
 void distanceToText(const int* dist, int unit, int moreDecimals, char* out) {
@@ -62,7 +76,7 @@ void sqdistostr(const double* sqdist, char* out) {
     const double ppi = resolution();
     const int intDigits = std::min(2 * kUnits[row].intDigits, allDigits);
     formatNumber(factor * *sqdist * factor / ppi / ppi, out,
-                 {intDigits, allDigits - intDigits, false});
+                 TextWidths::of(intDigits, allDigits - intDigits, false));
 }
 
 double distodou(int dist) { return distodou(static_cast<double>(dist)); }

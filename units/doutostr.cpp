@@ -36,44 +36,44 @@ std::uint64_t firstPlace(std::uint32_t n, std::uint64_t unit, int intDigits) {
     return place / 10;
 }
 
-// n below 10^8 as eight digits of a byte each, the most significant lowest.
-std::uint64_t eightDigits(std::uint32_t n) {
-    // 10486 / 2^20 and 103 / 2^10 divide by 100 and 10 exactly within the
-    // lanes' ranges (up to 9999 and 99).
-    std::uint64_t lanes = n / 10000 | std::uint64_t{n % 10000} << 32;
-    std::uint64_t quotients = ((lanes * 10486) >> 20) & 0x0000007F0000007F;
-    lanes = quotients + ((lanes - quotients * 100) << 16);
-    quotients = ((lanes * 103) >> 10) & 0x000F000F000F000F;
-    return quotients + ((lanes - quotients * 10) << 8);
+// The pairs of digits "00" to "99", the first one in the low byte.
+struct DigitPairs {
+    std::uint16_t of[100];
+};
+
+constexpr DigitPairs makeDigitPairs() {
+    DigitPairs pairs{};
+    for (int i = 0; i < 100; ++i) pairs.of[i] = static_cast<std::uint16_t>(i / 10 | (i % 10) << 8);
+    return pairs;
+}
+constexpr DigitPairs kDigitPairs = makeDigitPairs();
+
+// n below 10^6 as six digits in the upper bytes, the most significant lowest.
+std::uint64_t sixDigits(std::uint32_t n) {
+    const std::uint32_t high = n / 10000;
+    const std::uint32_t low = n % 10000;
+    return std::uint64_t{kDigitPairs.of[high]} << 16 |
+           std::uint64_t{kDigitPairs.of[low / 100]} << 32 |
+           std::uint64_t{kDigitPairs.of[low % 100]} << 48;
 }
 
 constexpr std::uint64_t kBlanks = 0x2020202020202020;
 constexpr std::uint64_t kDigitToPoint = '0' ^ '.';
 
-// What surrounds eight digits of which the first ones are suppressed, each byte
-// as its difference to a blank, so that shifting brings in blanks. lo and hi
-// together: six blanks, sign, digits from byte 7 on; the sign takes the last
-// suppressed digit's place or the byte before.
-struct Frame {
-    std::uint64_t lo;
-    std::uint64_t hi;
-};
-
+// What surrounds the digits of a word: blanks, then the sign at byte
+// first - 2, then digits. Each byte is its difference to a blank, so that
+// shifting brings in blanks.
 struct Frames {
-    Frame of[3][8];  // " ", "+", "-"; by the number of suppressed digits
-
-    constexpr const Frame* operator[](int sign) const { return of[sign]; }
+    std::uint64_t of[3][8];  // "-", " ", "+"; by first, 2 to 7
 };
 
 constexpr Frames makeFrames() {
     Frames frames{};
     for (int sign = 0; sign < 3; ++sign) {
-        for (int suppressed = 0; suppressed < 8; ++suppressed) {
-            Frame& frame = frames.of[sign][suppressed];
-            for (int at = 6 + suppressed; at < 16; ++at) {
-                const char byte = at > 6 + suppressed ? '0' : " +-"[sign];
-                std::uint64_t& word = at < 8 ? frame.lo : frame.hi;
-                word |= static_cast<std::uint64_t>(byte ^ ' ') << (8 * (at % 8));
+        for (int first = 2; first < 8; ++first) {
+            for (int at = first - 2; at < 8; ++at) {
+                const int byte = at == first - 2 ? "- +"[sign] : '0';
+                frames.of[sign][first] |= static_cast<std::uint64_t>(byte ^ ' ') << (8 * at);
             }
         }
     }
@@ -84,6 +84,46 @@ constexpr Frames kFrames = makeFrames();
 template <class Word>
 void store(char* out, Word word) {
     std::memcpy(out, &word, sizeof word);
+}
+
+// Why the bytes are those of the plain form: the eight bytes of digits are two
+// zeros and the six digits of n. first counts the leading zeros that the plain
+// form suppresses, since the bit set at the units digit stops the count there,
+// and last counts the trailing zeros that it drops, stopped likewise. The digits
+// up to the units move one byte towards the front, and the point takes the gap.
+// The frame blanks what is suppressed and puts the sign before the rest. The
+// shift drops the zeros at the end, so that the text ends with the word, and
+// what precedes the word is blank.
+//
+// With whole = 8 - decimals - first digits before the point, and one of at most
+// intDigits, since n is below the limit, the text has 2 * (intDigits - whole)
+// blanks, sign, whole, point and decimals - last characters: that is size.
+inline bool inWord(int rounded, char* out, const TextWidths& widths) {
+    const std::uint32_t n = magnitude(rounded);
+    if (n >= widths.wordLimit || std::endian::native != std::endian::little) return false;
+    const int unitsShift = 8 * (7 - widths.decimals);
+    const std::uint64_t unitsBit = std::uint64_t{1} << unitsShift;
+    const std::uint64_t digits = sixDigits(n);
+    const int first = __builtin_ctzll(digits | unitsBit << 7) / 8;
+    const int last = __builtin_clzll(digits | unitsBit) / 8;
+    const int size = 2 * (widths.intDigits + widths.decimals) - 6 + first - last;
+
+    const std::uint64_t upToUnits = (unitsBit << 8) - 1;
+    std::uint64_t text = ((digits & upToUnits) >> 8) + (digits & ~upToUnits);
+    text |= kFrames.of[rounded < 0 ? 0 : 1 + widths.plusSign][first];
+    text = ((text ^ kDigitToPoint << unitsShift) << (8 * last)) ^ kBlanks;
+
+    out[size] = '\0';
+    if (size >= 8) {
+        if (size > 16) store(out + 8, kBlanks);  // at most 24
+        store(out, kBlanks);
+        store(out + size - 8, text);
+    } else {  // at least 3
+        text >>= 64 - 8 * size;
+        store(out, static_cast<std::uint32_t>(text));
+        store(out + size - 3, static_cast<std::uint32_t>(text >> (8 * (size - 3))));
+    }
+    return true;
 }
 
 }  // namespace
@@ -116,68 +156,17 @@ void placesPlain(int rounded, char* out, const TextWidths& widths) {
     *out = '\0';
 }
 
-// The text is put together at the end of 16 bytes, lo before hi, each with its
-// first byte lowest, and stored so that it ends where it has to.
-//
-// Why the bytes are those of the plain form: all eight digits of n are there.
-// first counts the leading zeros that it suppresses, since the bit set at the
-// units digit stops the count there, and last counts the trailing zeros that it
-// drops, stopped likewise. The frame blanks what is suppressed and puts the
-// sign before the rest; the shift by last drops the zeros at the end; and the
-// blanks before the sign are two for each place without a digit.
-bool placesInWords(int rounded, char* out, const TextWidths& widths) {
-    const std::uint32_t n = magnitude(rounded);
-    const int unitsAt = 7 - widths.decimals;
-    if (n >= 100000000 || unitsAt < 0 || std::endian::native != std::endian::little) return false;
-    const std::uint64_t digits = eightDigits(n);
-    const std::uint64_t unitsBit = std::uint64_t{1} << (8 * unitsAt);
-    const int first = std::countr_zero(digits | unitsBit << 7) / 8;
-    const int last = std::countl_zero(digits | unitsBit) / 8;
-
-    const int whole = unitsAt + 1 - first;
-    const int blanks = widths.intDigits < 0 ? 0 : 2 * (widths.intDigits - whole);
-    const int size = blanks + 1 + whole + 1 + (widths.decimals - last);
-    if (blanks < 0 || size > 24) return false;  // "*", or more blanks than are stored below
-
-    // The point goes behind the units digit: digits up to there move one byte
-    // towards the front, the first of them into lo.
-    const std::uint64_t upToUnits = (unitsBit << 8) - 1;
-    const Frame& frame = kFrames[rounded < 0 ? 2 : widths.plusSign][first];
-    std::uint64_t hi = ((digits & upToUnits) >> 8) | (digits & ~upToUnits);
-    hi = (hi | frame.hi) ^ kDigitToPoint << (8 * unitsAt);
-    std::uint64_t lo = digits << 56 | frame.lo;
-    if (last != 0) {
-        hi = hi << (8 * last) | lo >> (64 - 8 * last);
-        lo <<= 8 * last;
-    }
-    hi ^= kBlanks;
-    lo ^= kBlanks;
-
-    out[size] = '\0';
-    if (size < 8) {
-        const std::uint64_t text = hi >> (64 - 8 * size);  // size is at least 3
-        store(out, static_cast<std::uint32_t>(text));
-        store(out + size - 3, static_cast<std::uint32_t>(text >> (8 * (size - 3))));
-        return true;
-    }
-    if (size >= 16) {
-        store(out, kBlanks);
-        store(out + size - 16, lo);
-    } else {
-        const int unused = 8 * (16 - size);  // 8 to 64 bits
-        store(out, unused == 64 ? hi : hi << (64 - unused) | lo >> unused);
-    }
-    store(out + size - 8, hi);
-    return true;
-}
-
 void formatNumber(double value, char* out, const TextWidths& widths) {
     if (value == std::numeric_limits<double>::infinity()) {
         *out = '\0';
         return;
     }
     const int rounded = Orlune::iround(kUnits10[widths.decimals] * value);
-    if (!placesInWords(rounded, out, widths)) placesPlain(rounded, out, widths);
+    if (!inWord(rounded, out, widths)) placesPlain(rounded, out, widths);
+}
+
+bool placesInWord(int rounded, char* out, const TextWidths& widths) {
+    return inWord(rounded, out, widths);
 }
 
 void doutostr(double value, char* out, int intDigits, int decimals, bool plusSign) {

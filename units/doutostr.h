@@ -4,6 +4,7 @@
 #define UNITS_DOUTOSTR_H
 
 #include <algorithm>
+#include <cstdint>
 
 namespace Vaskel {
 
@@ -16,19 +17,24 @@ struct TextWidths {
     int intDigits;  // -1, or 1 .. 19 - decimals
     int decimals;   // 0 .. 9
     bool plusSign;
+    std::uint32_t wordLimit;  // placesInWord takes numbers below; 0 for none
 
     static constexpr TextWidths of(int intDigits, int decimals, bool plusSign) {
+        constexpr std::uint32_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
         const int counted = std::clamp(decimals, 0, 9);
-        return {intDigits < 0 ? -1 : std::clamp(intDigits, 1, 19 - counted), counted, plusSign};
+        const int width = intDigits < 0 ? -1 : std::clamp(intDigits, 1, 19 - counted);
+        const bool fits = width > 0 && counted <= 5 && 2 * width + counted + 1 <= 24;
+        return {width, counted, plusSign, fits ? powers[std::min(width + counted, 6)] : 0};
     }
 };
 
 // The rule itself: writes rounded / 10^decimals and the terminator.
 void placesPlain(int rounded, char* out, const TextWidths& widths);
 
-// The same text in a few machine words. Returns false, with nothing written,
-// for what does not fit into them: see the source.
-bool placesInWords(int rounded, char* out, const TextWidths& widths);
+// The same text, put together in one machine word with blanks before it: up to
+// six digits of which none is too many for the width. Returns false, with
+// nothing written, for other numbers and widths.
+bool placesInWord(int rounded, char* out, const TextWidths& widths);
 
 // doutostr behind its widths.
 void formatNumber(double value, char* out, const TextWidths& widths);

@@ -19,7 +19,7 @@ Field readLengths(const char* s, int current, bool blankBeforeUnit, bool distinc
 
 // Reads one number at *cursor, signs and digits, and moves *cursor behind it.
 // The rule itself: digits accumulate in a double.
-double scanNumberPlain(const char** cursor);
+[[gnu::noinline]] double scanNumberPlain(const char** cursor);
 
 // The same number and cursor. Up to 15 digits accumulate in an integer instead:
 // below 10^15 < 2^53 every step of the plain form is exact, so is the power of

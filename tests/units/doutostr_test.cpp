@@ -190,14 +190,14 @@ TEST_CASE("doutostr: both forms write what the rule says, to the byte") {
         REQUIRE(writes(want, [&](char* out) { placesPlain(n, out, widths); }));
         char untouched = 'x';
         char text[kLongest];
-        if (!placesInWords(n, text, widths)) {
+        if (!placesInWord(n, text, widths)) {
             ++declined;
-            placesInWords(n, &untouched, widths);
+            placesInWord(n, &untouched, widths);
             REQUIRE(untouched == 'x');
             continue;
         }
         ++taken;
-        REQUIRE(writes(want, [&](char* out) { placesInWords(n, out, widths); }));
+        REQUIRE(writes(want, [&](char* out) { placesInWord(n, out, widths); }));
     }
     CHECK(taken > 1000);
     CHECK(declined > 1000);
@@ -209,7 +209,7 @@ TEST_CASE("doutostr: both forms agree on every number that a field in mm holds")
     for (int n = -999999; n <= 999999; ++n) {
         char plain[kLongest], words[kLongest];
         placesPlain(n, plain, widths);
-        if (!placesInWords(n, words, widths) || std::strcmp(plain, words) != 0) ++differing;
+        if (!placesInWord(n, words, widths) || std::strcmp(plain, words) != 0) ++differing;
     }
     CHECK(differing == 0);
 }

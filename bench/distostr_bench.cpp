@@ -1,0 +1,115 @@
+// Distances as text of a field: ours beside the general ways to write a double
+// with so many decimals. The peers get the converted value and write no
+// blanks, which is less than distostr does.
+
+#include <benchmark/benchmark.h>
+
+#include <charconv>
+#include <cstdio>
+#include <random>
+#include <vector>
+
+#include "platform/orlune.h"
+#include "units/doutostr.h"
+#include "vaskel/units.h"
+
+#if __has_include(<double-conversion/double-conversion.h>)
+#include <double-conversion/double-conversion.h>
+#define VASKEL_BENCH_DOUBLE_CONVERSION 1
+#endif
+#if __has_include(<fmt/compile.h>)
+#include <fmt/compile.h>
+#define VASKEL_BENCH_FMT 1
+#endif
+
+namespace {
+
+constexpr std::size_t kCount = 4096;
+
+// Lengths as they stand in a document: of any size up to the widest, many of
+// them round in the unit.
+std::vector<int> distances(int unit) {
+    std::mt19937 random(1);
+    Vaskel::setuni(unit);
+    std::vector<int> all(kCount);
+    for (int& d : all) {
+        const double limit = Vaskel::doutodis(unit == 0 ? 99 : 9999);
+        const double share = static_cast<double>(random() % 10000) / 10000;
+        d = static_cast<int>(limit * share * share);
+        if (random() % 2)
+            d = static_cast<int>(Vaskel::doutodis(static_cast<int>(Vaskel::distodou(d))));
+        if (random() % 4 == 0) d = -d;
+    }
+    return all;
+}
+
+struct Work {
+    const char* name;
+    int unit;
+    int decimals;
+};
+constexpr Work kWorks[] = {{"distostr_mm", 1, 2}, {"distostr_inch", 0, 4}};
+
+// write(distance, buffer) once an iteration.
+template <class Write>
+void run(benchmark::State& state, const Work& work, Write write) {
+    const std::vector<int> all = distances(work.unit);
+    char text[64];
+    std::size_t i = 0;
+    for (auto _ : state) {
+        write(all[i++ % kCount], text);
+        benchmark::DoNotOptimize(&text[0]);
+        benchmark::ClobberMemory();
+    }
+}
+
+template <class Write>
+void add(const Work& work, const char* who, Write write) {
+    benchmark::RegisterBenchmark((std::string(work.name) + "/" + who).c_str(),
+                                 [=](benchmark::State& state) { run(state, work, write); });
+}
+
+void registerAll() {
+    for (const Work& work : kWorks) {
+        const int decimals = work.decimals;
+        add(work, "vaskel", [](int d, char* text) { Vaskel::distostr(&d, text); });
+        add(work, "vaskel_plain", [=](int d, char* text) {
+            static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
+            const int rounded = Orlune::iround(kPowers[decimals] * Vaskel::distodou(d));
+            Vaskel::placesPlain(rounded, text, Vaskel::TextWidths::of(4, decimals, true));
+        });
+        add(work, "snprintf", [=](int d, char* text) {
+            std::snprintf(text, 64, "%+.*f", decimals, Vaskel::distodou(d));
+        });
+        add(work, "to_chars", [=](int d, char* text) {
+            *std::to_chars(text, text + 63, Vaskel::distodou(d), std::chars_format::fixed, decimals)
+                 .ptr = '\0';
+        });
+#if VASKEL_BENCH_FMT
+        add(work, "fmt", [=](int d, char* text) {
+            const double value = Vaskel::distodou(d);
+            *(decimals == 2 ? fmt::format_to(text, FMT_COMPILE("{:+.2f}"), value)
+                            : fmt::format_to(text, FMT_COMPILE("{:+.4f}"), value)) = '\0';
+        });
+#endif
+#if VASKEL_BENCH_DOUBLE_CONVERSION
+        add(work, "double_conversion", [=](int d, char* text) {
+            using namespace double_conversion;
+            StringBuilder builder(text, 64);
+            DoubleToStringConverter::EcmaScriptConverter().ToFixed(Vaskel::distodou(d), decimals,
+                                                                   &builder);
+            builder.Finalize();
+        });
+#endif
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
