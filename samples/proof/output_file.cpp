@@ -46,6 +46,14 @@ OutputFile::OutputFile(const std::string& path) : mPath(path), mTarget(followed(
     if (!mStream) fail(errno);
 }
 
+void OutputFile::probe(const std::string& path) {
+    struct stat status;
+    if (path == "-") return;
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+        return;
+    const OutputFile tried(path);
+}
+
 void OutputFile::openBeside() {
     const std::size_t slash = mTarget.rfind('/');
     const std::size_t leaf = slash == std::string::npos ? 0 : slash + 1;

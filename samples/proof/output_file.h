@@ -19,6 +19,10 @@ class OutputFile {
     /// Throws Failure, naming the file and the reason, where it cannot be
     /// written.
     explicit OutputFile(const std::string& path);
+    /// Throws what the constructor would throw, so that nobody works an hour
+    /// for an output that cannot be. Devices and pipes are not tried.
+    static void probe(const std::string& path);
+
     /// Removes what was not committed.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;

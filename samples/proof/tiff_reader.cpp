@@ -71,6 +71,7 @@ class TiffReader : public ScanReader {
         else if (TIFFReadScanline(mTiff.get(), samples, static_cast<std::uint32_t>(mRow)) < 0)
             fail();
         if (!mReason.empty()) fail();
+        passWarnings();
         ++mRow;
     }
 
@@ -125,7 +126,9 @@ class TiffReader : public ScanReader {
     // receiver may throw, and libtiff is no place to throw through.
     void warn(const char* text) noexcept {
         try {
-            if (mWarnings.size() < kMaxWarnings) mWarnings.emplace_back(text);
+            // A directory that is read twice has the same to say twice.
+            const bool known = std::count(mWarnings.begin(), mWarnings.end(), text) > 0;
+            if (!known && mWarnings.size() < kMaxWarnings) mWarnings.emplace_back(text);
         } catch (const std::bad_alloc&) {
         }
     }

@@ -8,6 +8,7 @@
 #include "samples/proof/commands.h"
 #include "samples/proof/console.h"
 #include "samples/proof/failure.h"
+#include "samples/proof/interrupt.h"
 #include "samples/proof/numbers.h"
 #include "samples/proof/output_file.h"
 #include "samples/proof/pdf_document.h"
@@ -62,8 +63,10 @@ int runTrace(const TraceCommand& command, Console& console) {
     console.setQuiet(command.options.quiet);
     std::vector<Format> formats;
     for (const std::string& output : command.outputs) formats.push_back(formatOf(command, output));
+    for (const std::string& output : command.outputs) OutputFile::probe(output);
     const TracedScan traced = traceScan(command.options, console);
 
+    const Interrupt interrupt;  // files are short work and are finished
     // All files are complete before the first of them takes its name.
     std::vector<std::unique_ptr<OutputFile>> files;
     for (std::size_t i = 0; i < formats.size(); ++i) {

@@ -80,8 +80,8 @@ std::string describe(const std::string& name, const ScanInfo& info, const Resolu
 
 TracedScan traceScan(const TraceOptions& options, Console& console) {
     checkOptions(options);
+    const auto source = openBytes(options.input);  // may wait for a pipe: Ctrl-C ends that
     const Interrupt interrupt;
-    const auto source = openBytes(options.input);
     const auto reader =
         openScan(*source, options.page, [](const std::string& text) { warning(text); });
     const ScanInfo& info = reader->info();

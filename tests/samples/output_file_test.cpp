@@ -91,6 +91,19 @@ TEST_CASE("an output that cannot be written is named with the reason") {
     CHECK(failureOfOutput("/dev/null") == "");
 }
 
+TEST_CASE("an output can be tried without leaving a trace") {
+    const TempFolder folder;
+    writeFile(folder / "old", "old");
+    OutputFile::probe(folder / "old");
+    OutputFile::probe(folder / "new");
+    OutputFile::probe("-");
+    OutputFile::probe("/dev/full");
+    CHECK(filesIn(folder) == 1);
+    CHECK(readFile(folder / "old") == "old");
+    CHECK_THROWS_AS(OutputFile::probe(folder / "none/out"), Failure);
+    CHECK_THROWS_AS(OutputFile::probe(folder / "."), Failure);
+}
+
 TEST_CASE("a name as long as the system allows can be written") {
     const TempFolder folder;
     const std::string path = folder / std::string(255, 'n');

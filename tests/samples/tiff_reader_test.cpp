@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 #include <tiffio.h>
 
+#include <algorithm>
 #include <random>
 
 #include "samples/proof/failure.h"
@@ -192,6 +193,26 @@ TEST_CASE("a page of a TIFF is chosen by its number") {
     CHECK(infoOf(file, 2).width == 50);
     CHECK_THROWS_WITH(infoOf(file, 3), "made: has no page 3, only 2");
     CHECK_THROWS_WITH(infoOf(file, 0), "made: has no page 0, only 2");
+}
+
+TEST_CASE("what is odd about a TIFF is told, with its name, and the page is read") {
+    TiffPicture picture;
+    picture.xResolution = picture.yResolution = 600;
+    Bytes file = encode(picture);
+    // The last field, ResolutionUnit (296, a short), gets a number that nobody knows.
+    const unsigned char field[] = {0x28, 0x01, 0x03, 0x00};
+    const auto at = std::search(file.begin(), file.end(), std::begin(field), std::end(field));
+    REQUIRE(at != file.end());
+    at[0] = 0xE9;
+    at[1] = 0xFD;
+    std::vector<std::string> warnings;
+    const auto source = memoryBytes("made", file);
+    const auto scan =
+        openScan(*source, 1, [&](const std::string& text) { warnings.push_back(text); });
+    CHECK(inkText(*scan) == wantedText(picture));
+    REQUIRE(warnings.size() == 1);
+    CHECK(warnings[0].find("made: ") == 0);
+    CHECK(warnings[0].find("65001") != std::string::npos);
 }
 
 TEST_CASE("TIFFs that are no scans are refused with the reason") {
