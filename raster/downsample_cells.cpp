@@ -1,41 +1,65 @@
 #include "raster/downsample_cells.h"
 
+#include <atomic>
+#include <cmath>
+
 namespace Vaskel {
 
-DownsampleCells::DownsampleCells(double factor, std::uint32_t width) {
+int fractionBitsOf(double value) {
+    for (int bits = 0; bits <= DownsampleCells::kMostFractionBits; ++bits) {
+        const double steps = std::ldexp(value, bits);
+        if (steps == std::floor(steps)) return bits;
+    }
+    return -1;
+}
+
+DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
+    : factor(factorX), width(widthPx), fractionBits(fractionBitsOf(factorX)) {
+    // Columns stay below 2^33: with few bits behind the point nothing is rounded.
     double column = 0;
     for (std::uint32_t i = 0; i < width; ++i) {
         column += 1;
         if (column >= factor) {
             column -= factor;
             ends.push_back({i, column});
-            if (column != 0) whole = false;
-        }
-    }
-}
-
-void accumulatePlain(const unsigned char* line, std::uint32_t width, int channels, double factor,
-                     double weight, float* sums) {
-    const auto add = [](float& sum, double product) {
-        sum = static_cast<float>(static_cast<double>(sum) + product);
-    };
-    double column = 0;
-    for (std::uint32_t i = 0; i < width; ++i, line += channels) {
-        column += 1;
-        if (column >= factor) {
-            column -= factor;
-            for (int c = 0; c < channels; ++c) {
-                add(sums[c], (1 - column) * weight * line[c]);
-                add(sums[c + channels], column * weight * line[c]);
-            }
-            sums += channels;
-        } else {
-            for (int c = 0; c < channels; ++c) add(sums[c], weight * line[c]);
         }
     }
 }
 
 namespace {
+
+// ---- The rules --------------------------------------------------------------
+
+void accumulatePlain(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
+    const auto add = [](float& sum, double product) {
+        sum = static_cast<float>(static_cast<double>(sum) + product);
+    };
+    const int channels = line.channels;
+    const unsigned char* pixel = line.bytes;
+    double column = 0;
+    for (std::uint32_t i = 0; i < cells.width; ++i, pixel += channels) {
+        column += 1;
+        if (column >= cells.factor) {
+            column -= cells.factor;
+            for (int c = 0; c < channels; ++c) {
+                add(sums[c], (1 - column) * line.weight * pixel[c]);
+                add(sums[c + channels], column * line.weight * pixel[c]);
+            }
+            sums += channels;
+        } else {
+            for (int c = 0; c < channels; ++c) add(sums[c], line.weight * pixel[c]);
+        }
+    }
+}
+
+void meansPlain(const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const double mean = sums[i] / rule.area + 0.5;
+        out[i] = mean >= 255 ? 255 : mean > 0 ? static_cast<unsigned char>(mean) : 0;
+    }
+}
+
+// ---- From the table ---------------------------------------------------------
 
 // The sums of the cell at hand.
 template <int kChannels>
@@ -58,67 +82,115 @@ struct Cell {
 };
 
 template <int kChannels, bool kWholeLine>
-void accumulate(const unsigned char* line, std::uint32_t width, const DownsampleCells& cells,
-                double weight, float* sums) {
+void accumulateInOrder(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
     Cell<kChannels> cell;
     cell.load(sums);
     std::size_t i = 0;
     const auto addPixels = [&](std::size_t end) {
         for (; i < end; ++i) {
             if constexpr (kWholeLine)
-                cell.addWhole(line + i * kChannels);
+                cell.addWhole(line.bytes + i * kChannels);
             else
-                cell.add(line + i * kChannels, weight);
+                cell.add(line.bytes + i * kChannels, line.weight);
         }
     };
     for (const CellEnd& end : cells.ends) {
         addPixels(end.pixel);
-        cell.add(line + i * kChannels, (1 - end.rest) * weight);
+        cell.add(line.bytes + i * kChannels, (1 - end.rest) * line.weight);
         cell.store(sums);
         sums += kChannels;
         cell.load(sums);
         // A rest of 0 adds 0, which changes no sum.
-        if (end.rest != 0) cell.add(line + i * kChannels, end.rest * weight);
+        if (end.rest != 0) cell.add(line.bytes + i * kChannels, end.rest * line.weight);
         ++i;
     }
-    addPixels(width);
+    addPixels(cells.width);
     cell.store(sums);
 }
 
+// Bytes times their shares in units of 2^-fractionBits. While the weight is not
+// 0, the sum of a line stays below 2^24, since its product with the weight, an
+// integer of even smaller units, does; else it may wrap and counts for nothing.
 template <int kChannels>
-void accumulateIntegers(const unsigned char* line, std::uint32_t width,
-                        const DownsampleCells& cells, float* sums) {
+void accumulateIntegers(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,
+                        float* sums) {
+    const double units = std::ldexp(1, cells.fractionBits);
+    const auto whole = static_cast<std::uint32_t>(units);
+    const auto weight = static_cast<float>(line.weight / units);
     std::size_t i = 0;
-    const auto addCell = [&](std::size_t end) {
+    std::uint32_t left = 0;  // of the pixel before, in units
+    if (first > 0) {
+        i = cells.ends[first - 1].pixel + std::size_t{1};
+        left = static_cast<std::uint32_t>(cells.ends[first - 1].rest * units);
+    }
+    for (std::size_t k = first; k <= cells.ends.size(); ++k) {
         std::uint32_t sum[kChannels] = {};
-        for (; i < end; ++i)
-            for (int c = 0; c < kChannels; ++c)
-                sum[c] += line[i * kChannels + static_cast<std::size_t>(c)];
-        for (int c = 0; c < kChannels; ++c) sums[c] += static_cast<float>(sum[c]);
-        sums += kChannels;
-    };
-    for (const CellEnd& end : cells.ends) addCell(std::size_t{end.pixel} + 1);
-    addCell(width);
+        const auto add = [&](std::size_t pixel, std::uint32_t share) {
+            for (std::size_t c = 0; c < kChannels; ++c)
+                sum[c] += share * line.bytes[kChannels * pixel + c];
+        };
+        const bool ends = k < cells.ends.size();
+        const std::size_t end = ends ? cells.ends[k].pixel : cells.width;
+        const std::uint32_t before = left;
+        if (before != 0) add(i - 1, before);
+        for (; i < end; ++i) add(i, whole);
+        if (ends) {
+            left = static_cast<std::uint32_t>(cells.ends[k].rest * units);
+            add(i++, whole - left);
+        }
+        for (std::size_t c = 0; c < kChannels; ++c)
+            sums[kChannels * k + c] += static_cast<float>(sum[c]) * weight;
+    }
 }
+
+void accumulateTable(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
+    if (line.exact)
+        accumulateExact(cells, line, 0, sums);
+    else if (line.channels == 4)
+        line.weight == 1 ? accumulateInOrder<4, true>(cells, line, sums)
+                         : accumulateInOrder<4, false>(cells, line, sums);
+    else
+        line.weight == 1 ? accumulateInOrder<1, true>(cells, line, sums)
+                         : accumulateInOrder<1, false>(cells, line, sums);
+}
+
+// ---- Choice -----------------------------------------------------------------
+
+#if defined(__x86_64__)
+constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable, &kDownsampleAvx2};
+std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 3 : 2; }
+#else
+constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable};
+std::size_t usableForms() { return 2; }
+#endif
+
+std::atomic<const DownsampleForm*> gForced{nullptr};
 
 }  // namespace
 
-void accumulateCells(const unsigned char* line, std::uint32_t width, int channels,
-                     const DownsampleCells& cells, double weight, float* sums) {
-    if (channels == 4)
-        weight == 1 ? accumulate<4, true>(line, width, cells, weight, sums)
-                    : accumulate<4, false>(line, width, cells, weight, sums);
+const DownsampleForm kDownsamplePlain = {"plain", accumulatePlain, meansPlain};
+const DownsampleForm kDownsampleTable = {"table", accumulateTable, meansPlain};
+
+void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,
+                     float* sums) {
+    if (line.channels == 4)
+        accumulateIntegers<4>(cells, line, first, sums);
     else
-        weight == 1 ? accumulate<1, true>(line, width, cells, weight, sums)
-                    : accumulate<1, false>(line, width, cells, weight, sums);
+        accumulateIntegers<1>(cells, line, first, sums);
 }
 
-void accumulateWhole(const unsigned char* line, std::uint32_t width, int channels,
-                     const DownsampleCells& cells, float* sums) {
-    if (channels == 4)
-        accumulateIntegers<4>(line, width, cells, sums);
-    else
-        accumulateIntegers<1>(line, width, cells, sums);
+std::span<const DownsampleForm* const> downsampleForms() {
+    return std::span(kForms).first(usableForms());
+}
+
+void forceDownsampleForm(const DownsampleForm* form) {
+    gForced.store(form, std::memory_order_relaxed);
+}
+
+const DownsampleForm& chosenDownsampleForm() {
+    if (const DownsampleForm* form = gForced.load(std::memory_order_relaxed)) return *form;
+    static const DownsampleForm* const best = downsampleForms().back();
+    return *best;
 }
 
 }  // namespace Vaskel

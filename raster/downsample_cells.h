@@ -1,4 +1,4 @@
-// Adding one input line to the sums of the output cells.
+// Adding input lines to the sums of the output cells, and making bytes of them.
 //
 // An image has one set of cells: output cell k covers factor input pixels, so
 // that most pixels lie in one cell and the one on an edge is shared between two.
@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace Vaskel {
@@ -22,33 +23,80 @@ struct CellEnd {
 
 /// The cells of one image; shared between copies.
 struct DownsampleCells {
+    double factor;
+    std::uint32_t width;
     std::vector<CellEnd> ends;
-    bool whole = true;  // no pixel is shared: every rest is 0
 
-    DownsampleCells(double factor, std::uint32_t width);
+    /// All rests are multiples of 2^-fractionBits; -1 if that would take more
+    /// than kMostFractionBits.
+    int fractionBits;
+    static constexpr int kMostFractionBits = 6;
+
+    DownsampleCells(double factorX, std::uint32_t widthPx);
 };
 
-/// A line's share in its output line is weight; channels is 1 or 4, bytes side
-/// by side. sums has channels floats for each cell and one cell more.
+/// How many bits behind the point value needs, up to kMostFractionBits; else -1.
+int fractionBitsOf(double value);
+
+/// One line for the sums.
+struct DownsampleLine {
+    const unsigned char* bytes;  // channels of a pixel side by side
+    int channels;                // 1 or 4
+    double weight;               // the line's share in its output line
+    /// Every sum that can come up, in whatever order, is a number that single
+    /// precision holds exactly; the weight is a multiple of 2^-6.
+    bool exact;
+};
+
+/// How a sum becomes a byte: trunc(sum / area + 0.5), within 0..255.
+struct MeanRule {
+    double area;
+    /// Sums are multiples of a step so coarse that a mean is a half or lies at
+    /// least 2^-11 below or above one, and weights were not negative.
+    bool coarse;
+};
+
+/// A way to do the work. All give the same bits.
 ///
-/// Each sum is updated a pixel at a time, as float(double(sum) + product) with
-/// the product formed in double; images in documents depend on these bits.
-void accumulatePlain(const unsigned char* line, std::uint32_t width, int channels, double factor,
-                     double weight, float* sums);
+/// sums has channels floats for each cell and one cell more. Each sum is updated
+/// a pixel at a time, as float(double(sum) + product) with the product formed in
+/// double; images in documents depend on these bits.
+struct DownsampleForm {
+    const char* name;
+    void (*accumulate)(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
+    void (*means)(const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out);
+};
 
-/// The same, cell by cell from the table: each sum gets the same products in the
-/// same order, and a sum stays in a register for its cell. For a weight of 1 a
-/// whole pixel is added in single precision: rounding a sum of two floats to
-/// double first and then to float gives the same as rounding it once, since
-/// double has more than twice the digits of float, and two more.
-void accumulateCells(const unsigned char* line, std::uint32_t width, int channels,
-                     const DownsampleCells& cells, double weight, float* sums);
+/// The rules themselves; faster forms are held to them.
+extern const DownsampleForm kDownsamplePlain;
 
-/// The same for cells of whole pixels and a weight of 1, as long as sums stay
-/// below 2^24: all are integers that float holds exactly, so that their order
-/// does not matter.
-void accumulateWhole(const unsigned char* line, std::uint32_t width, int channels,
-                     const DownsampleCells& cells, float* sums);
+/// Cell by cell from the table: each sum gets the same products in the same
+/// order, and stays in a register for its cell. For a weight of 1 a whole pixel
+/// is added in single precision: rounding a sum of two floats to double first
+/// and then to float gives the same as rounding it once, since double has more
+/// than twice the digits of float, and two more. Exact lines are added in
+/// integers, since order does not matter to them.
+extern const DownsampleForm kDownsampleTable;
+
+#if defined(__x86_64__)
+/// The table form's steps with the channels of a pixel, or several cells, in one
+/// vector: each lane does the table form's operations on its own sum. Means are
+/// estimated in single precision and divided only where the estimate leaves two
+/// bytes open.
+extern const DownsampleForm kDownsampleAvx2;
+#endif
+
+/// The forms that this CPU can run, the best one last.
+std::span<const DownsampleForm* const> downsampleForms();
+
+/// Makes every downsampler use form; null for the best one again. For tests and
+/// benchmarks.
+void forceDownsampleForm(const DownsampleForm* form);
+const DownsampleForm& chosenDownsampleForm();
+
+/// The table form of exact lines, for the cells from first on.
+void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,
+                     float* sums);
 
 }  // namespace Vaskel
 

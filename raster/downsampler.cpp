@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <vector>
 
 #include "platform/orlune.h"
 #include "raster/downsample_cells.h"
@@ -28,12 +30,50 @@ std::uint32_t asSize(double value) {
     return value >= 4294967295.0 ? 4294967295u : value > 0 ? static_cast<std::uint32_t>(value) : 0;
 }
 
-unsigned char truncatedMean(double sum, double cell) {
-    const double mean = sum / cell + 0.5;
-    return mean >= 255 ? 255 : mean > 0 ? static_cast<unsigned char>(mean) : 0;
-}
+// Single precision holds all integers up to here.
+constexpr double kExactIntegers = 16777216;  // 2^24
 
 }  // namespace
+
+/// The sums of an output line, and what is known of them: assigned samplers
+/// share both.
+struct DownsampleSums {
+    std::vector<float> values;
+    std::size_t used = 0;  // all values behind are 0
+
+    // Lines may be added in any order as long as their weights are multiples of
+    // 1 / steps and the weights added so far do not exceed exactWeight.
+    double steps = 0;
+    double exactWeight = -1;
+    double weight = 0;
+    bool coarse = false;  // MeanRule::coarse
+
+    // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
+    DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorY)
+        : values(count) {
+        const int bits = fractionBitsOf(factorY);
+        if (bits < 0 || cells.fractionBits < 0) return;
+        steps = std::ldexp(1, bits);
+        const double units = std::ldexp(steps, cells.fractionBits);
+        exactWeight = kExactIntegers / (255 * cells.factor * units);
+        // The distance of a mean to a half is a multiple of 1 / (2 units area).
+        coarse = 2 * units * cells.factor * factorY <= 2048;
+    }
+
+    // Whether a line of this weight leaves all sums exact.
+    bool add(double lineWeight) {
+        const bool multiple =
+            lineWeight >= 0 && lineWeight * steps == std::floor(lineWeight * steps);
+        weight += multiple ? lineWeight : std::numeric_limits<double>::infinity();
+        return exact();
+    }
+    bool exact() const { return weight <= exactWeight; }
+    void clear() {
+        std::fill_n(values.begin(), used, 0.0f);
+        used = 0;
+        weight = 0;
+    }
+};
 
 struct DownsamplerInside {
     static bool isEmpty(const downsampler& d) { return d.mWidth == 0 || d.mHeight == 0; }
@@ -43,31 +83,26 @@ struct DownsamplerInside {
         return isEmpty(d) ? 0 : static_cast<std::size_t>(outputSize(d.mWidth, d.mFactorX));
     }
 
-    // One cell more than pixels, and one beyond for the last pixel's rest.
-    static std::size_t sumCount(const downsampler& d) { return 4 * (outputWidth(d) + 2); }
-
     static void allocate(downsampler& d) {
         const std::size_t bytes = 4 * outputWidth(d);
+        // One cell more than pixels for the last pixel's rest, and one beyond.
         d.mLine = std::make_shared<unsigned char[]>(bytes);
         d.mScratch = std::make_shared<unsigned char[]>(bytes);
-        d.mSums = std::make_shared<float[]>(sumCount(d));
+        d.mSums = std::make_shared<DownsampleSums>(4 * (outputWidth(d) + 2), *d.mCells, d.mFactorY);
     }
 
     static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
-        if (weight != 0 && weight != 1) d.mExact = false;
-        const double largest = 255.0 * d.mFactorX * d.mFactorY;
-        if (weight == 1 && d.mExact && d.mCells->whole && largest < 16777216.0)
-            accumulateWhole(line, d.mWidth, channels, *d.mCells, d.mSums.get());
-        else
-            accumulateCells(line, d.mWidth, channels, *d.mCells, weight, d.mSums.get());
+        DownsampleSums& sums = *d.mSums;
+        sums.used = std::max(sums.used, static_cast<std::size_t>(channels) * (outputWidth(d) + 1));
+        const DownsampleLine toAdd{line, channels, weight, sums.add(weight)};
+        chosenDownsampleForm().accumulate(*d.mCells, toAdd, sums.values.data());
     }
 
-    static void finishLine(downsampler& d, int channels) {
-        const std::size_t count = outputWidth(d) * static_cast<std::size_t>(channels);
-        const double cell = d.mFactorX * d.mFactorY;
-        for (std::size_t i = 0; i < count; ++i) d.mLine[i] = truncatedMean(d.mSums[i], cell);
-        std::fill_n(d.mSums.get(), sumCount(d), 0.0f);
-        d.mExact = true;
+    static void makeBytes(downsampler& d, int channels) {
+        const DownsampleSums& sums = *d.mSums;
+        chosenDownsampleForm().means(
+            {d.mFactorX * d.mFactorY, sums.exact() && sums.coarse}, sums.values.data(),
+            outputWidth(d) * static_cast<std::size_t>(channels), d.mLine.get());
     }
 
     // Calls pick(j, i) for each output pixel j with the input pixel i. The last
@@ -116,7 +151,8 @@ struct DownsamplerInside {
         // rest. get takes the completed lines off the row count.
         const double weight = 1 - (d.mRow - d.mFactorY);
         accumulate(d, bytes, channels, weight);
-        finishLine(d, channels);
+        makeBytes(d, channels);
+        d.mSums->clear();
         if (1 - weight != 0) accumulate(d, bytes, channels, 1 - weight);
     }
 
@@ -132,7 +168,7 @@ struct DownsamplerInside {
 
 downsampler::downsampler(double inResolution, double outResolution, unsigned int width,
                          unsigned int height)
-    : mColumn(0), mRow(0), mWidth(width), mHeight(height), mFiltering(true), mExact(true) {
+    : mColumn(0), mRow(0), mWidth(width), mHeight(height), mFiltering(true) {
     double factor = inResolution / outResolution;
     if (!std::isfinite(factor) || factor < 1) factor = 1;
     const bool empty = width == 0 || height == 0;
@@ -159,8 +195,7 @@ downsampler::downsampler(const downsampler& other)
       mHeight(other.mHeight),
       mStepY(other.mStepY),
       mFiltering(other.mFiltering),
-      mCells(other.mCells),
-      mExact(true) {
+      mCells(other.mCells) {
     DownsamplerInside::allocate(*this);
 }
 
@@ -207,17 +242,14 @@ void downsampler::getlastline(unsigned char* line) {
         return;
     }
     const double cell = mFactorX * mFactorY;
-    for (std::size_t i = 0; i < n; ++i) mLine[i] = clamp8(Orlune::iround(mSums[i] / cell));
+    for (std::size_t i = 0; i < n; ++i) mLine[i] = clamp8(Orlune::iround(mSums->values[i] / cell));
     std::memcpy(line, mLine.get(), n);
 }
 
 void downsampler::getlastline(unsigned int* line) {
     const std::size_t bytes = 4 * DownsamplerInside::outputWidth(*this);
     if (bytes == 0) return;
-    if (mFiltering) {
-        const double cell = mFactorX * mFactorY;
-        for (std::size_t i = 0; i < bytes; ++i) mLine[i] = truncatedMean(mSums[i], cell);
-    }
+    if (mFiltering) DownsamplerInside::makeBytes(*this, 4);
     std::memcpy(line, mLine.get(), bytes);
 }
 

@@ -11,7 +11,8 @@
 
 namespace Vaskel {
 
-struct DownsampleCells;  // private
+struct DownsampleCells;  // private, as is
+struct DownsampleSums;
 
 // ---- Tracing ----------------------------------------------------------------
 
@@ -242,14 +243,13 @@ class VASKEL_API downsampler {
     double mRow;
     std::shared_ptr<unsigned char[]> mLine;
     std::shared_ptr<unsigned char[]> mScratch;
-    std::shared_ptr<float[]> mSums;
+    std::shared_ptr<DownsampleSums> mSums;
     std::uint32_t mWidth;
     std::uint32_t mStepX;
     std::uint32_t mHeight;
     std::uint32_t mStepY;
     bool mFiltering;
     std::shared_ptr<const DownsampleCells> mCells;
-    bool mExact;  // the sums are whole numbers that single precision holds
 };
 
 // ---- Enlarging --------------------------------------------------------------

@@ -1,0 +1,105 @@
+// Images of 24 megapixels (6000 by 4000) reduced line by line: averaging beside
+// OpenCV's INTER_AREA, picking beside its INTER_NEAREST, on one thread each.
+// Sizes are factors times 100.
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "raster/downsample_cells.h"
+#include "vaskel/raster.h"
+
+#if VASKEL_BENCH_OPENCV
+#include <opencv2/imgproc.hpp>
+#endif
+
+namespace {
+
+constexpr unsigned kWidth = 6000, kHeight = 4000;
+
+// Enough noise that nothing can be guessed.
+template <class Pixel>
+const std::vector<Pixel>& image() {
+    static const std::vector<Pixel> made = [] {
+        std::vector<Pixel> pixels(std::size_t{kWidth} * kHeight);
+        std::mt19937 random(24);
+        for (Pixel& pixel : pixels) pixel = static_cast<Pixel>(random());
+        return pixels;
+    }();
+    return made;
+}
+
+double factorOf(const benchmark::State& state) { return static_cast<double>(state.range(0)) / 100; }
+
+template <class Pixel>
+void ours(benchmark::State& state, const Vaskel::DownsampleForm* form, bool filtering) {
+    Vaskel::forceDownsampleForm(form);
+    const std::vector<Pixel>& pixels = image<Pixel>();
+    Vaskel::downsampler settings(factorOf(state), 1, kWidth, kHeight);
+    settings.setFiltering(filtering);
+    const std::size_t n = settings.resize(kWidth);
+    std::vector<Pixel> out(n * (settings.resizeY(kHeight) + 1));
+    for (auto _ : state) {
+        Vaskel::downsampler sampler(settings);
+        Pixel* to = out.data();
+        for (unsigned y = 0; y < kHeight; ++y) {
+            sampler.stuff(&pixels[std::size_t{kWidth} * y]);
+            for (; sampler.ready(); to += n) sampler.get(to);
+        }
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
+    Vaskel::forceDownsampleForm(nullptr);
+    state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+
+#if VASKEL_BENCH_OPENCV
+template <class Pixel>
+void openCv(benchmark::State& state, int interpolation) {
+    cv::setNumThreads(1);
+    const int type = sizeof(Pixel) == 4 ? CV_8UC4 : CV_8UC1;
+    const cv::Mat in(kHeight, kWidth, type, const_cast<Pixel*>(image<Pixel>().data()));
+    const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
+    const cv::Size size(static_cast<int>(sizes.resize(kWidth)),
+                        static_cast<int>(sizes.resizeY(kHeight)));
+    cv::Mat out;
+    for (auto _ : state) {
+        cv::resize(in, out, size, 0, 0, interpolation);
+        benchmark::DoNotOptimize(out.data);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+#endif
+
+template <class Pixel>
+void registerWork(const std::string& work, bool filtering, std::initializer_list<int> factors) {
+    const auto sized = [&](auto* bench) {
+        for (int factor : factors) bench->Arg(factor);
+        bench->Unit(benchmark::kMillisecond);
+    };
+    const auto form = [&](const char* who, const Vaskel::DownsampleForm* chosen) {
+        sized(benchmark::RegisterBenchmark((work + who).c_str(), ours<Pixel>, chosen, filtering));
+    };
+    form("/vaskel", nullptr);
+    if (filtering) {
+        form("/vaskel_table", &Vaskel::kDownsampleTable);
+        form("/vaskel_plain", &Vaskel::kDownsamplePlain);
+    }
+#if VASKEL_BENCH_OPENCV
+    sized(benchmark::RegisterBenchmark((work + "/opencv").c_str(), openCv<Pixel>,
+                                       filtering ? cv::INTER_AREA : cv::INTER_NEAREST));
+#endif
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    registerWork<unsigned int>("average_4", true, {200, 250, 400, 417});
+    registerWork<unsigned char>("average_1", true, {250, 400, 417});
+    registerWork<unsigned int>("pick_4", false, {250, 417});
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

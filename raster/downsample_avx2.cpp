@@ -1,0 +1,149 @@
+// The wide form. Conversions between double and single precision round as the
+// scalar ones do, so that lanes and scalars agree.
+
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+
+#include "raster/downsample_cells.h"
+
+#define VASKEL_AVX2 __attribute__((target("avx2")))
+#define VASKEL_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
+
+namespace Vaskel {
+namespace {
+
+// ---- Pixels in order --------------------------------------------------------
+
+VASKEL_AVX2_INLINE __m128i channels(const unsigned char* pixel) {
+    std::uint32_t four;
+    std::memcpy(&four, pixel, 4);
+    return _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(four)));
+}
+
+VASKEL_AVX2_INLINE __m128 addProduct(__m128 sum, __m256d weight, __m256d pixel) {
+    return _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(sum), _mm256_mul_pd(weight, pixel)));
+}
+
+// kWhole: the line's weight is 1.
+template <bool kWhole>
+VASKEL_AVX2 void addPixelsInOrder(const DownsampleCells& cells, const DownsampleLine& line,
+                                  float* sums) {
+    const CellEnd* const ends = cells.ends.data();
+    const std::size_t count = cells.ends.size();
+    const __m256d weight = _mm256_set1_pd(line.weight);
+    const unsigned char* pixel = line.bytes;
+    __m256d shared = _mm256_setzero_pd();        // the pixel that ended the cell before,
+    __m256d sharedWeight = _mm256_setzero_pd();  // and what is left of it
+    for (std::size_t k = 0; k <= count; ++k) {
+        __m128 sum = _mm_loadu_ps(sums + 4 * k);
+        sum = addProduct(sum, sharedWeight, shared);  // adding 0 changes no sum
+        const unsigned char* const end =
+            line.bytes + std::size_t{4} * (k < count ? ends[k].pixel : cells.width);
+        for (; pixel != end; pixel += 4) {
+            if constexpr (kWhole)
+                sum = _mm_add_ps(sum, _mm_cvtepi32_ps(channels(pixel)));
+            else
+                sum = addProduct(sum, weight, _mm256_cvtepi32_pd(channels(pixel)));
+        }
+        if (k < count) {
+            shared = _mm256_cvtepi32_pd(channels(pixel));
+            const __m256d rest = _mm256_set1_pd(ends[k].rest);
+            const __m256d own = _mm256_mul_pd(_mm256_sub_pd(_mm256_set1_pd(1), rest), weight);
+            sharedWeight = _mm256_mul_pd(rest, weight);
+            sum = addProduct(sum, own, shared);
+            pixel += 4;
+        }
+        _mm_storeu_ps(sums + 4 * k, sum);
+    }
+}
+
+void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
+    if (line.exact)
+        accumulateExact(cells, line, 0, sums);
+    else if (line.channels == 4)
+        line.weight == 1 ? addPixelsInOrder<true>(cells, line, sums)
+                         : addPixelsInOrder<false>(cells, line, sums);
+    else
+        kDownsampleTable.accumulate(cells, line, sums);
+}
+
+// ---- Means ------------------------------------------------------------------
+
+// The mean plus a half, in single precision: at most 2^-14 off where it lies
+// within 0 .. 260. The reciprocal and the product err by 2^-24 of the value
+// each, the sum by 2^-17.
+VASKEL_AVX2_INLINE __m256 roughly(const float* sums, __m256 reciprocal, __m256 half) {
+    const __m256 mean = _mm256_mul_ps(_mm256_loadu_ps(sums), reciprocal);
+    // Beyond the bytes the conversion must not overflow.
+    const __m256 inRange =
+        _mm256_max_ps(_mm256_min_ps(mean, _mm256_set1_ps(257)), _mm256_set1_ps(-1));
+    return _mm256_add_ps(inRange, half);
+}
+
+VASKEL_AVX2_INLINE void storeBytes(__m256i a, __m256i b, __m256i c, __m256i d, unsigned char* out) {
+    const __m256i bytes = _mm256_packus_epi16(_mm256_packs_epi32(a, b), _mm256_packs_epi32(c, d));
+    const __m256i inOrder =
+        _mm256_permutevar8x32_epi32(bytes, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), inOrder);
+}
+
+// Halves are told from what lies below them by 2^-11 at least: 2^-12 more lifts
+// a half over the edge whatever the error, and nothing else.
+VASKEL_AVX2 std::size_t coarseMeans(float reciprocalOfArea, const float* sums, std::size_t count,
+                                    unsigned char* out) {
+    const __m256 reciprocal = _mm256_set1_ps(reciprocalOfArea);
+    const __m256 half = _mm256_set1_ps(0.5f + 1.0f / 4096);
+    std::size_t k = 0;
+    for (; k + 32 <= count; k += 32) {
+        __m256i bytes[4];
+        for (std::size_t i = 0; i < 4; ++i)
+            bytes[i] = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, half));
+        storeBytes(bytes[0], bytes[1], bytes[2], bytes[3], out + k);
+    }
+    return k;
+}
+
+// Where 2^-13 less and 2^-13 more give the same byte, so does the exact mean.
+// The others are divided.
+VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
+                                 unsigned char* out) {
+    const __m256 reciprocal = _mm256_set1_ps(static_cast<float>(1 / rule.area));
+    const __m256 lower = _mm256_set1_ps(0.5f - 1.0f / 8192);
+    const __m256 upper = _mm256_set1_ps(0.5f + 1.0f / 8192);
+    std::size_t k = 0;
+    for (; k + 32 <= count; k += 32) {
+        __m256i low[4];
+        __m256i differ = _mm256_setzero_si256();
+        for (std::size_t i = 0; i < 4; ++i) {
+            low[i] = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, lower));
+            const __m256i high = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, upper));
+            differ = _mm256_or_si256(differ, _mm256_xor_si256(low[i], high));
+        }
+        if (_mm256_testz_si256(differ, differ))
+            storeBytes(low[0], low[1], low[2], low[3], out + k);
+        else
+            kDownsamplePlain.means(rule, sums + k, 32, out + k);
+    }
+    return k;
+}
+
+VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t count,
+                       unsigned char* out) {
+    const std::size_t done = rule.coarse
+                                 ? coarseMeans(static_cast<float>(1 / rule.area), sums, count, out)
+                                 : anyMeans(rule, sums, count, out);
+    kDownsamplePlain.means(rule, sums + done, count - done, out + done);
+}
+
+}  // namespace
+
+const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means};
+
+}  // namespace Vaskel
+
+#endif
