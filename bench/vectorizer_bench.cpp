@@ -24,10 +24,10 @@
 #include "vaskel/geometry.h"
 #include "vaskel/raster.h"
 
-#ifdef VASKEL_BENCH_POTRACE
+#if VASKEL_BENCH_POTRACE
 #include <potracelib.h>
 #endif
-#ifdef VASKEL_BENCH_OPENCV
+#if VASKEL_BENCH_OPENCV
 #include <opencv2/imgproc.hpp>
 #endif
 
@@ -182,7 +182,7 @@ BENCHMARK(ours_filter)->Apply(sizes);
 BENCHMARK(ours_filter_from_bits)->Apply(a4);
 BENCHMARK(ours_filter2)->Apply(a4);
 
-#ifdef VASKEL_BENCH_POTRACE
+#if VASKEL_BENCH_POTRACE
 // polygons: no curves (alphamax 0) and no joining of curves.
 void potrace(benchmark::State& state, bool polygons) {
     const Input& from = input(static_cast<int>(state.range(0)));
@@ -216,7 +216,7 @@ BENCHMARK(peer_potrace_polygons)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMilli
 BENCHMARK(peer_potrace)->Apply(a4);
 #endif
 
-#ifdef VASKEL_BENCH_OPENCV
+#if VASKEL_BENCH_OPENCV
 void peer_opencv_contours(benchmark::State& state) {
     const Input& from = input(static_cast<int>(state.range(0)));
     cv::setNumThreads(1);
