@@ -10,6 +10,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
+#include <map>
+#include <memory>
 #include <vector>
 
 #include "bench/support/page.h"
@@ -42,6 +44,12 @@ class Outlines : public Vaskel::Vectorizer {
         const Page page = makePage(4960 * scale / 4, 7016 * scale / 4);
         mRuns = runsOf(page);
         vectorize(page.height, false);
+        // In order in memory, as the peers' copies are.
+        for (Pemmit::Path*& path : paths) {
+            Pemmit::Path* const copy = Pemmit::patdup(path);
+            Pemmit::objrem(path);
+            path = copy;
+        }
     }
     ~Outlines() override {
         for (Pemmit::Path* const path : paths) Pemmit::objrem(path);
@@ -65,8 +73,10 @@ class Outlines : public Vaskel::Vectorizer {
 };
 
 const Outlines& outlines(benchmark::State& state) {
-    static const Outlines small(1), half(2), a4(4);
-    return state.range(0) == 1 ? small : state.range(0) == 2 ? half : a4;
+    static std::map<std::int64_t, std::unique_ptr<Outlines>> all;
+    std::unique_ptr<Outlines>& entry = all[state.range(0)];
+    if (!entry) entry = std::make_unique<Outlines>(static_cast<int>(state.range(0)));
+    return *entry;
 }
 
 // Calls take(x, y) for each point of a walk.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "geometry/clean_filter.h"
+#include "geometry/clean_points.h"
 #include "geometry/clean_simplify.h"
 #include "platform/pemmit.h"
 #include "util/clean_owned.h"
@@ -18,20 +19,30 @@ namespace {
 
 constinit CleanState gState;
 
-// Feeds the walked points themselves and returns the last one. The path has a
-// point.
-Sample passOn(const Pemmit::Path* path, SimplifyFast& out) {
-    constexpr std::size_t kPoints = 256;
-    std::int32_t x[kPoints], y[kPoints];
-    Pemmit::scan walk(path, 0, -1);
+int enoughChanges(const Pemmit::Path* path) {
+    return (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : 4;
+}
+
+// The same as isTooShort(path), which only walks of hundreds of equal points
+// come to.
+bool startsTooShort(const Pemmit::Path* path, const WalkedPoints& first) {
+    const int enough = enoughChanges(path);
+    int changes = first.count() > 0 ? 1 : 0;
+    for (std::size_t i = 1; i < first.count() && changes < enough; ++i)
+        changes += first.x()[i] != first.x()[i - 1] || first.y()[i] != first.y()[i - 1];
+    if (changes >= enough) return false;
+    return !first.isFull() || isTooShort(path);
+}
+
+// Feeds the walked points themselves and returns the last one. There is one.
+Sample passOn(WalkedPoints& points, SimplifyFast& out) {
     Sample last = {};
-    std::size_t count;
-    do {
-        count = 0;
-        while (count < kPoints && walk.scanex(&x[count], &y[count]) >= 0) ++count;
-        out.add(x, y, count);
-        if (count > 0) last = {x[count - 1], y[count - 1]};
-    } while (count == kPoints);
+    while (points.count() > 0) {
+        out.add(points.x(), points.y(), points.count());
+        last = {points.x()[points.count() - 1], points.y()[points.count() - 1]};
+        if (!points.isFull()) break;
+        points.refill();
+    }
     return last;
 }
 
@@ -46,7 +57,7 @@ bool refusesBox(const Pemmit::Box& box, int size) {
 }
 
 bool isTooShort(const Pemmit::Path* path) {
-    const int enough = (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : 4;
+    const int enough = enoughChanges(path);
     Pemmit::scan walk(path, 0, -1);
     int changes = 0;
     int lastX = 0, lastY = 0;
@@ -76,7 +87,8 @@ void cleanpar(int n, int tolerance, int step) {
 
 Pemmit::Path* clean(const Pemmit::Path* path, int size) {
     if (!path || refusesBox(path->box, size)) return nullptr;
-    if (isTooShort(path)) return Pemmit::patdup(path);
+    WalkedPoints points(path);
+    if (startsTooShort(path, points)) return Pemmit::patdup(path);
 
     const bool open = (path->flags & Pemmit::kFlagOpen) != 0;
     OwnedPath result(Pemmit::patbeg());
@@ -84,11 +96,11 @@ Pemmit::Path* clean(const Pemmit::Path* path, int size) {
     SimplifyFast out(result.get(), gState.tolerance);
     Sample last = {};
     if (gState.order < 1)
-        last = passOn(path, out);
+        last = passOn(points, out);
     else if (open)
-        last = filterOpen(path, gState, out);
+        last = filterOpen(points, gState, out);
     else
-        filterClosed(path, gState, out);
+        filterClosed(points, gState, out);
     if (open)
         Pemmit::patend(result.get(), last.x, last.y);
     else

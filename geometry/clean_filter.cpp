@@ -151,7 +151,7 @@ CleanBuffers makeBuffers(int order, const CleanKernel& kernel) {
     return buffers;
 }
 
-void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out) {
+void filterClosed(WalkedPoints& points, CleanState& state, SimplifyFast& out) {
     const std::int64_t n = state.order;
     const std::int64_t half = cleanHalfLength(state.order);
     const auto reach = static_cast<std::int64_t>(state.kernel.reach);
@@ -162,7 +162,7 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
     firstX.clear();
     firstY.clear();
 
-    Samples source(path, state.step);
+    Samples source(points, state.step);
     Row row(state, 0);
     std::int64_t centre = half;
     Sample newest = {};
@@ -203,9 +203,9 @@ void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out
     }
 }
 
-Sample filterOpen(const Pemmit::Path* path, CleanState& state, SimplifyFast& out) {
+Sample filterOpen(WalkedPoints& points, CleanState& state, SimplifyFast& out) {
     const auto reach = static_cast<std::int64_t>(state.kernel.reach);
-    Samples source(path, state.step);
+    Samples source(points, state.step);
     Row row(state, -reach);
     row.extendTo(0);
     bool more = row.fill(source);

@@ -4,6 +4,7 @@
 #define GEOMETRY_CLEAN_FILTER_H
 
 #include "geometry/clean.h"
+#include "geometry/clean_points.h"
 #include "geometry/clean_simplify.h"
 
 namespace Vaskel {
@@ -14,13 +15,13 @@ CleanBuffers makeBuffers(int order, const CleanKernel& kernel);
 
 /// Filters a closed outline: around sample L, L + n, ... for N samples
 /// floor(N / n) + 1 points, the samples going on periodically at both ends.
-void filterClosed(const Pemmit::Path* path, CleanState& state, SimplifyFast& out);
+void filterClosed(WalkedPoints& points, CleanState& state, SimplifyFast& out);
 
 /// Filters an open outline around samples 0, n, 2n, ... before the last one,
 /// and then around the last one, which it returns. Beyond its ends the outline
 /// goes on as its point reflection about the first and the last sample, so that
-/// both come out unfiltered. The outline has a point.
-Sample filterOpen(const Pemmit::Path* path, CleanState& state, SimplifyFast& out);
+/// both come out unfiltered. There is a point.
+Sample filterOpen(WalkedPoints& points, CleanState& state, SimplifyFast& out);
 
 }  // namespace Vaskel
 

@@ -62,26 +62,33 @@ void Samples::Axis::write(std::int32_t* out, std::size_t count, std::int64_t m) 
 }
 
 bool Samples::nextSegment() {
-    int x, y;
-    while (mWalk.scanex(&x, &y) >= 0) {
+    for (;; ++mAt) {
+        if (mAt == mPoints.count()) {
+            if (!mPoints.isFull()) return false;
+            mPoints.refill();
+            mAt = 0;
+            if (mPoints.count() == 0) return false;
+        }
+        const std::int32_t x = mPoints.x()[mAt];
+        const std::int32_t y = mPoints.y()[mAt];
+        std::int64_t m = 1;
         if (!mBegun) {
             mBegun = true;
-            mX.at = x;
+            mX.at = x;  // from where both go on by 0
             mY.at = y;
-            mCount = mLeft = 1;  // both go on by 0
-            return true;
+        } else {
+            const std::int64_t dx = x - mX.at;
+            const std::int64_t dy = y - mY.at;
+            const std::int64_t root = distanceRoot(dx, dy);
+            if (root < mStep) continue;  // the next point is seen from the last sample too
+            m = mStep == 1 ? root : quotient(root, mStep);
+            mX.begin(dx, m);
+            mY.begin(dy, m);
         }
-        const std::int64_t dx = x - mX.at;
-        const std::int64_t dy = y - mY.at;
-        const std::int64_t root = distanceRoot(dx, dy);
-        if (root < mStep) continue;  // the next point is seen from the last sample too
-        const std::int64_t m = mStep == 1 ? root : quotient(root, mStep);
-        mX.begin(dx, m);
-        mY.begin(dy, m);
+        ++mAt;
         mCount = mLeft = m;
         return true;
     }
-    return false;
 }
 
 std::size_t Samples::take(std::int32_t* x, std::int32_t* y, std::size_t room) {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/pemmit.h"
+#include "geometry/clean_points.h"
 
 namespace Vaskel {
 
@@ -14,14 +14,14 @@ namespace Vaskel {
 /// without the call.
 std::int64_t distanceRoot(std::int64_t dx, std::int64_t dy);
 
-/// Walks one outline and delivers its samples: the first point, and then for
+/// Turns the points of one walk into samples: the first point, and then for
 /// every point that lies at least a step from the last sample as many as whole
 /// steps fit in, evenly spaced, the last of them the point itself.
 ///
-/// Steps below 1 count as 1. Allocates what Pemmit::scan does.
+/// Steps below 1 count as 1. Takes all points from the current batch on.
 class Samples {
  public:
-    Samples(const Pemmit::Path* path, int step) : mWalk(path, 0, -1), mStep(step < 1 ? 1 : step) {}
+    Samples(WalkedPoints& points, int step) : mPoints(points), mStep(step < 1 ? 1 : step) {}
 
     /// Stores the next samples, at most room of them, and returns how many:
     /// fewer than room only when there are no more.
@@ -44,7 +44,8 @@ class Samples {
 
     bool nextSegment();
 
-    Pemmit::scan mWalk;
+    WalkedPoints& mPoints;
+    std::size_t mAt = 0;  // the next point of its batch
     Axis mX, mY;
     std::int64_t mStep;
     std::int64_t mCount = 0;  // samples of the current segment

@@ -1,34 +1,24 @@
 #include "geometry/clean_simplify.h"
 
 #include <algorithm>
-#include <climits>
-#include <cmath>
 
 #include "platform/orlune.h"
 
 namespace Vaskel {
 namespace {
 
-// toleranceTimesLength without the call where that is exact: below 2^52 an
-// integer is exact as a double, and truncating its rounded root is its whole
-// root (see distanceRoot).
-inline std::int64_t bound(std::int64_t tolerance, const Step& d) {
-    constexpr std::int64_t kSmall = 1024;  // 2^20 * 2^31 < 2^52
-    if (tolerance > -kSmall && tolerance < kSmall) {
-        const std::int64_t product = tolerance * tolerance * (d.x * d.x + d.y * d.y);
-        return static_cast<std::int64_t>(std::sqrt(static_cast<double>(product)));
-    }
-    return toleranceTimesLength(tolerance, d);
-}
-
 constexpr std::int64_t magnitude(std::int64_t value) { return value < 0 ? -value : value; }
 
 #ifdef __SSE2__
-// Whether any of the products of four steps with (across.low, across.high) is
-// above bound or below -bound, as a mask.
-inline __m128i beyond(__m128i steps, __m128i across, __m128i upper, __m128i lower) {
+// The sign bits of the 64-bit halves tell whether one of the squared products
+// of four steps with across is above limit. Squares are at most 2^62.
+inline __m128i beyond(__m128i steps, __m128i across, __m128i limit) {
     const __m128i product = _mm_madd_epi16(steps, across);
-    return _mm_or_si128(_mm_cmpgt_epi32(product, upper), _mm_cmpgt_epi32(lower, product));
+    const __m128i sign = _mm_srai_epi32(product, 31);
+    const __m128i size = _mm_sub_epi32(_mm_xor_si128(product, sign), sign);
+    const __m128i odd = _mm_srli_epi64(size, 32);
+    return _mm_or_si128(_mm_sub_epi64(limit, _mm_mul_epu32(size, size)),
+                        _mm_sub_epi64(limit, _mm_mul_epu32(odd, odd)));
 }
 #endif
 
@@ -37,6 +27,58 @@ inline __m128i beyond(__m128i steps, __m128i across, __m128i upper, __m128i lowe
 std::int64_t toleranceTimesLength(std::int64_t tolerance, const Step& d) {
     return Orlune::mulsqrt(tolerance * tolerance, d.x * d.x + d.y * d.y);
 }
+
+#ifdef __SSE2__
+
+inline void PackedSteps::restart(const Step& s) {
+    mNewest = _mm_cvtsi32_si128(static_cast<int>(pack(s)));
+}
+
+inline void PackedSteps::push(int count, const Step& s) {
+    const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(s)));
+    if (count % 4 == 0) {
+        mBlock[count / 4 - 1] = mNewest;
+        mNewest = one;
+    } else {
+        mNewest = _mm_or_si128(_mm_slli_si128(mNewest, 4), one);
+    }
+}
+
+inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit) const {
+    const __m128i across = _mm_set1_epi32(static_cast<int>(pack({d.y, -d.x})));
+    const __m128i most = _mm_set1_epi64x(limit);
+    __m128i any = beyond(mNewest, across, most);
+    for (int i = 0; i < (count - 1) / 4; ++i)
+        any = _mm_or_si128(any, beyond(mBlock[i], across, most));
+    return _mm_movemask_pd(_mm_castsi128_pd(any)) == 0;
+}
+
+Step PackedSteps::at(int count, int i) const {
+    std::uint32_t lanes[4];
+    const bool newest = i / 4 == (count - 1) / 4;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), newest ? mNewest : mBlock[i / 4]);
+    const std::uint32_t packed = lanes[(newest ? (count - 1) % 4 : 3) - i % 4];
+    return {static_cast<std::int16_t>(packed), static_cast<std::int16_t>(packed >> 16)};
+}
+
+#else
+
+inline void PackedSteps::restart(const Step& s) { mPacked[0] = pack(s); }
+inline void PackedSteps::push(int count, const Step& s) { mPacked[count] = pack(s); }
+
+inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit) const {
+    for (int i = 0; i < count; ++i) {
+        const std::int64_t product = cross(at(count, i), d);
+        if (product * product > limit) return false;
+    }
+    return true;
+}
+
+Step PackedSteps::at(int, int i) const {
+    return {static_cast<std::int16_t>(mPacked[i]), static_cast<std::int16_t>(mPacked[i] >> 16)};
+}
+
+#endif
 
 void SimplifyPlain::add(int x, int y) {
     const Step point = {x, y};
@@ -65,73 +107,63 @@ void SimplifyPlain::emit(const Step& point) {
     mLast = point;
 }
 
-inline void SimplifyFast::restart(const Step& d) {
-    mFirst = d;
-    mFirstIsShort = isShort(d);
-    mCount = 1;
-    const std::uint32_t first = mFirstIsShort ? pack(d) : 0;
-#ifdef __SSE2__
-    mBlock[0] = _mm_cvtsi32_si128(static_cast<int>(first));
-#else
-    mPacked[0] = first;
-#endif
+SimplifyFast::SimplifyFast(Pemmit::Path* result, int tolerance)
+    : mResult(result), mTolerance(tolerance) {
+    const std::int64_t cut = std::min(magnitude(mTolerance), PackedSteps::kWideTolerance);
+    mSquare = cut * cut;
 }
 
-inline void SimplifyFast::push(const Step& d) {
-#ifdef __SSE2__
-    // Whole blocks are stored, never a part of one: a wide load right behind a
-    // narrow store would have to wait for it.
-    const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(d)));
-    __m128i& block = mBlock[mCount / 4];
-    block = mCount % 4 == 0 ? one : _mm_or_si128(_mm_slli_si128(block, 4), one);
-#else
-    mPacked[mCount] = pack(d);
-#endif
-    ++mCount;
-}
-
-inline bool SimplifyFast::absorbs(const Step& d) const {
-    const std::int64_t most = bound(mTolerance, d);
-#ifdef __SSE2__
-    if (mFirstIsShort && d.x != -32768) [[likely]] {
-        const int clamped = static_cast<int>(std::min<std::int64_t>(most, INT_MAX));
-        const __m128i across = _mm_set1_epi32(static_cast<int>(pack({d.y, -d.x})));
-        const __m128i upper = _mm_set1_epi32(clamped);
-        const __m128i lower = _mm_set1_epi32(-clamped);
-        __m128i any = beyond(mBlock[0], across, upper, lower);
-        for (int i = 1; 4 * i < mCount; ++i)
-            any = _mm_or_si128(any, beyond(mBlock[i], across, upper, lower));
-        return _mm_movemask_epi8(any) == 0;
-    }
-#endif
-    return absorbsOneByOne(d, most);
-}
-
+// What changes with each point is kept in registers.
 void SimplifyFast::add(const std::int32_t* x, const std::int32_t* y, std::size_t count) {
     if (mTolerance == 0) {
         addUnsimplified(x, y, count);
         return;
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        const Step d = {std::int64_t{x[i]} - mLastX, std::int64_t{y[i]} - mLastY};
-        if (mCount < kMostPending && mCount > 0 && isShort(d) && absorbs(d)) {
-            push(d);
-        } else if (mCount > 0) {
-            mLastX = mPointX;
-            mLastY = mPointY;
-            Pemmit::patlin(mResult, mLastX, mLastY);
-            restart({std::int64_t{x[i]} - mLastX, std::int64_t{y[i]} - mLastY});
-        } else if (mBegun) {
-            restart(d);
-        } else {
-            mBegun = true;
-            mLastX = x[i];
-            mLastY = y[i];
-            Pemmit::patlin(mResult, mLastX, mLastY);
-        }
-        mPointX = x[i];
-        mPointY = y[i];
+    if (count == 0) return;
+    std::size_t i = 0;
+    if (!mBegun) {
+        mBegun = true;
+        mLastX = x[0];
+        mLastY = y[0];
+        Pemmit::patlin(mResult, mLastX, mLastY);
+        i = 1;
     }
+    std::int64_t lastX = mLastX, lastY = mLastY;
+    int pointX = mPointX, pointY = mPointY;
+    int pending = mCount;
+    bool firstIsShort = isShort(mFirst);
+    PackedSteps steps = mSteps;
+    for (; i < count; ++i) {
+        Step d = {x[i] - lastX, y[i] - lastY};
+        bool dIsShort = isShort(d);
+        if (dIsShort && static_cast<unsigned>(pending - 1) < kMostPending - 1 &&
+            (firstIsShort && d.x != -32768
+                 ? steps.areWithin(pending, d, mSquare * (d.x * d.x + d.y * d.y))
+                 : absorbsOneByOne(steps, d, pending))) {
+            steps.push(pending, d);
+            ++pending;
+        } else {
+            if (pending > 0) {
+                lastX = pointX;
+                lastY = pointY;
+                Pemmit::patlin(mResult, pointX, pointY);
+                d = {x[i] - lastX, y[i] - lastY};
+                dIsShort = isShort(d);
+            }
+            mFirst = d;
+            firstIsShort = dIsShort;
+            steps.restart(dIsShort ? d : Step{0, 0});
+            pending = 1;
+        }
+        pointX = x[i];
+        pointY = y[i];
+    }
+    mLastX = static_cast<int>(lastX);
+    mLastY = static_cast<int>(lastY);
+    mPointX = pointX;
+    mPointY = pointY;
+    mCount = pending;
+    mSteps = steps;
 }
 
 // Each point emits the one before it, but the first, which was emitted by
@@ -152,21 +184,11 @@ void SimplifyFast::addUnsimplified(const std::int32_t* x, const std::int32_t* y,
     mPointY = y[i];
 }
 
-bool SimplifyFast::absorbsOneByOne(const Step& d, std::int64_t most) const {
+bool SimplifyFast::absorbsOneByOne(const PackedSteps& steps, const Step& d, int pending) const {
+    const std::int64_t most = toleranceTimesLength(mTolerance, d);
     if (magnitude(cross(mFirst, d)) > most) return false;
-    const int places = (mCount + 3) / 4 * 4;
-    for (int i = 0; i < places; ++i) {
-#ifdef __SSE2__
-        std::uint32_t lanes[4];
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), mBlock[i / 4]);
-        const std::uint32_t packed = lanes[i % 4];
-#else
-        if (i == mCount) break;
-        const std::uint32_t packed = mPacked[i];
-#endif
-        const Step s = {static_cast<std::int16_t>(packed), static_cast<std::int16_t>(packed >> 16)};
-        if (magnitude(cross(s, d)) > most) return false;
-    }
+    for (int i = 0; i < pending; ++i)
+        if (magnitude(cross(steps.at(pending, i), d)) > most) return false;
     return true;
 }
 

@@ -36,6 +36,35 @@ constexpr std::int64_t cross(const Step& s, const Step& d) { return s.x * d.y - 
 /// length of d.
 std::int64_t toleranceTimesLength(std::int64_t tolerance, const Step& d);
 
+/// Short steps, packed. Where a processor can, four at a time: whole blocks are
+/// stored, never a part of one, since a wide load right behind a narrow store
+/// would have to wait for it.
+class PackedSteps {
+ public:
+    static constexpr std::int64_t kWideTolerance = 46341;
+
+    /// A list of one step.
+    void restart(const Step& s);
+    /// Appends a step to count others.
+    void push(int count, const Step& s);
+    /// Whether the squared cross product of each of count steps with a short d
+    /// is at most limit, which is not negative. d.x is not -32768.
+    bool areWithin(int count, const Step& d, std::int64_t limit) const;
+    Step at(int count, int i) const;
+
+ private:
+    static std::uint32_t pack(const Step& s) {
+        return (static_cast<std::uint32_t>(s.x) & 0xFFFF) | static_cast<std::uint32_t>(s.y) << 16;
+    }
+
+#ifdef __SSE2__
+    __m128i mNewest = {};                    // the last one to four steps, the last one lowest
+    __m128i mBlock[(kMostPending - 1) / 4];  // those before
+#else
+    std::uint32_t mPacked[kMostPending];
+#endif
+};
+
 /// The rule itself; the faster form is held to it.
 ///
 /// P is the last emitted point, and the pending steps lead from it to the
@@ -61,18 +90,20 @@ class SimplifyPlain {
     Step mPending[kMostPending];
 };
 
-/// The same with four steps to an instruction.
+/// The same with four steps to an instruction, and without a root.
 ///
-/// Pending steps after the first are short (only short ones are absorbed), so
-/// that they fit in pairs of 16 bits, and their cross products, below 2^31 in
-/// magnitude, come out of one multiply-add of such pairs: s.x d.y + s.y (-d.x).
-/// The first step, which may be long, is kept apart, and so is the one short
-/// vector whose negative has 17 bits (d.x = -32768): both go the plain way. A
-/// bound beyond 2^31 - 1 is met by every such product, and so is one of exactly
-/// that. Empty places hold zero steps, whose products are 0.
+/// For whole numbers |c| <= floor(root of X) is c^2 <= X, so that squared cross
+/// products are compared with tolerance^2 |d|^2. Pending steps after the first
+/// are short (only short ones are absorbed), and so fit in pairs of 16 bits:
+/// their cross products, below 2^31 in magnitude, come out of one multiply-add
+/// of such pairs, s.x d.y + s.y (-d.x). A tolerance of kWideTolerance or more,
+/// the root of 2^31, is met by every short step, since |c| <= |s| |d|; cut off
+/// there, X stays below 2^63. The first step, which may be long, is kept apart,
+/// and so is the one short vector whose negative has 17 bits (d.x = -32768):
+/// both go the plain way. Empty places hold zero steps, whose products are 0.
 class SimplifyFast {
  public:
-    SimplifyFast(Pemmit::Path* result, int tolerance) : mResult(result), mTolerance(tolerance) {}
+    SimplifyFast(Pemmit::Path* result, int tolerance);
 
     /// Adds count points, one after the other.
     void add(const std::int32_t* x, const std::int32_t* y, std::size_t count);
@@ -80,28 +111,17 @@ class SimplifyFast {
 
  private:
     void addUnsimplified(const std::int32_t* x, const std::int32_t* y, std::size_t count);
-    bool absorbs(const Step& d) const;
-    bool absorbsOneByOne(const Step& d, std::int64_t bound) const;
-    void restart(const Step& d);
-    void push(const Step& d);
-
-    static std::uint32_t pack(const Step& d) {
-        return (static_cast<std::uint32_t>(d.x) & 0xFFFF) | static_cast<std::uint32_t>(d.y) << 16;
-    }
+    bool absorbsOneByOne(const PackedSteps& steps, const Step& d, int pending) const;
 
     Pemmit::Path* mResult;
     std::int64_t mTolerance;
+    std::int64_t mSquare;          // of the tolerance, cut off
     int mLastX = 0, mLastY = 0;    // P
     int mPointX = 0, mPointY = 0;  // the newest point: P plus the last pending step
     bool mBegun = false;
-    bool mFirstIsShort = false;
     int mCount = 0;  // pending steps
     Step mFirst = {};
-#ifdef __SSE2__
-    __m128i mBlock[(kMostPending + 3) / 4];  // newest step of a block lowest
-#else
-    std::uint32_t mPacked[kMostPending];
-#endif
+    PackedSteps mSteps;  // the pending ones; zero for the first if that is long
 };
 
 }  // namespace Vaskel
