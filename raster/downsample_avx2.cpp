@@ -64,7 +64,7 @@ VASKEL_AVX2 void addPixelsInOrder(const DownsampleCells& cells, const Downsample
 
 void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
     if (line.exact)
-        accumulateExact(cells, line, 0, sums);
+        accumulateExactAvx2(cells, line, sums);
     else if (line.channels == 4)
         line.weight == 1 ? addPixelsInOrder<true>(cells, line, sums)
                          : addPixelsInOrder<false>(cells, line, sums);

@@ -1,5 +1,6 @@
 #include "raster/downsample_cells.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 
@@ -13,6 +14,38 @@ int fractionBitsOf(double value) {
     return -1;
 }
 
+namespace {
+
+CellPattern patternOf(const DownsampleCells& cells) {
+    CellPattern pattern;
+    if (cells.fractionBits < 0) return pattern;
+    const std::size_t period = std::max(4, 1 << cells.fractionBits);
+    if (cells.ends.size() < period || cells.ends[period - 1].rest != 0) return pattern;
+    const double units = std::ldexp(1, cells.fractionBits);
+    pattern.shares.resize(CellPattern::kMostSpan * period);
+    double left = 0;  // of the pixel before, in units
+    std::size_t next = 0;
+    for (std::size_t k = 0; k < period; ++k) {
+        const CellEnd& end = cells.ends[k];
+        const std::size_t start = left > 0 ? next - 1 : next;
+        const std::size_t span = end.pixel + std::size_t{1} - start;
+        if (span > CellPattern::kMostSpan) return CellPattern{};
+        pattern.span = std::max(pattern.span, span);
+        pattern.starts.push_back(static_cast<std::uint32_t>(start));
+        unsigned char* const shares = &pattern.shares[CellPattern::kMostSpan * k];
+        std::fill_n(shares, span, static_cast<unsigned char>(units));
+        if (left > 0) shares[0] = static_cast<unsigned char>(left);
+        left = end.rest * units;
+        shares[span - 1] = static_cast<unsigned char>(units - left);
+        next = end.pixel + std::size_t{1};
+    }
+    pattern.period = period;
+    pattern.pixels = next;
+    return pattern;
+}
+
+}  // namespace
+
 DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
     : factor(factorX), width(widthPx), fractionBits(fractionBitsOf(factorX)) {
     // Columns stay below 2^33: with few bits behind the point nothing is rounded.
@@ -24,6 +57,7 @@ DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
             ends.push_back({i, column});
         }
     }
+    pattern = patternOf(*this);
 }
 
 namespace {

@@ -21,6 +21,22 @@ struct CellEnd {
     double rest;
 };
 
+/// How cells whose ends repeat lie over their pixels: after period cells, which
+/// are a whole number of pixels, everything comes again.
+struct CellPattern {
+    std::size_t period = 0;  // a multiple of 4; 0 for cells without a pattern
+    std::size_t pixels = 0;  // in a period
+    std::size_t span = 0;    // of the widest cell, shared pixels included
+
+    std::vector<std::uint32_t> starts;  // the first pixel of each cell in a period
+    /// The shares of the pixels from there on, in units of 2^-fractionBits, 0
+    /// behind the cell: kMostSpan for each cell.
+    std::vector<unsigned char> shares;
+    static constexpr std::size_t kMostSpan = 64;
+
+    const unsigned char* sharesOf(std::size_t cell) const { return &shares[kMostSpan * cell]; }
+};
+
 /// The cells of one image; shared between copies.
 struct DownsampleCells {
     double factor;
@@ -31,6 +47,8 @@ struct DownsampleCells {
     /// than kMostFractionBits.
     int fractionBits;
     static constexpr int kMostFractionBits = 6;
+
+    CellPattern pattern;
 
     DownsampleCells(double factorX, std::uint32_t widthPx);
 };
@@ -93,6 +111,11 @@ std::span<const DownsampleForm* const> downsampleForms();
 /// benchmarks.
 void forceDownsampleForm(const DownsampleForm* form);
 const DownsampleForm& chosenDownsampleForm();
+
+#if defined(__x86_64__)
+/// The wide form of exact lines: bytes times shares are added in integers.
+void accumulateExactAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
+#endif
 
 /// The table form of exact lines, for the cells from first on.
 void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,
