@@ -29,37 +29,56 @@ VASKEL_AVX2_INLINE __m128 addProduct(__m128 sum, __m256d weight, __m256d pixel) 
     return _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(sum), _mm256_mul_pd(weight, pixel)));
 }
 
+// All bits of four channels or none, from the fifth or the first number on.
+alignas(16) constexpr std::int32_t kKeep[8] = {0, 0, 0, 0, -1, -1, -1, -1};
+
+// A pixel's channels for count 1, zeros for count 0.
+VASKEL_AVX2_INLINE __m128i channelsIf(std::ptrdiff_t count, const unsigned char* pixel) {
+    const auto* const keep = reinterpret_cast<const __m128i*>(kKeep + 4 * count);
+    return _mm_and_si128(channels(pixel), _mm_load_si128(keep));
+}
+
 // kWhole: the line's weight is 1.
+//
+// Cells have leastWhole pixels of their own or one more (a cell of factor f
+// behind a rest r has ceil(f - r) - 1, and 0 <= r < 1). The one more is added in
+// every cell, as zeros where there is none: adding 0 changes no sum, and
+// guessing the count wrong would cost more than a cell.
 template <bool kWhole>
 VASKEL_AVX2 void addPixelsInOrder(const DownsampleCells& cells, const DownsampleLine& line,
                                   float* sums) {
-    const CellEnd* const ends = cells.ends.data();
-    const std::size_t count = cells.ends.size();
+    const auto least = static_cast<std::ptrdiff_t>(cells.leastWhole);
     const __m256d weight = _mm256_set1_pd(line.weight);
+    const auto add = [&](__m128 sum, __m128i pixel) __attribute__((target("avx2"))) {
+        if constexpr (kWhole)
+            return _mm_add_ps(sum, _mm_cvtepi32_ps(pixel));
+        else
+            return addProduct(sum, weight, _mm256_cvtepi32_pd(pixel));
+    };
     const unsigned char* pixel = line.bytes;
     __m256d shared = _mm256_setzero_pd();        // the pixel that ended the cell before,
     __m256d sharedWeight = _mm256_setzero_pd();  // and what is left of it
-    for (std::size_t k = 0; k <= count; ++k) {
-        __m128 sum = _mm_loadu_ps(sums + 4 * k);
-        sum = addProduct(sum, sharedWeight, shared);  // adding 0 changes no sum
-        const unsigned char* const end =
-            line.bytes + std::size_t{4} * (k < count ? ends[k].pixel : cells.width);
-        for (; pixel != end; pixel += 4) {
-            if constexpr (kWhole)
-                sum = _mm_add_ps(sum, _mm_cvtepi32_ps(channels(pixel)));
-            else
-                sum = addProduct(sum, weight, _mm256_cvtepi32_pd(channels(pixel)));
-        }
-        if (k < count) {
-            shared = _mm256_cvtepi32_pd(channels(pixel));
-            const __m256d rest = _mm256_set1_pd(ends[k].rest);
-            const __m256d own = _mm256_mul_pd(_mm256_sub_pd(_mm256_set1_pd(1), rest), weight);
-            sharedWeight = _mm256_mul_pd(rest, weight);
-            sum = addProduct(sum, own, shared);
-            pixel += 4;
-        }
-        _mm_storeu_ps(sums + 4 * k, sum);
+    for (const CellEnd& end : cells.ends) {
+        __m128 sum = _mm_loadu_ps(sums);
+        sum = addProduct(sum, sharedWeight, shared);
+        const unsigned char* const last = line.bytes + std::size_t{4} * end.pixel;
+        for (std::ptrdiff_t i = 0; i < least; ++i) sum = add(sum, channels(pixel + 4 * i));
+        const std::ptrdiff_t more = (last - pixel) / 4 - least;
+        sum = add(sum, channelsIf(more, pixel + 4 * least));
+        shared = _mm256_cvtepi32_pd(channels(last));
+        const __m256d rest = _mm256_set1_pd(end.rest);
+        const __m256d own = _mm256_mul_pd(_mm256_sub_pd(_mm256_set1_pd(1), rest), weight);
+        sharedWeight = _mm256_mul_pd(rest, weight);
+        sum = addProduct(sum, own, shared);
+        _mm_storeu_ps(sums, sum);
+        sums += 4;
+        pixel = last + 4;
     }
+    __m128 sum = addProduct(_mm_loadu_ps(sums), sharedWeight, shared);
+    for (const unsigned char* const end = line.bytes + std::size_t{4} * cells.width; pixel != end;
+         pixel += 4)
+        sum = add(sum, channels(pixel));
+    _mm_storeu_ps(sums, sum);
 }
 
 void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float* sums) {

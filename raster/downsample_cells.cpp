@@ -47,13 +47,15 @@ CellPattern patternOf(const DownsampleCells& cells) {
 }  // namespace
 
 DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
-    : factor(factorX), width(widthPx), fractionBits(fractionBitsOf(factorX)) {
+    : factor(factorX), width(widthPx), fractionBits(fractionBitsOf(factorX)), leastWhole(width) {
     // Columns stay below 2^33: with few bits behind the point nothing is rounded.
     double column = 0;
     for (std::uint32_t i = 0; i < width; ++i) {
         column += 1;
         if (column >= factor) {
             column -= factor;
+            const std::uint32_t begin = ends.empty() ? 0 : ends.back().pixel + 1;
+            leastWhole = std::min(leastWhole, std::size_t{i} - begin);
             ends.push_back({i, column});
         }
     }

@@ -50,6 +50,9 @@ struct DownsampleCells {
 
     CellPattern pattern;
 
+    /// Each ended cell has leastWhole pixels of its own, or one more.
+    std::size_t leastWhole;
+
     DownsampleCells(double factorX, std::uint32_t widthPx);
 };
 

@@ -189,11 +189,17 @@ TEST_CASE("downsampler: every form rounds all coarse sums as the plain form does
     }
 }
 
-TEST_CASE("downsampler: cells never number more than n and a begun one") {
+TEST_CASE("downsampler: cells number n or are begun n times, and have as many pixels or one more") {
     for (unsigned width = 1; width <= 400; ++width)
         for (unsigned n = 1; n <= width; ++n) {
             const DownsampleCells cells(static_cast<double>(width) / n, width);
-            const bool good = cells.ends.size() <= n && cells.ends.size() + 1 >= n;
+            bool good = cells.ends.size() <= n && cells.ends.size() + 1 >= n;
+            std::size_t begin = 0;
+            for (const CellEnd& end : cells.ends) {
+                const std::size_t whole = end.pixel - begin;
+                good = good && (whole == cells.leastWhole || whole == cells.leastWhole + 1);
+                begin = end.pixel + std::size_t{1};
+            }
             if (!good) {
                 CAPTURE(width);
                 CAPTURE(n);
