@@ -4,51 +4,45 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <memory>
+#include <new>
 
-#include "embedded/pemmit/node.h"
+#include "embedded/pemmit/contour.h"
 
 namespace Embedded {
 namespace {
 
-// Hangs the chain of from before or behind the others of a chain that is
-// being put together, and counts its points.
-void collect(Chain& chain, std::int64_t& count, Contour& from, bool reversed) noexcept {
-    count += from.pointCount() + (from.closingCurve ? 1 : 0);
-    Chain own = from.take();
-    if (reversed) own.reverse();
-    chain.append(own);
-}
+// A rectangle, or one side of a dot of a halftone screen. With the contour the
+// block is 8 bytes short of 256.
+constexpr std::uint32_t kFirstPoints = 14;
 
 // One object without its children and its place among others.
 Node* copyOne(const Node& from) {
-    if (from.kind == Node::kCompound) {
-        auto* const copy = new Compound;
-        copy->flags = from.flags;
-        copy->box = from.box;
-        return copy;
+    Node* copy = nullptr;
+    if (const Contour* const source = contourOf(&from)) {
+        if (source->pointCount() >= INT_MAX) throw std::bad_alloc();
+        auto curves = std::make_unique<std::vector<Curve>>(source->copyCurves());
+        const auto count = static_cast<std::uint32_t>(source->pointCount());
+        // The end of a closing curve may be stored without asking for memory.
+        const std::uint32_t capacity = source->closingCurve ? count + 1 : count;
+        Contour* const made = Contour::make(std::max(capacity, 1u));
+        if (source->hasPoints()) {
+            made->makeRoom(capacity);
+            source->copyPoints(made->write);
+            made->write += count;
+            if (!curves->empty()) made->chain.end[1].piece()->curves = curves.release();
+            made->pause();
+            made->closingCurve = source->closingCurve;
+            made->resume();
+        }
+        copy = made;
+    } else {
+        copy = new Compound;
     }
-    const auto& source = static_cast<const Contour&>(from);
-    auto copy = std::make_unique<Contour>();
     copy->flags = from.flags;
     copy->box = from.box;
-    if (!source.chain.empty()) {
-        auto curves = std::make_unique<std::vector<Curve>>(copyCurves(source.chain));
-        const auto count = static_cast<std::uint32_t>(source.pointCount());
-        Piece* const piece = makePiece(source.closingCurve ? count + 1 : count);
-        copyPoints(source.chain, piece->points());
-        piece->count = count;
-        if (!curves->empty()) piece->curves = curves.release();
-        Chain chain;
-        chain.append(piece);
-        copy->put(chain, count);
-        if (source.closingCurve) {
-            copy->closingCurve = true;
-            copy->before = count;
-            copy->grow = &noPiece;
-        }
-    }
-    return copy.release();
+    return copy;
 }
 
 }  // namespace
@@ -87,24 +81,50 @@ namespace Pemmit {
 
 using namespace Embedded;
 
-Path* patbeg() { return new Contour; }
+Path* patbeg() { return Contour::make(kFirstPoints); }
+
+namespace {
+
+using Lanes = int __attribute__((vector_size(16)));
+
+// Four comparisons at once, and no branch to guess wrong: with the minima in
+// the first two lanes and the maxima in the others.
+void enlarge(Box& box, int x, int y) {
+    static_assert(sizeof(Box) == sizeof(Lanes));
+    constexpr Lanes kMinima = {-1, -1, 0, 0};
+    const Lanes point = {x, y, x, y};
+    Lanes edges;
+    std::memcpy(&edges, &box, sizeof edges);
+    const Lanes taken = ((edges > point) & kMinima) | ((point > edges) & ~kMinima);
+    edges = (point & taken) | (edges & ~taken);
+    std::memcpy(static_cast<void*>(&box), &edges, sizeof edges);
+}
+
+void store(Node& node, int x, int y) {
+    *node.write++ = {x, y};
+    enlarge(node.box, x, y);
+}
+
+// Apart, so that patlin itself needs no stack.
+[[gnu::noinline]] void appendToFull(Node& node, int x, int y) {
+    Contour* const contour = contourOf(&node);
+    if (!contour) return;  // an object with children has no points of its own
+    contour->makeRoom(1);
+    store(node, x, y);
+    if (node.parent) growBox(*node.parent, node.box);
+}
+
+[[gnu::noinline]] void tellParent(Node& node) { growBox(*node.parent, node.box); }
+
+}  // namespace
 
 void patlin(Path* path, int x, int y) {
     Node& node = *nodeOf(path);
-    Piece* grow = node.grow;
-    if (grow->count == grow->capacity) [[unlikely]] {
-        Contour* const contour = contourOf(path);
-        if (!contour) return;  // an object with children has no points of its own
-        grow = contour->makeRoom(1);
-    }
-    grow->points()[grow->count++] = {x, y};
-    Box& box = node.box;
-    if (x < box.minX) box.minX = x;
-    if (x > box.maxX) box.maxX = x;
-    if (y < box.minY) box.minY = y;
-    if (y > box.maxY) box.maxY = y;
+    if (node.write == node.limit) [[unlikely]]
+        return appendToFull(node, x, y);
+    store(node, x, y);
     if (node.parent) [[unlikely]]
-        growBox(*node.parent, node.box);
+        tellParent(node);
 }
 
 void patend(Path* path, int x, int y) {
@@ -132,12 +152,8 @@ void patlinee(Path* p, Path* q) {
     if (!first || !second || first == second) return;
     Contour* const start = first->mate;
     Contour* const end = second->mate;
-    Chain chain;
-    std::int64_t count = 0;
     if (start == second || (!start && !end)) {
-        collect(chain, count, *first, false);
-        collect(chain, count, *second, true);
-        first->put(chain, count);
+        first->append(second->take().reversed());
         growBox(*first, second->box);
         emptyBox(*second);
         first->mate = second->mate = nullptr;
@@ -150,10 +166,8 @@ void patlinee(Path* p, Path* q) {
     Contour& heir = start ? *start : *end;
     Contour& near = start ? *first : *second;
     Contour& far = start ? *second : *first;
-    collect(chain, count, far, false);
-    collect(chain, count, near, true);
-    collect(chain, count, heir, false);
-    heir.put(chain, count);
+    heir.prepend(near.take().reversed());
+    heir.prepend(far.take());
     growBox(heir, near.box);
     growBox(heir, far.box);
     emptyBox(near);
@@ -167,7 +181,7 @@ Path* patdup(const Path* path) { return copyTree(*nodeOf(path)); }
 
 int patsiz(const Path* path) {
     const Contour* const contour = contourOf(path);
-    if (!contour || contour->chain.empty()) return 0;
+    if (!contour || !contour->hasPoints()) return 0;
     const std::int64_t count = contour->pointCount() + (contour->isOpen() ? 0 : 1);
     return static_cast<int>(std::min<std::int64_t>(count, INT_MAX));
 }

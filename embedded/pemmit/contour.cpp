@@ -1,100 +1,196 @@
-// Appending to contours, and chains that change owners.
+// Contours: memory and growth.
+
+#include "embedded/pemmit/contour.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
 #include <memory>
 #include <new>
-
-#include "embedded/pemmit/node.h"
+#include <type_traits>
 
 namespace Embedded {
 namespace {
 
-// 7 points at first, then about twice as many each time, so that appending
-// copies each point about once. With its 32 bytes of its own a piece is then 8
-// bytes short of a multiple of 32, the unit in which usual allocators hand out
-// memory with 8 bytes of theirs.
-constexpr std::uint64_t capacityAfter(std::uint64_t capacity) {
-    return capacity == 0 ? 7 : 2 * capacity + 5;
-}
+// About twice as many points each time, so that appending copies each point
+// about once. With its 32 bytes of its own a piece is then 8 bytes short of a
+// multiple of 32, the unit in which usual allocators hand out memory with 8
+// bytes of theirs.
+constexpr std::uint64_t capacityAfter(std::uint64_t capacity) { return (2 * capacity + 5) | 3; }
 
-// Up to this many pieces are left as they are: an outline of one peak and one
-// pit has two, and copying it would cost more than walking two runs.
-constexpr std::int64_t kFewPieces = 4;
+// Up to this many pieces are left as they are: finding a point by its number
+// takes a step each, and copying small outlines would cost more than walking
+// a few runs.
+constexpr std::uint32_t kFewPieces = 8;
 
 // patsiz counts in an int, the repeated first point included.
 constexpr std::int64_t kMostPoints = INT_MAX - 1;
 
 }  // namespace
 
-const Point& Contour::firstPoint() const {
-    const Piece* const piece = chain.end[0].piece;
-    return piece->points()[chain.end[0].side == 0 ? 0 : piece->count - 1];
+Contour* Contour::make(std::uint32_t capacity) {
+    static_assert(alignof(Piece) <= alignof(Contour) && sizeof(Contour) % alignof(Piece) == 0);
+    static_assert(std::is_trivially_destructible_v<Contour>);
+    auto* const made = new (::operator new(sizeof(Contour) + pieceBytes(capacity))) Contour;
+    new (made->ownPiece()) Piece{{nullptr, nullptr}, 0, capacity & kMostCapacity, 1, nullptr};
+    return made;
 }
 
-const Point& Contour::lastPoint() const {
-    const Piece* const piece = chain.end[1].piece;
-    return piece->points()[chain.end[1].side == 0 ? 0 : piece->count - 1];
+void Contour::release(Contour* contour) noexcept {
+    contour->pause();
+    contour->freePieces();
+    if (contour->mate) contour->mate->mate = nullptr;
+    if (contour->own == kLent)
+        drop(contour);
+    else
+        ::operator delete(contour);
 }
 
-Piece* Contour::makeRoom(std::uint32_t n) {
-    Piece* const last = closingCurve ? chain.end[1].piece : grow;
-    const std::uint32_t more = closingCurve ? n + 1 : n;
-    if (last->capacity - last->count < more) {
-        if (pointCount() + more > kMostPoints) throw std::bad_alloc();
-        const std::uint64_t needed = static_cast<std::uint64_t>(last->count) + more;
-        const std::uint64_t wanted = std::max(needed, capacityAfter(last->capacity));
-        Piece* const fresh =
-            makePiece(static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, kMostPoints)));
-        if (last == &noPiece) {
-            before = pointCount();
-            chain.append(fresh);
-        } else {
-            std::memcpy(fresh->points(), last->points(), last->count * sizeof(Point));
-            fresh->count = last->count;
-            fresh->curves = std::exchange(last->curves, nullptr);
-            chain.replace(last, fresh);
-            freePiece(last);
-        }
-        grow = fresh;
+// Gives up one of the two holds on a block whose piece is lent. The last one
+// needs no exchange: nobody else can be there.
+void Contour::drop(Contour* block) noexcept {
+    if (block->holders.load(std::memory_order_acquire) == 1 ||
+        block->holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        ::operator delete(block);
+}
+
+void Contour::freePiece(Piece* piece) noexcept {
+    delete std::exchange(piece->curves, nullptr);
+    if (!piece->inBody) {
+        ::operator delete(piece);
+    } else if (own == kHere && isOwn(piece)) {
+        own = kUnused;
+        piece->count = 0;
+        piece->link[0] = piece->link[1] = nullptr;
+    } else {
+        drop(reinterpret_cast<Contour*>(piece) - 1);
     }
-    if (closingCurve) storeClosingPoint();
-    return grow;
 }
 
-Chain Contour::take() noexcept {
-    if (closingCurve) storeClosingPoint();
-    grow = &noPiece;
+void Contour::freePieces() noexcept {
+    for (End at = chain.end[0]; at.piece();) {
+        Piece* const piece = at.piece();
+        at = at.next();
+        freePiece(piece);
+    }
+    chain = Chain();
+    pieces = 0;
     before = 0;
-    return std::exchange(chain, Chain());
 }
 
-void Contour::put(const Chain& all, std::int64_t count) noexcept {
+void Contour::pause() noexcept {
+    if (!write) return;
+    Piece* const last = chain.end[1].piece();
+    last->count = static_cast<std::uint32_t>(write - last->points());
+    before += last->count;
+    write = limit = nullptr;
+}
+
+void Contour::resume() noexcept {
+    const End end = chain.end[1];
+    Piece* const last = end.piece();
+    if (write || !last || end.side() == 0 || closingCurve) return;
+    write = last->points() + last->count;
+    limit = last->points() + last->capacity;
+    before -= last->count;
+}
+
+void Contour::makeRoom(std::uint32_t n) {
+    pause();
+    if (closingCurve) ++n;  // for the point that the curve ends at
+    const End end = chain.end[1];
+    Piece* const last = end.side() == 1 ? end.piece() : nullptr;
+    if (!last || last->capacity - last->count < n) {
+        try {
+            extend(last, n);
+        } catch (const std::bad_alloc&) {
+            resume();
+            throw;
+        }
+    }
+    if (closingCurve)
+        storeClosingPoint();
+    else
+        resume();
+}
+
+void Contour::extend(Piece* last, std::uint32_t n) {
+    if (before + n > kMostPoints) throw std::bad_alloc();
+    if (chain.empty() && own == kUnused && ownPiece()->capacity >= n) {
+        own = kHere;
+        chain.append(ownPiece());
+        ++pieces;
+        return;
+    }
+    // A piece in a body keeps its points and gets a neighbour: its memory would
+    // not come free before the body goes.
+    const bool copies = last && (!last->inBody || closingCurve);
+    const std::uint64_t needed = std::uint64_t{copies ? last->count : 0} + n;
+    const std::uint64_t wanted = std::max(needed, capacityAfter(last ? last->capacity : 0));
+    Piece* const fresh =
+        makePiece(static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, kMostPoints)));
+    if (!copies) {
+        chain.append(fresh);
+        ++pieces;
+        return;
+    }
+    std::memcpy(fresh->points(), last->points(), last->count * sizeof(Point));
+    fresh->count = last->count;
+    fresh->curves = std::exchange(last->curves, nullptr);
+    chain.replace(last, fresh);
+    freePiece(last);
+}
+
+Stretch Contour::take() noexcept {
+    if (closingCurve) storeClosingPoint();
+    pause();
+    if (own == kHere) {
+        own = kLent;
+        holders.store(2, std::memory_order_relaxed);
+    }
+    return {std::exchange(chain, Chain()), std::exchange(before, 0), std::exchange(pieces, 0)};
+}
+
+void Contour::append(const Stretch& more) noexcept {
+    if (closingCurve) storeClosingPoint();
+    pause();
+    chain.append(more.chain);
+    before += more.points;
+    pieces += more.pieces;
+    resume();
+}
+
+void Contour::prepend(const Stretch& more) noexcept {
+    if (closingCurve) storeClosingPoint();
+    pause();
+    Chain all = more.chain;
+    all.append(chain);
     chain = all;
-    const End& last = chain.end[1];
-    grow = last.piece && last.side == 1 ? last.piece : &noPiece;
-    before = count - grow->count;
+    before += more.points;
+    pieces += more.pieces;
+    resume();
 }
 
 void Contour::flatten() {
-    const bool whole = chain.pieces <= 1 && chain.end[0].side == 0;
+    const bool whole = pieces <= 1 && chain.end[0].side() == 0;
     if (whole || closingCurve) return;
-    if (pointCount() > kMostPoints) throw std::bad_alloc();
-    const auto count = static_cast<std::uint32_t>(pointCount());
-    auto curves = std::make_unique<std::vector<Curve>>(copyCurves(chain));
-    Piece* const fresh = makePiece(count);
-    copyPoints(chain, fresh->points());
-    fresh->count = count;
+    const std::int64_t count = pointCount();
+    if (count > kMostPoints) throw std::bad_alloc();
+    auto curves = std::make_unique<std::vector<Curve>>(copyCurves());
+    Piece* const fresh = makePiece(static_cast<std::uint32_t>(count));
+    copyPoints(fresh->points());
+    fresh->count = fresh->capacity;
     if (!curves->empty()) fresh->curves = curves.release();
-    chain.clear();
-    Chain one;
-    one.append(fresh);
-    put(one, count);
+    pause();
+    freePieces();
+    chain.append(fresh);
+    before = count;
+    pieces = 1;
+    resume();
 }
 
 void Contour::settle() noexcept {
-    if (chain.pieces <= kFewPieces) return;
+    if (pieces <= kFewPieces) return;
     try {
         flatten();
     } catch (const std::bad_alloc&) {
@@ -102,12 +198,18 @@ void Contour::settle() noexcept {
     }
 }
 
+void Contour::dropLastPoint() noexcept {
+    --chain.end[1].piece()->count;
+    --before;
+}
+
 void Contour::storeClosingPoint() noexcept {
-    Piece* const last = chain.end[1].piece;
+    Piece* const last = chain.end[1].piece();
     const Point first = firstPoint();
     last->points()[last->count++] = first;
+    ++before;
     closingCurve = false;
-    put(chain, last->count);
+    resume();
 }
 
 }  // namespace Embedded

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "embedded/orlune/sinks.h"
-#include "embedded/pemmit/node.h"
+#include "embedded/pemmit/contour.h"
 
 namespace Embedded {
 namespace {
@@ -45,27 +45,23 @@ std::vector<Point> flatten(const Point (&control)[4]) {
 
 bool addCurve(Pemmit::Path* path, int x1, int y1, int x2, int y2, int x3, int y3) {
     Contour* const contour = contourOf(path);
-    if (!contour || contour->chain.empty()) return false;
+    if (!contour || !contour->hasPoints()) return false;
     const Point start = contour->closingCurve ? contour->firstPoint() : contour->lastPoint();
     const std::vector<Point> points = flatten({start, {x1, y1}, {x2, y2}, {x3, y3}});
 
-    // All memory first. The list of curves is handed over only after the room
-    // for the points is there: a failure leaves at most some spare capacity.
-    Piece* const last = contour->closingCurve ? contour->chain.end[1].piece : contour->grow;
-    std::unique_ptr<std::vector<Curve>> fresh;
-    if (last == &noPiece || !last->curves) {
-        fresh = std::make_unique<std::vector<Curve>>();
-        fresh->reserve(1);
-    } else if (last->curves->size() == last->curves->capacity()) {
-        last->curves->reserve(2 * last->curves->size());
-    }
-    Piece* const piece = contour->makeRoom(static_cast<std::uint32_t>(points.size()));
-    if (fresh) piece->curves = fresh.release();
+    // All memory first. The curve goes into the list of the last piece or, where
+    // that cannot grow, into one of its own: a failure leaves spare room at most.
+    const auto count = static_cast<std::uint32_t>(points.size());
+    auto fresh = std::make_unique<std::vector<Curve>>();
+    fresh->reserve(1);
+    if (std::vector<Curve>* const list = contour->chain.end[1].piece()->curves)
+        if (list->size() == list->capacity()) list->reserve(2 * list->size());
+    contour->makeRoom(count);
+    Piece* const piece = contour->chain.end[1].piece();
+    if (!piece->curves) piece->curves = fresh.release();
 
-    piece->curves->push_back(
-        {piece->count, static_cast<std::int64_t>(points.size()), {{x1, y1}, {x2, y2}}});
-    std::copy(points.begin(), points.end(), piece->points() + piece->count);
-    piece->count += static_cast<std::uint32_t>(points.size());
+    piece->curves->push_back({contour->write - piece->points(), count, {{x1, y1}, {x2, y2}}});
+    contour->write = std::copy(points.begin(), points.end(), contour->write);
     for (const Point& point : points) growBox(*contour, {point.x, point.y, point.x, point.y});
     return true;
 }
@@ -77,15 +73,14 @@ void closeContour(Pemmit::Path* path) {
                           same(contour->firstPoint(), contour->lastPoint());
     if (repeated) {
         contour->flatten();
-        Piece* const piece = contour->chain.end[1].piece;
-        const std::vector<Curve>* const curves = piece->curves;
-        const bool byCurve = curves && curves->back().first + curves->back().count == piece->count;
-        --piece->count;
-        if (byCurve) {
-            contour->closingCurve = true;
-            contour->before = piece->count;
-            contour->grow = &noPiece;
-        }
+        contour->pause();
+        const Piece* const piece = contour->chain.end[1].piece();
+        const bool byCurve =
+            piece->curves &&
+            piece->curves->back().first + piece->curves->back().count == piece->count;
+        contour->dropLastPoint();
+        contour->closingCurve = byCurve;
+        contour->resume();
     }
     Pemmit::patendclo(path);
 }
@@ -111,11 +106,11 @@ Pemmit::Object* parentOf(const Pemmit::Object* object) {
 std::vector<Segment> segments(const Pemmit::Path* path) {
     std::vector<Segment> result;
     const Contour* const contour = contourOf(path);
-    if (!contour || contour->chain.empty()) return result;
+    if (!contour || !contour->hasPoints()) return result;
     std::vector<Point> points(static_cast<std::size_t>(contour->pointCount()));
-    copyPoints(contour->chain, points.data());
+    contour->copyPoints(points.data());
     if (contour->closingCurve) points.push_back(points.front());
-    const std::vector<Curve> curves = copyCurves(contour->chain);
+    const std::vector<Curve> curves = contour->copyCurves();
 
     result.push_back({Segment::kMove, 0, 0, 0, 0, points[0].x, points[0].y});
     auto curve = curves.begin();
@@ -138,8 +133,7 @@ std::size_t bytesOf(const Pemmit::Object* object) {
     std::size_t bytes = 0;
     for (const Node* at = root; at;) {
         const Compound* const compound = compoundOf(at);
-        bytes += compound ? sizeof(Compound) : sizeof(Contour);
-        if (!compound) bytes += static_cast<const Contour*>(at)->chain.bytes();
+        bytes += compound ? sizeof(Compound) : static_cast<const Contour*>(at)->bytes();
         if (compound && compound->firstChild) {
             at = compound->firstChild;
             continue;

@@ -1,4 +1,5 @@
-// The bodies behind Pemmit::Object: contours and compound objects.
+// The bodies behind Pemmit::Object: what contours and compound objects share,
+// and trees of them.
 
 #ifndef EMBEDDED_PEMMIT_NODE_H
 #define EMBEDDED_PEMMIT_NODE_H
@@ -13,61 +14,25 @@ namespace Embedded {
 struct Contour;
 struct Compound;
 
-/// What contours and compound objects share. The kind is kept apart from the
-/// flags word, which flaset may change as it likes.
+/// The kind is kept apart from the flags word, which flaset may change as it
+/// likes. What patlin needs stands in the first 64 bytes.
 struct Node : Pemmit::Path {
-    enum Kind : std::uint32_t { kContour, kCompound };
+    enum Kind : std::uint8_t { kContour, kCompound };
 
     explicit Node(Kind k) : kind(k) {
         flags = k == kContour ? Pemmit::kFlagPath : Pemmit::kFlagChildren;
         next = nullptr;
     }
 
-    Kind kind;
-    Piece* grow = &noPiece;  // the piece that appended points go to; noPiece for compounds
+    Node* nextNode() const { return static_cast<Node*>(next); }
+
+    // Appended points go to write while it is not limit; both are null where
+    // nothing can grow right now, and in compound objects.
+    Point* write = nullptr;
+    Point* limit = nullptr;
     Compound* parent = nullptr;
     Node* previous = nullptr;  // the child before this one
-
-    Node* nextNode() const { return static_cast<Node*>(next); }
-};
-
-/// A contour: a chain of pieces.
-struct Contour : Node {
-    Contour() : Node(kContour) {}
-    ~Contour() {
-        chain.clear();
-        if (mate) mate->mate = nullptr;
-    }
-
-    Chain chain;
-    std::int64_t before = 0;  // points of all pieces but grow
-    Contour* mate = nullptr;
-    // The last curve ends at the first point, which is not stored a second
-    // time: its end is the point that a closed walk delivers again. The chain
-    // is then one piece with room for one point more, and grow is noPiece.
-    bool closingCurve = false;
-
-    std::int64_t pointCount() const { return before + grow->count; }
-    bool isOpen() const { return (flags & Pemmit::kFlagOpen) != 0; }
-    /// The first and the last stored point of a contour that has points.
-    const Point& firstPoint() const;
-    const Point& lastPoint() const;
-
-    /// Makes room for n more points at the end of grow and returns grow.
-    /// Throws std::bad_alloc and leaves the contour as it was.
-    Piece* makeRoom(std::uint32_t n);
-    /// Empties the contour and hands its chain over.
-    Chain take() noexcept;
-    /// Gives an empty contour a chain of count points.
-    void put(const Chain& chain, std::int64_t count) noexcept;
-    /// Makes one piece of the chain, in forward direction. Throws
-    /// std::bad_alloc and leaves the contour as it was.
-    void flatten();
-    /// Makes one piece of a chain of many if memory allows. Joins may leave
-    /// thousands of pieces behind; a handful is as good as one.
-    void settle() noexcept;
-    /// Stores the end of a closing curve as a point of its own.
-    void storeClosingPoint() noexcept;
+    Kind kind;
 };
 
 /// An object with children.
@@ -79,17 +44,10 @@ struct Compound : Node {
 };
 
 /// The body of an object; null for null.
-inline const Node* nodeOf(const Pemmit::Object* object) { return static_cast<const Node*>(object); }
 inline Node* nodeOf(Pemmit::Object* object) { return static_cast<Node*>(object); }
-/// The body of a contour; null for null and for a compound object.
-inline const Contour* contourOf(const Pemmit::Object* object) {
-    const Node* const node = nodeOf(object);
-    return node && node->kind == Node::kContour ? static_cast<const Contour*>(node) : nullptr;
-}
-inline Contour* contourOf(Pemmit::Object* object) {
-    Node* const node = nodeOf(object);
-    return node && node->kind == Node::kContour ? static_cast<Contour*>(node) : nullptr;
-}
+inline const Node* nodeOf(const Pemmit::Object* object) { return static_cast<const Node*>(object); }
+
+/// The body of an object with children; null for null and for a contour.
 inline Compound* compoundOf(Node* node) {
     return node && node->kind == Node::kCompound ? static_cast<Compound*>(node) : nullptr;
 }
@@ -107,7 +65,7 @@ void linkChild(Compound& parent, Node& child);
 /// Takes a child out of its parent, whose box becomes true.
 void unlinkChild(Node& child);
 
-/// The object with all below it.
+/// The object with all below it. Throws std::bad_alloc.
 Node* copyTree(const Node& root);
 void freeTree(Node* root) noexcept;
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "embedded/orlune/sinks.h"
-#include "embedded/pemmit/node.h"
+#include "embedded/pemmit/contour.h"
 #include "platform/pemmit/build.h"
 
 namespace Embedded {
@@ -103,7 +103,7 @@ void freeTree(Node* root) noexcept {
         if (compound)
             delete compound;
         else
-            delete contourOf(at);
+            Contour::release(contourOf(at));
         at = parent;
     }
 }

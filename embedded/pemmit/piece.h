@@ -1,9 +1,9 @@
 // Pieces: the stretches of contiguous points that contours are made of.
 //
-// A contour that was only ever appended to is one piece. Joins hang pieces
-// together instead of copying points, and since one side of a join arrives
-// back to front, a piece does not know its direction: it has two sides, 0
-// before its first point and 1 behind its last, and a walk that enters by one
+// A contour that was only ever appended to is one piece or two. Joins hang
+// pieces together instead of copying points, and since one side of a join
+// arrives back to front, a piece does not know its direction: it has two sides,
+// 0 before its first point and 1 behind its last, and a walk that enters by one
 // side leaves by the other. Reversing a chain is swapping its two ends.
 
 #ifndef EMBEDDED_PEMMIT_PIECE_H
@@ -30,12 +30,12 @@ struct Curve {
     Point control[2];
 };
 
-/// A piece; its points follow it in memory. Never without a point, except
-/// noPiece.
+/// A piece; its points follow it in memory. A piece in a chain has a point.
 struct Piece {
-    Piece* link[2];  // the neighbour at each side, or null
-    std::uint32_t count;
-    std::uint32_t capacity;
+    Piece* link[2];       // the neighbour at each side, or null
+    std::uint32_t count;  // out of date while a contour grows here
+    std::uint32_t capacity : 31;
+    std::uint32_t inBody : 1;    // lies in a contour's own memory
     std::vector<Curve>* curves;  // ascending; null for none
 
     Point* points() { return reinterpret_cast<Point*>(this + 1); }
@@ -46,50 +46,51 @@ struct Piece {
     int sideOf(const Piece* from) const { return link[1] == from ? 1 : 0; }
 };
 
-/// Stands for "no piece to append to": it is always full.
-extern Piece noPiece;
-
-/// A piece without points, links or curves. Throws std::bad_alloc.
-Piece* makePiece(std::uint32_t capacity);
-void freePiece(Piece* piece) noexcept;
-
-/// One end of a chain: its outermost piece and the side that faces out, by
-/// which a walk from there enters it.
-struct End {
-    Piece* piece = nullptr;
-    int side = 0;
-};
-
-/// Where a walk goes on: the next piece, if any, and the side of entry.
-inline End after(const End& at) {
-    Piece* const next = at.piece->link[1 - at.side];
-    return {next, next ? next->sideOf(at.piece) : 0};
+/// How many bytes a piece takes.
+constexpr std::size_t pieceBytes(std::size_t capacity) {
+    return sizeof(Piece) + capacity * sizeof(Point);
 }
 
-/// Pieces in a row, from end[0] to end[1]. Does not own them.
+constexpr std::uint32_t kMostCapacity = 0x7FFFFFFF;
+
+/// A piece with memory of its own, without points, links or curves. Throws
+/// std::bad_alloc.
+Piece* makePiece(std::uint32_t capacity);
+
+/// A piece, or none, and the side by which a walk enters it, in one word.
+class End {
+ public:
+    End() = default;
+    End(Piece* piece, int side)
+        : mBits(reinterpret_cast<std::uintptr_t>(piece) | static_cast<std::uintptr_t>(side)) {}
+
+    Piece* piece() const { return reinterpret_cast<Piece*>(mBits & ~std::uintptr_t{1}); }
+    int side() const { return static_cast<int>(mBits & 1); }
+
+    /// Where a walk goes on behind this piece: the neighbour, if any.
+    End next() const {
+        Piece* const here = piece();
+        Piece* const neighbour = here->link[1 - side()];
+        return {neighbour, neighbour ? neighbour->sideOf(here) : 0};
+    }
+
+ private:
+    std::uintptr_t mBits = 0;
+};
+
+/// Pieces in a row, told by the two ways in. Does not own them.
 struct Chain {
     End end[2];
-    std::int64_t pieces = 0;
 
-    bool empty() const { return !end[0].piece; }
+    bool empty() const { return !end[0].piece(); }
     void reverse() { std::swap(end[0], end[1]); }
     /// Hangs other behind this chain. Constant time.
     void append(const Chain& other);
     /// Hangs one piece without neighbours behind this chain.
     void append(Piece* piece);
-    /// Puts fresh, which holds the same points, in the place of old.
+    /// Puts fresh in the place of old.
     void replace(Piece* old, Piece* fresh);
-    /// The memory of all pieces.
-    std::size_t bytes() const;
-    /// Frees all pieces.
-    void clear() noexcept;
 };
-
-/// Stores the points of a chain in order. Takes a step a piece and a point.
-void copyPoints(const Chain& chain, Point* out);
-/// The curves of a chain, ascending, numbered by its points from 0 on.
-/// Throws std::bad_alloc.
-std::vector<Curve> copyCurves(const Chain& chain);
 
 }  // namespace Embedded
 

@@ -10,29 +10,30 @@
 #include <new>
 #include <type_traits>
 
-#include "embedded/pemmit/node.h"
+#include "embedded/pemmit/contour.h"
 
 namespace Embedded {
 namespace {
 
 struct Walk {
-    const Point* at;       // the next point of the current run
-    std::int64_t left;     // how many points of the run are to come
-    std::ptrdiff_t step;   // 1 or -1
-    End next;              // the piece after the run, or none
-    const Point* closing;  // delivered after the last piece, or null
+    const Point* at;         // the next point of the current run
+    std::int64_t left;       // how many points of the run are to come
+    std::ptrdiff_t step;     // 1 or -1
+    End next;                // the piece after the run, or none
+    const Point* closing;    // delivered after the last piece, or null
+    const Contour* contour;  // knows how many points its pieces hold
 };
 
 Walk* walkIn(void** host) { return reinterpret_cast<Walk*>(host); }
 
 // The run becomes that of a piece, without the first skipped points from the
 // side of entry on.
-void enter(Walk& walk, const End& piece, std::int64_t skipped) {
-    const std::int64_t count = piece.piece->count;
-    walk.at = piece.piece->points() + (piece.side == 0 ? skipped : count - 1 - skipped);
+void enter(Walk& walk, End piece, std::int64_t skipped) {
+    const std::int64_t count = walk.contour->countOf(piece.piece());
+    walk.at = piece.piece()->points() + (piece.side() == 0 ? skipped : count - 1 - skipped);
     walk.left = count - skipped;
-    walk.step = piece.side == 0 ? 1 : -1;
-    walk.next = after(piece);
+    walk.step = piece.side() == 0 ? 1 : -1;
+    walk.next = piece.next();
 }
 
 void enterPoint(Walk& walk, const Point* point) {
@@ -40,8 +41,9 @@ void enterPoint(Walk& walk, const Point* point) {
     walk.left = 1;
 }
 
-bool nextRun(Walk& walk) {
-    if (walk.next.piece) {
+// Apart, so that scanex itself needs no stack.
+[[gnu::noinline]] bool nextRun(Walk& walk) {
+    if (walk.next.piece()) {
         enter(walk, walk.next, 0);
         return true;
     }
@@ -54,9 +56,11 @@ bool nextRun(Walk& walk) {
 // Enters a chain at the point with the given number from an end. A step a
 // piece: settled contours have one or a few.
 void seek(Walk& walk, End at, std::int64_t number) {
-    while (number >= at.piece->count) {
-        number -= at.piece->count;
-        at = after(at);
+    for (;;) {
+        const std::int64_t count = walk.contour->countOf(at.piece());
+        if (number < count) break;
+        number -= count;
+        at = at.next();
     }
     enter(walk, at, number);
 }
@@ -66,6 +70,7 @@ void begin(Walk& walk, const Contour& contour, bool backward, std::int64_t start
     const std::int64_t delivered = stored + (contour.isOpen() ? 0 : 1);
     if (start == -1) start = backward ? delivered - 1 : 0;
     if (start < 0 || start >= delivered) return;
+    walk.contour = &contour;
     const Point* const again = contour.isOpen() ? nullptr : &contour.firstPoint();
     if (start == stored) {
         enterPoint(walk, again);
@@ -98,7 +103,7 @@ scan::~scan() = default;
 void scan::scabeg(const Object* object, int direction, int start) {
     scaend();
     const Contour* const contour = contourOf(object);
-    if (contour && !contour->chain.empty()) begin(*walkIn(mHost), *contour, direction != 0, start);
+    if (contour && contour->hasPoints()) begin(*walkIn(mHost), *contour, direction != 0, start);
 }
 
 int scan::scanex(int* x, int* y) {

@@ -67,11 +67,10 @@ TEST_CASE("a hundred thousand joins allocate nothing and touch no other point") 
     Comb comb(kTeeth, 3);
     CHECK(comb.allocationsOfJoins == 0);
     CHECK(Pemmit::patsiz(comb.ends[0]) == 2 * 3 * (kTeeth - 1) + 3 + 1);
-    // No points were copied together: each side still has a piece of its own.
+    // No points were copied together: every side still has a block of its own.
     Pemmit::Path* const empty = Pemmit::patbeg();
-    const std::size_t piece = Embedded::bytesOf(comb.ends[1]) - Embedded::bytesOf(empty);
     CHECK(Embedded::bytesOf(comb.ends[0]) ==
-          Embedded::bytesOf(empty) + static_cast<std::size_t>(2 * kTeeth - 1) * piece);
+          static_cast<std::size_t>(2 * kTeeth - 1) * Embedded::bytesOf(empty));
     Pemmit::objrem(empty);
 
     const long before = allocationCount();
@@ -80,7 +79,7 @@ TEST_CASE("a hundred thousand joins allocate nothing and touch no other point") 
     CHECK(allocationCount() - before <= 2);
     CHECK(Pemmit::patsiz(comb.ends[0]) == 2 * 3 * kTeeth + 1);
     const std::size_t points = 8u * 2 * 3 * kTeeth;
-    CHECK(Embedded::bytesOf(comb.ends[0]) <= points + 256);
+    CHECK(Embedded::bytesOf(comb.ends[0]) <= points + 300);
 }
 
 TEST_CASE("a closing without memory leaves pieces, which walk the same from every start") {
@@ -110,12 +109,12 @@ TEST_CASE("a closing without memory leaves pieces, which walk the same from ever
 
 TEST_CASE("memory is in proportion to the points, for small paths too") {
     Pemmit::Path* const path = Pemmit::patbeg();
-    CHECK(Embedded::bytesOf(path) <= 160);
+    CHECK(Embedded::bytesOf(path) <= 248);
     for (int count = 1; count <= 200000; ++count) {
         Pemmit::patlin(path, count, -count);
         if (count <= 10 || count % 1000 == 0) {
             CAPTURE(count);
-            CHECK(Embedded::bytesOf(path) <= 256 + 8u * 2 * static_cast<std::size_t>(count));
+            CHECK(Embedded::bytesOf(path) <= 400 + 8u * 2 * static_cast<std::size_t>(count));
         }
     }
     Pemmit::objrem(path);
@@ -183,7 +182,7 @@ TEST_CASE("calls that mean nothing do nothing") {
 
 TEST_CASE("memory that ends leaves paths as they were") {
     // patlin at each of its first growths.
-    for (int stored : {0, 7, 19, 43}) {
+    for (int stored : {14, 49, 89}) {
         CAPTURE(stored);
         Pemmit::Path* const path = Pemmit::patbeg();
         append(path, 1, stored);
@@ -197,7 +196,7 @@ TEST_CASE("memory that ends leaves paths as they were") {
                 ++failures;
                 CHECK(walk(path) == before);
                 CHECK(path->box.maxX == box.maxX);
-                CHECK(Pemmit::patsiz(path) == (stored ? stored + 1 : 0));
+                CHECK(Pemmit::patsiz(path) == stored + 1);
             }
         });
         CHECK(tries == 1);

@@ -1,0 +1,124 @@
+// Contours: a path's points as a chain of pieces.
+//
+// A contour and its first piece are one block of memory, so that a small path
+// costs one allocation. A join may hand that piece to another contour while
+// this one is released, or the other way round: then the block goes with the
+// last of the two.
+
+#ifndef EMBEDDED_PEMMIT_CONTOUR_H
+#define EMBEDDED_PEMMIT_CONTOUR_H
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "embedded/pemmit/node.h"
+
+namespace Embedded {
+
+/// Pieces on their way from one contour to another.
+struct Stretch {
+    Chain chain;
+    std::int64_t points = 0;
+    std::uint32_t pieces = 0;
+
+    Stretch reversed() const {
+        Stretch result = *this;
+        result.chain.reverse();
+        return result;
+    }
+};
+
+struct Contour : Node {
+    /// Where the piece in the contour's own block is.
+    enum Own : std::uint8_t { kUnused, kHere, kLent };
+
+    Own own = kUnused;
+    // The last curve ends at the first point, which is not stored a second
+    // time: its end is the point that a closed walk delivers again. The chain
+    // is then one piece with room for one point more, and write is null.
+    bool closingCurve = false;
+    // Who needs the block: the contour, and whoever its piece was lent to. The
+    // two may be on different threads.
+    std::atomic<std::uint8_t> holders{1};
+    std::uint32_t pieces = 0;
+    Chain chain;
+    std::int64_t before = 0;  // points of all pieces but the one that grows
+    Contour* mate = nullptr;
+
+    /// A contour without points and with room for some in its own block.
+    /// Throws std::bad_alloc.
+    static Contour* make(std::uint32_t capacity);
+    /// Releases the points and the contour.
+    static void release(Contour* contour) noexcept;
+
+    bool isOpen() const { return (flags & Pemmit::kFlagOpen) != 0; }
+    bool hasPoints() const { return !chain.empty(); }
+    std::int64_t pointCount() const {
+        return before + (write ? write - chain.end[1].piece()->points() : 0);
+    }
+    /// How many points a piece of this contour holds.
+    std::int64_t countOf(const Piece* piece) const {
+        return write && piece == chain.end[1].piece() ? write - piece->points() : piece->count;
+    }
+    /// The first and the last stored point of a contour that has points.
+    const Point& firstPoint() const;
+    const Point& lastPoint() const;
+    /// Stores the points in order.
+    void copyPoints(Point* out) const;
+    /// The curves, ascending, numbered by the contour's points. Throws
+    /// std::bad_alloc.
+    std::vector<Curve> copyCurves() const;
+    /// The memory that the contour holds.
+    std::size_t bytes() const;
+
+    /// Makes room for n more points at write. Throws std::bad_alloc and leaves
+    /// the contour as it was.
+    void makeRoom(std::uint32_t n);
+    /// Empties the contour and hands its pieces over.
+    Stretch take() noexcept;
+    /// Hangs pieces behind or before the contour's own.
+    void append(const Stretch& more) noexcept;
+    void prepend(const Stretch& more) noexcept;
+    /// Makes one piece of the chain, in forward direction. Throws
+    /// std::bad_alloc and leaves the contour as it was.
+    void flatten();
+    /// Makes one piece of a chain of many if memory allows. Joins may leave
+    /// thousands of pieces behind; a handful is as good as one.
+    void settle() noexcept;
+    /// Takes the last point of a paused contour of one forward piece away.
+    void dropLastPoint() noexcept;
+    /// Stores the end of a closing curve as a point of its own.
+    void storeClosingPoint() noexcept;
+
+    /// Lets nothing grow, so that every piece's count is true; and lets the
+    /// last piece grow again where it can.
+    void pause() noexcept;
+    void resume() noexcept;
+
+ private:
+    Contour() : Node(kContour) {}
+
+    Piece* ownPiece() { return reinterpret_cast<Piece*>(this + 1); }
+    bool isOwn(const Piece* piece) const {
+        return piece == reinterpret_cast<const Piece*>(this + 1);
+    }
+    void extend(Piece* last, std::uint32_t n);
+    void freePiece(Piece* piece) noexcept;
+    void freePieces() noexcept;
+    static void drop(Contour* block) noexcept;
+};
+
+/// The body of a contour; null for null and for a compound object.
+inline Contour* contourOf(Pemmit::Object* object) {
+    Node* const node = nodeOf(object);
+    return node && node->kind == Node::kContour ? static_cast<Contour*>(node) : nullptr;
+}
+inline const Contour* contourOf(const Pemmit::Object* object) {
+    const Node* const node = nodeOf(object);
+    return node && node->kind == Node::kContour ? static_cast<const Contour*>(node) : nullptr;
+}
+
+}  // namespace Embedded
+
+#endif
