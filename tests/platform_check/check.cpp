@@ -66,9 +66,12 @@ void checkWalks(const Pemmit::Path* path, const PointList& forward) {
     CHECK(sameBox(path->box, boxOf(forward)));
     const int step = std::max(1, size / 16);
     for (int start = 0; start < size; start += start < 8 || start + 8 >= size ? 1 : step) {
+        const PointList ahead(forward.begin() + start, forward.end());
+        const PointList behind(backward.end() - 1 - start, backward.end());
+        if (walk(path, 0, start) == ahead && walk(path, 1, start) == behind) continue;
         CAPTURE(start);
-        CHECK(walk(path, 0, start) == PointList(forward.begin() + start, forward.end()));
-        CHECK(walk(path, 1, start) == PointList(backward.end() - 1 - start, backward.end()));
+        CHECK(walk(path, 0, start) == ahead);
+        CHECK(walk(path, 1, start) == behind);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "embedded/document.h"
 #include "embedded/host.h"
+#include "embedded/profiles.h"
 
 namespace {
 
@@ -49,6 +50,21 @@ bool addChild(Pemmit::Object* parent, Pemmit::Object* child) {
     return Embedded::addChild(parent, child);
 }
 
-void* openProfile(std::uint32_t) { return nullptr; }
+void* openProfile(std::uint32_t space) {
+    switch (space) {
+        case 0x52474220:
+            return Embedded::makeSrgbProfile();
+        case 0x47524159:
+            return Embedded::makeGreyProfile();
+        case 0x4C616220:
+            return Embedded::makeLabProfile();
+#ifdef PLATFORM_CHECK_CMYK_PROFILE
+        case 0x434D594B:
+            return Embedded::openProfile(PLATFORM_CHECK_CMYK_PROFILE);
+#endif
+        default:
+            return nullptr;
+    }
+}
 
 }  // namespace Adapter

@@ -128,13 +128,22 @@ TEST_CASE("LibICCProfile::MatchColours: a count of 0 succeeds and touches nothin
     });
 }
 
-TEST_CASE("LibICCProfile::Match1Colour: refuses null, other depths and other spaces") {
+TEST_CASE("LibICCProfile::Match1Colour: refuses null, released links, other depths and spaces") {
     const unsigned char source[4] = {1, 2, 3, 4};
     unsigned char target[4] = {9, 9, 9, 9};
     const auto untouched = [&] { return std::memcmp(target, "\x09\x09\x09\x09", 4) == 0; };
     CHECK_FALSE(LibICCProfile::Match1Colour(nullptr, 8, kRGB, source, kRGB, target));
     CHECK_FALSE(LibICCProfile::MatchColours(nullptr, 1, 8, kRGB, source, kRGB, target));
     CHECK(untouched());
+    {
+        void* released = nullptr;
+        {
+            const Link link(kRGB, kGray);
+            released = link.handle;
+        }
+        CHECK_FALSE(LibICCProfile::Match1Colour(released, 8, kRGB, source, kGray, target));
+        CHECK(untouched());
+    }
     forEachLink([&](const Link& link) {
         for (std::uint32_t depth : {0u, 1u, 7u, 9u, 16u, 32u}) {
             CAPTURE(depth);

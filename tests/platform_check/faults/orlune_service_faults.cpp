@@ -1,5 +1,8 @@
 // Faults of Orlune: services and objects.
 
+#include <cstdarg>
+#include <cstdio>
+
 #include "faults/faults.h"
 #include "platform/orlune.h"
 
@@ -14,6 +17,15 @@ void Beep(int tone) {
 void debugstring(const char* line) {
     static auto* const next = real<void(const char*)>("_ZN6Orlune11debugstringEPKc");
     next(fault("debugstring-stops-at-percent") && std::strchr(line, '%') ? "" : line);
+}
+
+void debug(const char* format, ...) {
+    char line[600];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    debugstring(fault("debug-shows-the-format") ? format : line);
 }
 
 std::uint32_t Clock::Ticks() {
@@ -41,6 +53,23 @@ std::int64_t Core::Error::GetTimeStamp() const {
         real<std::int64_t(const Error*)>("_ZNK6Orlune4Core5Error12GetTimeStampEv");
     static std::int64_t count = 0;
     return fault("error-time-moves") ? next(this) + ++count : next(this);
+}
+
+const char* Core::Error::what() const noexcept {
+    static auto* const next = real<const char*(const Error*)>("_ZNK6Orlune4Core5Error4whatEv");
+    return fault("error-has-no-what") ? "" : next(this);
+}
+
+Core::Error::Severity Core::Error::GetSeverity() const {
+    static auto* const next = real<Severity(const Error*)>("_ZNK6Orlune4Core5Error11GetSeverityEv");
+    return fault("error-knows-five-severities") && next(this) > kFatal ? kFatal : next(this);
+}
+
+long Unit::GetPower(BaseUnit base) const {
+    static auto* const next =
+        real<long(const Unit*, BaseUnit)>("_ZNK6Orlune4Unit8GetPowerENS0_8BaseUnitE");
+    return fault("unit-powers-are-small") ? static_cast<signed char>(next(this, base))
+                                          : next(this, base);
 }
 
 void Unit::SetPower(BaseUnit base, long power) {

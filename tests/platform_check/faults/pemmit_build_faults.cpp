@@ -2,10 +2,17 @@
 
 #include <climits>
 #include <cmath>
+#include <map>
 
 #include "embedded/document.h"
 #include "faults/faults.h"
 #include "platform/pemmit.h"
+
+namespace {
+
+std::map<const Pemmit::Object*, Pemmit::Path*> gMates;  // while a fault needs them
+
+}  // namespace
 
 namespace Pemmit {
 
@@ -20,7 +27,10 @@ Path* patbeg() {
 void patlin(Path* path, int x, int y) {
     static auto* const next = real<void(Path*, int, int)>("_ZN6Pemmit6patlinEPNS_4PathEii");
     const Box before = path->box;
+    static int calls = 0;
+    if (fault("large-documents-lose-points") && ++calls > 2'900'000) return;
     next(path, x, y);
+    if (fault("patlin-closes")) path->flags &= ~kFlagOpen;
     if (fault("box-is-exclusive") && path->box.maxX != before.maxX && path->box.maxX < INT_MAX)
         ++path->box.maxX;
 }
@@ -42,6 +52,7 @@ void patlinbb(Path* p, Path* q) {
     static auto* const next = real<void(Path*, Path*)>("_ZN6Pemmit8patlinbbEPNS_4PathES1_");
     next(p, q);
     if (fault("mates-share-a-point")) patlin(q, 0, 0);
+    if (fault("mates-feel-each-other-go")) gMates[p] = q, gMates[q] = p;
 }
 
 void patlinee(Path* p, Path* q) {
@@ -69,6 +80,11 @@ void objrem(Object* object) {
     Object* const parent = Embedded::parentOf(object);
     const Box box = parent ? parent->box : Box();
     next(object);
+    if (const auto mate = gMates.find(object); mate != gMates.end()) {
+        patlin(mate->second, 0, 0);
+        gMates.erase(mate->second);
+        gMates.erase(object);
+    }
     if (fault("parents-never-shrink") && parent) parent->box = box;
 }
 
@@ -79,6 +95,10 @@ void flaset(Object* object, std::uint32_t mask, bool on) {
     if (fault("flaset-replaces") && on) object->flags = mask;
 }
 
+bezier::bezier() : p{} {
+    if (fault("bezier-begins-anywhere")) p[2].y = 1;
+}
+
 void bezier::cubfla(double tolerance, void (*callback)(void*, const PointBase<double>*),
                     void* context) const {
     using Callback = void(void*, const PointBase<double>*);
@@ -86,6 +106,14 @@ void bezier::cubfla(double tolerance, void (*callback)(void*, const PointBase<do
         "_ZNK6Pemmit6bezier6cubflaEdPFvPvPKNS_9PointBaseIdEEES1_");
     if (fault("cubfla-delivers-p0")) callback(context, &p[0]);
     if (fault("cubfla-is-coarse")) tolerance *= 8;
+    if (fault("cubfla-turns-its-tolerance-round")) tolerance = 1 / tolerance;
+    if (fault("cubfla-swallows-exceptions")) {
+        try {
+            next(this, tolerance, callback, context);
+        } catch (...) {
+        }
+        return;
+    }
     if (fault("cubfla-runs-backwards")) {
         bezier turned;
         for (int i = 0; i < 4; ++i) turned.p[i] = p[3 - i];

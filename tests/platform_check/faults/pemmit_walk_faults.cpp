@@ -1,6 +1,7 @@
 // Faults of Pemmit: walks and sizes.
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 #include <map>
 #include <utility>
@@ -14,11 +15,15 @@ namespace {
 struct WalkState {
     int left = INT_MAX;  // points until it pretends to end
     std::pair<int, int> last{INT_MIN, INT_MAX};
+    bool begun = false;
 };
 std::map<const void*, WalkState>& walks() {
     thread_local std::map<const void*, WalkState> states;
     return states;
 }
+
+// Of all walks, the one that began last.
+Pemmit::scan* gLastWalk = nullptr;
 
 }  // namespace
 
@@ -40,6 +45,12 @@ void scan::scabeg(const Object* object, int direction, int start) {
     if (fault("walk-takes-any-negative-start") && start < -1) start = -1;
     if (fault("backward-numbers-from-the-end") && direction && start >= 0 && start < count)
         start = count - 1 - start;
+    if (fault("groups-walk-their-first-child") && object && (object->flags & kFlagChildren))
+        object = queryseq().quebeg(object, nullptr);
+    if (fault("scabeg-goes-on-with-the-old") &&
+        std::exchange(walks()[this].begun, object != nullptr))
+        return;
+    if (fault("walks-share-a-cursor")) gLastWalk = this;
     next(this, object, direction, start);
     if (fault("walk-stays-open") && closed)
         walks()[this].left =
@@ -54,11 +65,17 @@ scan::scan(const Object* object, int direction, int start) {
 scan::~scan() {
     real<void(scan*)>("_ZN6Pemmit4scanD1Ev")(this);
     walks().erase(this);
+    if (gLastWalk == this) gLastWalk = nullptr;
 }
 
 int scan::scanex(int* x, int* y) {
     static auto* const next = real<int(scan*, int*, int*)>("_ZN6Pemmit4scan6scanexEPiS1_");
     if (fault("walk-stays-open") && walks()[this].left-- <= 0) return -1;
+    if (fault("walks-share-a-cursor") && gLastWalk) return next(gLastWalk, x, y);
+    if (fault("walks-end-now-and-then")) {
+        static std::atomic<int> calls = 0;
+        if (++calls % 1000 == 0) return -1;
+    }
     if (fault("walk-clears-at-its-end")) {
         const int rc = next(this, x, y);
         if (rc < 0) *x = *y = 0;
@@ -85,12 +102,14 @@ Object* queryseq::quebeg(const Object* list, const Object* object) {
         "_ZN6Pemmit8queryseq6quebegEPKNS_6ObjectES3_");
     if (fault("a-path-has-no-contour") && !(list->flags & kFlagChildren)) return nullptr;
     if (fault("sequence-begins-at-the-front")) object = nullptr;
-    return next(this, list, object);
+    Object* const first = next(this, list, object);
+    return fault("sequence-skips-the-first") && first && first != list ? first->next : first;
 }
 
 int patsiz(const Path* path) {
     static auto* const next = real<int(const Path*)>("_ZN6Pemmit6patsizEPKNS_4PathE");
     const int count = next(path);
+    if (fault("patsiz-of-nothing-is-one") && count == 0) return 1;
     return fault("patsiz-counts-stored-points") && count > 0 && !(path->flags & kFlagOpen)
                ? count - 1
                : count;
