@@ -439,7 +439,7 @@ TEST_CASE("clean: memory that ends leaves the input and the next call as they ar
                     ++failures;
                 }
             });
-            CHECK(taken > 1);
+            CHECK(taken > 0);  // how often is the host's affair
             CHECK(failures == taken);
             Points again = walked(path.get());
             again.resize(points.size());
