@@ -1,6 +1,175 @@
+// The additive lagged generator: word t is word t - 32 plus word t - 1, modulo
+// 2^28.
+
+#include "util/random.h"
+
+#include <bit>
+#include <cstring>
+
+#include "platform/orlune.h"
+#include "util/narrow.h"
 #include "vaskel/util.h"
 
 namespace Vaskel {
+namespace {
+
+constexpr std::uint32_t kFactor = 31415821;
+constexpr int kFirstStep = 23;
+
+// One step of the congruential generator, modulo 2^28. Computed modulo 2^32, of
+// which 2^28 is a divisor: the product may lose its upper bits, and a negative
+// seed is the same as its remainder.
+constexpr std::uint32_t step(std::uint32_t x) { return (x * kFactor + 1) & kWordMask; }
+
+// n steps are one step with another factor and summand:
+// x -> a*x + c, then -> f*(a*x + c) + 1 = (f*a)*x + (f*c + 1).
+struct Leaps {
+    std::uint32_t factor[kRingSize];
+    std::uint32_t summand[kRingSize];
+};
+
+constexpr Leaps makeLeaps() {
+    Leaps leaps{};
+    std::uint32_t factor = 1;
+    std::uint32_t summand = 0;
+    for (int n = 1; n < kFirstStep + kRingSize; ++n) {
+        factor *= kFactor;
+        summand = summand * kFactor + 1;
+        if (n < kFirstStep) continue;
+        leaps.factor[n - kFirstStep] = factor;
+        leaps.summand[n - kFirstStep] = summand;
+    }
+    return leaps;
+}
+constexpr Leaps kLeaps = makeLeaps();
+
+// The scalings. Callers store seeds and expect the numbers that come of them,
+// so they stay, the odd ones too: 100001 in toDouble, where 100000 would do, and
+// shorts whose two low bits are always 0.
+// Test: "a seed gives the numbers it always gave".
+constexpr std::uint32_t topBits(std::uint32_t word) { return word >> 14; }
+
+// The product wraps in 32 bits.
+constexpr int toInt(std::uint32_t word, int n) {
+    return static_cast<std::int32_t>(topBits(word) * static_cast<std::uint32_t>(n)) >> 14;
+}
+
+// Divided, not multiplied by 0.00001: the two differ in the last bit.
+constexpr double toDouble(std::uint32_t word) {
+    return static_cast<int>(topBits(word) * 100001 >> 14) / 100000.0;
+}
+
+constexpr char toByte(std::uint32_t word) {
+    return std::bit_cast<char>(static_cast<unsigned char>(word >> 20));
+}
+
+// One word, the rule itself.
+std::uint32_t generateOne(std::uint32_t (&ring)[kRingSize], std::int32_t* index) {
+    const std::uint32_t previous = ring[*index];
+    *index = *index < kRingSize - 1 ? *index + 1 : 0;
+    return ring[*index] = (ring[*index] + previous) & kWordMask;
+}
+
+using Words = std::uint32_t __attribute__((vector_size(16)));
+
+// The 32 words after the one at index 31: running sums over the ring, four at
+// a time by sums of neighbours. Masked at the end only, since sums modulo 2^32
+// are right modulo 2^28.
+void generateRound(std::uint32_t (&ring)[kRingSize]) {
+    const Words zero = {};
+    Words carry = zero + ring[kRingSize - 1];
+    for (int i = 0; i < kRingSize; i += 4) {
+        Words sums;
+        std::memcpy(&sums, ring + i, sizeof sums);
+        sums += __builtin_shufflevector(zero, sums, 0, 4, 5, 6);
+        sums += __builtin_shufflevector(zero, sums, 0, 1, 4, 5);
+        sums += carry;
+        carry = __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
+        sums &= kWordMask;
+        std::memcpy(ring + i, &sums, sizeof sums);
+    }
+}
+
+// Stores scale(word) for count words in out.
+template <class Number, class Scale>
+void generate(std::uint32_t (&ring)[kRingSize], std::int32_t* index, Number* out, std::size_t count,
+              Scale scale) {
+    while (count > 0) {
+        if (*index == kRingSize - 1 && count >= kRingSize) {
+            generateRound(ring);
+            std::uint32_t words[kRingSize];  // a copy that out cannot overlap
+            std::memcpy(words, ring, sizeof words);
+            for (int i = 0; i < kRingSize; ++i) out[i] = scale(words[i]);
+            out += kRingSize;
+            count -= kRingSize;
+        } else {
+            *out++ = scale(generateOne(ring, index));
+            --count;
+        }
+    }
+}
+
+}  // namespace
+
+void fillRingPlain(int seed, std::uint32_t (&ring)[kRingSize]) {
+    auto x = static_cast<std::uint32_t>(seed);
+    for (int i = 0; i < kFirstStep; ++i) x = step(x);
+    ring[0] = x;
+    for (int k = 1; k < kRingSize; ++k) ring[k] = x = step(x);
+}
+
+void fillRing(int seed, std::uint32_t (&ring)[kRingSize]) {
+    const auto x = static_cast<std::uint32_t>(seed);
+    for (int k = 0; k < kRingSize; ++k)
+        ring[k] = (x * kLeaps.factor[k] + kLeaps.summand[k]) & kWordMask;
+}
+
+// Initialised as a constant, before any generator is made.
+constinit int Random::seedOffset = 0;
+
+Random::Random() {
+    setSeed(wrap32(std::int64_t{Orlune::Clock::Ticks()} + seedOffset));
+    seedOffset = wrap32(std::int64_t{seedOffset} + 1);
+}
+
+Random::Random(int seed) { setSeed(seed); }
+Random::Random(const Random& other) = default;
+Random& Random::operator=(const Random& other) = default;
+Random& Random::operator=(Random&& other) noexcept = default;
+
+void Random::setSeed(int seed) {
+    fillRing(seed, mRing);
+    mIndex = kRingSize - 1;
+}
+
+std::uint32_t Random::nextWord() { return generateOne(mRing, &mIndex); }
+
+int Random::nextInt(int n) { return toInt(nextWord(), n); }
+double Random::nextDouble() { return toDouble(nextWord()); }
+float Random::nextFloat() { return static_cast<float>(nextDouble()); }
+bool Random::nextBool() { return topBits(nextWord()) * 2 >= 16384; }
+char Random::nextByte() { return toByte(nextWord()); }
+unsigned short Random::nextShort() { return static_cast<unsigned short>(topBits(nextWord()) * 4); }
+
+void Random::nextInts(int n, int* out, std::size_t count) {
+    generate(mRing, &mIndex, out, count, [=](std::uint32_t word) { return toInt(word, n); });
+}
+
+void Random::nextDoubles(double* out, std::size_t count) {
+    generate(mRing, &mIndex, out, count, toDouble);
+}
+
+void Random::nextBytes(char* out, std::size_t count) {
+    generate(mRing, &mIndex, out, count, toByte);
+}
+
+namespace {
+Random gRandom;
+}  // namespace
+
+void ranini(int seed) { gRandom.setSeed(seed); }
+int ranint(int n) { return gRandom.nextInt(n); }
+double randou() { return gRandom.nextDouble(); }
 
 int noiseed = 1234567;
 
