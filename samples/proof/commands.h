@@ -17,6 +17,9 @@ using Command = std::function<int(Console&)>;
 /// trace INPUT -o OUT...: outlines of a scanned page as SVG and PDF.
 void addTrace(CLI::App& app, Command& chosen);
 
+/// make -o PROOF.pdf: a proof of a scan, a font, a picture and colours.
+void addMake(CLI::App& app, Command& chosen);
+
 }  // namespace Proof
 
 #endif

@@ -39,6 +39,7 @@ void describe(CLI::App& app, Arguments& arguments) {
         ->type_name("WHEN");
     app.fallthrough();
     addTrace(app, arguments.command);
+    addMake(app, arguments.command);
 }
 
 int run(const Arguments& arguments, Console& console) {

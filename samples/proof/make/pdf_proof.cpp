@@ -1,0 +1,130 @@
+#include "samples/proof/make/pdf_proof.h"
+
+#include <cstdio>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFPageObjectHelper.hh>
+
+#include "samples/proof/make/pdf_font.h"
+#include "samples/proof/numbers.h"
+#include "samples/proof/pdf_document.h"
+#include "samples/proof/pdf_writer.h"
+
+namespace Proof {
+namespace {
+
+constexpr int kPlaces = 4;  // of coordinates, in points
+
+std::string numbers(std::initializer_list<double> values) {
+    std::string text;
+    for (const double v : values) text += decimal(v, kPlaces) + ' ';
+    return text;
+}
+
+std::string hex(const std::string& codes) {
+    std::string text = "<";
+    char digits[3];
+    for (const char c : codes) {
+        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(c));
+        text += digits;
+    }
+    return text + ">";
+}
+
+}  // namespace
+
+PdfProof::PdfProof(double width, double height, const FontSource& font,
+                   const Fonts::Type1Font& program, bool embed, const ProfileBytes& press)
+    : mWidth(width),
+      mHeight(height),
+      mFont(font),
+      mProgram(program),
+      mEmbed(embed),
+      mPress(press) {}
+
+void PdfProof::fillArea(const Area& area, Rgb colour) {
+    mContent += numbers({colour.r / 255.0, colour.g / 255.0, colour.b / 255.0}) + "rg\n" +
+                numbers({area.x, area.y, area.width, area.height}) + "re f\n0 g\n";
+}
+
+void PdfProof::frameArea(const Area& area) {
+    mContent += "0.25 w " + numbers({area.x, area.y, area.width, area.height}) + "re S\n";
+}
+
+void PdfProof::drawText(double x, double y, double size, const std::string& text) {
+    mContent += "BT /F1 " + numbers({size}) + "Tf " + numbers({x, y}) + "Td " +
+                hex(mFont.encoded(text)) + " Tj ET\n";
+}
+
+void PdfProof::drawOutlines(double x, double y, const OutlinePage& page) {
+    mContent += "q 1 0 0 1 " + numbers({x, y}) + "cm\n" + pdfPageContent(page) + "Q\n";
+}
+
+void PdfProof::drawPicture(const Area& area, const Picture& picture) {
+    mImages.push_back({picture.width, picture.height, picture.space, ascii85(samplesOf(picture))});
+    mContent += "q " + numbers({area.width, 0, 0, area.height, area.x, area.y}) + "cm /I" +
+                std::to_string(mImages.size()) + " Do Q\n";
+}
+
+void PdfProof::write(const std::string& title, const std::string& source,
+                     std::optional<std::time_t> date, OutputFile& file) {
+    QPDF pdf;
+    pdf.emptyPDF();
+    setDocumentInfo(pdf, title, date);
+    if (!source.empty())
+        pdf.getTrailer().getKey("/Info").replaceKey("/Subject",
+                                                    QPDFObjectHandle::newUnicodeString(source));
+    QPDFObjectHandle profile = QPDFObjectHandle::newStream(&pdf, mPress.bytes);
+    profile.getDict().replaceKey("/N", QPDFObjectHandle::newInteger(mPress.channels));
+    profile = pdf.makeIndirectObject(profile);
+
+    QPDFObjectHandle images = QPDFObjectHandle::newDictionary();
+    for (std::size_t i = 0; i < mImages.size(); ++i) {
+        const Image& image = mImages[i];
+        QPDFObjectHandle stream = QPDFObjectHandle::newStream(&pdf);
+        stream.replaceStreamData(image.data, QPDFObjectHandle::newName("/ASCII85Decode"),
+                                 QPDFObjectHandle::newNull());
+        QPDFObjectHandle dict = stream.getDict();
+        dict.replaceKey("/Type", QPDFObjectHandle::newName("/XObject"));
+        dict.replaceKey("/Subtype", QPDFObjectHandle::newName("/Image"));
+        dict.replaceKey("/Width", QPDFObjectHandle::newInteger(image.width));
+        dict.replaceKey("/Height", QPDFObjectHandle::newInteger(image.height));
+        dict.replaceKey("/BitsPerComponent", QPDFObjectHandle::newInteger(8));
+        if (image.space == Picture::Cmyk) {
+            QPDFObjectHandle space = QPDFObjectHandle::newArray();
+            space.appendItem(QPDFObjectHandle::newName("/ICCBased"));
+            space.appendItem(profile);
+            dict.replaceKey("/ColorSpace", space);
+        } else {
+            dict.replaceKey("/ColorSpace", QPDFObjectHandle::newName("/DeviceRGB"));
+        }
+        images.replaceKey("/I" + std::to_string(i + 1), pdf.makeIndirectObject(stream));
+    }
+
+    QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
+    fonts.replaceKey("/F1", pdfFont(pdf, mFont, mProgram, mEmbed));
+    QPDFObjectHandle resources = QPDFObjectHandle::newDictionary();
+    resources.replaceKey("/Font", fonts);
+    resources.replaceKey("/XObject", images);
+
+    QPDFObjectHandle page = QPDFObjectHandle::parse("<< /Type /Page >>");
+    page.replaceKey("/MediaBox",
+                    QPDFObjectHandle::parse("[0 0 " + numbers({mWidth, mHeight}) + "]"));
+    page.replaceKey("/Resources", resources);
+    page.replaceKey("/Contents", QPDFObjectHandle::newStream(&pdf, mContent));
+    QPDFPageDocumentHelper(pdf).addPage(QPDFPageObjectHelper(pdf.makeIndirectObject(page)), false);
+
+    if (mPress.channels == 4) {
+        QPDFObjectHandle intent = QPDFObjectHandle::parse("<< /Type /OutputIntent /S /GTS_PDFX >>");
+        intent.replaceKey("/OutputConditionIdentifier",
+                          QPDFObjectHandle::newString(mPress.description));
+        intent.replaceKey("/Info", QPDFObjectHandle::newString(mPress.description));
+        intent.replaceKey("/DestOutputProfile", profile);
+        QPDFObjectHandle intents = QPDFObjectHandle::newArray();
+        intents.appendItem(pdf.makeIndirectObject(intent));
+        pdf.getRoot().replaceKey("/OutputIntents", intents);
+    }
+    writeDocument(pdf, PdfStreams::AsTheyAre, file);
+}
+
+}  // namespace Proof

@@ -1,0 +1,60 @@
+// The proof as PDF: one page, everything in it made by the library, structure
+// by qpdf, streams as they are.
+
+#ifndef SAMPLES_PROOF_MAKE_PDF_PROOF_H
+#define SAMPLES_PROOF_MAKE_PDF_PROOF_H
+
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "samples/proof/make/canvas.h"
+#include "samples/proof/make/font_source.h"
+#include "samples/proof/output_file.h"
+
+namespace Proof {
+
+/// A profile as it stands in its file.
+struct ProfileBytes {
+    std::string bytes;
+    std::string description;
+    int channels = 4;
+};
+
+class PdfProof : public Canvas {
+ public:
+    /// embed says whether the font's program goes into the file; the 14 standard
+    /// fonts need none. Pictures of inks are given the press profile's colours.
+    PdfProof(double width, double height, const FontSource& font, const Fonts::Type1Font& program,
+             bool embed, const ProfileBytes& press);
+
+    void fillArea(const Area& area, Rgb colour) override;
+    void frameArea(const Area& area) override;
+    void drawText(double x, double y, double size, const std::string& text) override;
+    void drawOutlines(double x, double y, const OutlinePage& page) override;
+    void drawPicture(const Area& area, const Picture& picture) override;
+
+    /// Writes the file; keywords are shown in its information.
+    void write(const std::string& title, const std::string& source, std::optional<std::time_t> date,
+               OutputFile& file);
+
+ private:
+    struct Image {
+        int width, height;
+        Picture::Space space;
+        std::string data;
+    };
+
+    double mWidth, mHeight;
+    const FontSource& mFont;
+    const Fonts::Type1Font& mProgram;
+    bool mEmbed;
+    const ProfileBytes& mPress;
+    std::string mContent;
+    std::vector<Image> mImages;
+};
+
+}  // namespace Proof
+
+#endif
