@@ -1,6 +1,7 @@
 #include "samples/proof/make/proof_page.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Proof {
 namespace {
@@ -97,7 +98,8 @@ PicturePlaces drawPanel(const ProofContent& content, Panel& panel) {
 double pageHeight(const ProofContent& content) {
     Panel measure(0, 0, nullptr, nullptr);
     drawPanel(content, measure);
-    return std::max(scanHeight(content) + kLabelBand, measure.used()) + 2 * kMargin;
+    // Whole points: viewers round a page's size differently.
+    return std::ceil(std::max(scanHeight(content) + kLabelBand, measure.used()) + 2 * kMargin);
 }
 
 double panelX(const ProofContent& content) { return kMargin + scanWidth(content) + 2 * kGap; }
@@ -117,7 +119,7 @@ std::string ProofContent::allText() const {
 
 ProofLayout layOut(const ProofContent& content) {
     ProofLayout layout;
-    layout.width = panelX(content) + panelWidth(content) + kMargin;
+    layout.width = std::ceil(panelX(content) + panelWidth(content) + kMargin);
     layout.height = pageHeight(content);
     Panel panel(panelX(content), layout.height - kMargin, nullptr, nullptr);
     const PicturePlaces places = drawPanel(content, panel);
