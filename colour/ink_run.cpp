@@ -1,8 +1,10 @@
 #include "colour/ink_run.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 
 #include "platform/orlune.h"
 #include "vaskel/colour.h"
@@ -91,6 +93,36 @@ void inkRunTable(unsigned char* pixels, int count) {
     }
 }
 
-void cmykrgbrun(unsigned char* pixels, int count) { inkRunTable(pixels, count); }
+namespace {
+
+constexpr InkRunForm kForms[] = {
+    {"plain", inkRunPlain},
+    {"table", inkRunTable},
+#if defined(__x86_64__)
+    {"avx2", inkRunAvx2},
+#endif
+};
+
+std::size_t usableForms() {
+#if defined(__x86_64__)
+    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma"))
+        return std::size(kForms) - 1;
+#endif
+    return std::size(kForms);
+}
+
+std::atomic<const InkRunForm*> gForced{nullptr};
+
+}  // namespace
+
+std::span<const InkRunForm> inkRunForms() { return std::span(kForms).first(usableForms()); }
+
+void forceInkRunForm(const InkRunForm* form) { gForced.store(form, std::memory_order_relaxed); }
+
+void cmykrgbrun(unsigned char* pixels, int count) {
+    static const InkRunForm& best = inkRunForms().back();
+    const InkRunForm* const forced = gForced.load(std::memory_order_relaxed);
+    (forced ? *forced : best).run(pixels, count);
+}
 
 }  // namespace Vaskel

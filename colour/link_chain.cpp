@@ -81,14 +81,19 @@ int colsynlnk::process(const unsigned char* in, unsigned char* out, std::size_t 
     if (n == 0) return 1;
     // Mixed calls can leave fewer codes than links need: addlink before add.
     if (mSpaces.size() < n + 1) return 0;
-    std::unique_ptr<unsigned char[]> source, target;
-    if (n > 1 && !(target = makePixels(count))) return 0;
-    if (n > 2 && !(source = makePixels(count))) return 0;
+    // A single pixel, which pickers ask for over and over, needs no memory.
+    unsigned char onePixel[2][kPixelBytes] = {};
+    std::unique_ptr<unsigned char[]> pixels[2];
+    unsigned char* between[2] = {onePixel[0], onePixel[1]};
+    for (std::size_t i = 0; i < 2 && i + 1 < n && count != 1; ++i) {
+        pixels[i] = makePixels(count);
+        if (!pixels[i]) return 0;
+        between[i] = pixels[i].get();
+    }
     for (std::size_t i = 0; i < n; ++i) {
-        unsigned char* const to = i + 1 == n ? out : target.get();
+        unsigned char* const to = i + 1 == n ? out : between[i % 2];
         if (!match(mLinks[i], count, mSpaces[i], in, mSpaces[i + 1], to)) return 0;
-        source.swap(target);
-        in = source.get();
+        in = to;
     }
     return 1;
 }

@@ -1,6 +1,10 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <random>
+#include <string>
 
 #include "colour/ink_run.h"
 #include "tests/support/guarded_bytes.h"
@@ -34,12 +38,16 @@ TEST_CASE("cmykrgbrun: ink colours over each other") {
 }
 
 void checkForms(const GuardedBytes& pixels, int count) {
-    GuardedBytes want(pixels.size()), got(pixels.size());
+    GuardedBytes want(pixels.size());
     std::copy(pixels.data(), pixels.data() + pixels.size(), want.data());
-    std::copy(pixels.data(), pixels.data() + pixels.size(), got.data());
     Vaskel::inkRunPlain(want.data(), count);
-    Vaskel::inkRunTable(got.data(), count);
-    CHECK(got == want);
+    for (const Vaskel::InkRunForm& form : Vaskel::inkRunForms().subspan(1)) {
+        CAPTURE(std::string(form.name));
+        GuardedBytes got(pixels.size());
+        std::copy(pixels.data(), pixels.data() + pixels.size(), got.data());
+        form.run(got.data(), count);
+        CHECK(got == want);
+    }
 }
 
 TEST_CASE("ink run: every form gives the plain form's bytes") {
@@ -70,6 +78,36 @@ TEST_CASE("ink run: all amounts of each two inks, the others at three amounts") 
                                             : static_cast<std::size_t>(other));
                 checkForms(pixels, 65536);
             }
+}
+
+TEST_CASE("ink run: each ink's amounts with many others, every form") {
+    // A stride that is odd in each byte goes through all amounts of each ink.
+    constexpr int kCount = 1 << 20;
+    GuardedBytes pixels(4 * std::size_t{kCount});
+    std::uint32_t inks = 0;
+    for (std::size_t i = 0; i < kCount; ++i, inks += 0x9E3779B1u)
+        std::memcpy(&pixels[4 * i], &inks, 4);
+    checkForms(pixels, kCount);
+#if defined(__x86_64__)
+    if (Vaskel::inkRunForms().size() > 2) {
+        // Groups of both kinds come up.
+        const int declines = Vaskel::inkRunAvx2Declines(pixels.data(), kCount);
+        CHECK(declines > 100);
+        CHECK(declines < kCount / 8 / 20);
+    }
+#endif
+}
+
+TEST_CASE("ink run: the forced form runs") {
+    static int calls = 0;
+    const Vaskel::InkRunForm counting = {"counting", [](unsigned char*, int) { ++calls; }};
+    unsigned char pixel[4] = {1, 2, 3, 4};
+    Vaskel::forceInkRunForm(&counting);
+    Vaskel::cmykrgbrun(pixel, 1);
+    Vaskel::forceInkRunForm(nullptr);
+    CHECK(calls == 1);
+    Vaskel::cmykrgbrun(pixel, 1);
+    CHECK(calls == 1);
 }
 
 }  // namespace

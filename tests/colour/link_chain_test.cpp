@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/libiccprofile.h"
 #include "tests/colour/recording_links.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/guarded_bytes.h"
@@ -190,6 +191,22 @@ TEST_CASE("colsynlnk: sizes that overflow and memory that ends give 0") {
         const FailingAllocation failing(n);
         CHECK(chain.process(in.data(), out.data(), 100) == 0);
     }
+}
+
+TEST_CASE("colsynlnk: a single pixel needs no memory") {
+    RecordingLinks recorder;
+    recorder.calls.reserve(100);  // the recorder's own lines are all that is counted
+    colsynlnk chain;
+    for (std::uintptr_t link : {101, 102, 103}) chain.addlink(handle(link), 5, 5);
+    const unsigned char in[4] = {1, 2, 3, 4};
+    unsigned char out[4];
+    const long before = allocationCount();
+    for (std::uintptr_t link : {101, 102, 103})
+        LibICCProfile::Match1Colour(handle(link), 8, 5, in, 5, out);
+    const long calls = allocationCount() - before;
+    CHECK(chain.process(in, out, 1) == 1);
+    CHECK(allocationCount() - before == 2 * calls);
+    CHECK(out[3] == 7);
 }
 
 TEST_CASE("colsynlnk: memory that ends in add leaves the chain as it was") {
