@@ -7,6 +7,7 @@
 //                              form to the others
 //   vaskel/encoding/bigint.h   unsigned integers of any size
 //   vaskel/encoding/ascii85.h  bytes as ASCII85 streams
+//   vaskel/encoding/path_to_url.h  URLs from slash-separated paths
 //
 // Nothing here keeps state between calls or shares any: different objects may
 // be used on different threads.
@@ -16,6 +17,7 @@
 
 #include "vaskel/encoding/ascii85.h"
 #include "vaskel/encoding/bigint.h"
+#include "vaskel/encoding/path_to_url.h"
 #include "vaskel/encoding/unicode.h"
 #include "vaskel/export.h"
 

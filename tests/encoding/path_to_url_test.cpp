@@ -1,0 +1,133 @@
+#include <doctest/doctest.h>
+
+#include <new>
+#include <string>
+
+#include "tests/support/fake_host.h"
+#include "vaskel/encoding.h"
+
+using namespace Vaskel;
+
+namespace {
+
+constexpr const char* kKept = "kept://before";
+
+std::string repeated(std::size_t count, const std::string& what) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) text += what;
+    return text;
+}
+
+std::string urlOf(const std::string& path, const std::string& scheme) {
+    Orlune::FileSpecURL url;
+    url = kKept;
+    PathToURL(path, scheme, url);
+    return url.GetURL();
+}
+
+struct Row {
+    const char* why;
+    std::string path;
+    std::string scheme;
+    std::string url;
+};
+
+const Row kRows[] = {
+    {"absolute", "/Volumes/disk/a b.txt", "file", "file:///Volumes/disk/a%20b.txt"},
+    {"relative", "a/name", "file", "file://a/name"},
+    {"a leaf behind a slash", "/name", "file", "file://name"},
+    {"a leaf alone", "name", "file", "file://name"},
+    {"its own scheme", "http://server/my dir/x y", "file", "http://server/my%20dir/x%20y"},
+    {"its own scheme, absolute", "file:///v v/d d/x", "http", "file:///v v/d%20d/x"},
+    {"the first component stays", "/a b/c d/e f", "file", "file:///a b/c%20d/e%20f"},
+    {"a host alone is the leaf", "http://ser ver/", "", "http://ser%20ver"},
+    {"runs of slashes", "//a///b////c//", "file", "file:///a/b/c"},
+    {"no scheme", "/a/b", "", "/a/b"},
+    {"no scheme, relative", "a/b", "", "a/b"},
+    {"an own empty scheme", "://a/b", "http", "a/b"},
+    {"a scheme mark too short", ":/a/b", "x", "x://:/a/b"},
+    {"the first mark counts", "a://b://c", "x", "a://b:/c"},
+    {"an opening bracket and a colon", "/a<b/c:d", "", "file:///a<b/c%3Ad"},
+    {"no colon behind the bracket", "/a:b/c<d", "", "/a:b/c%3Cd"},
+    {"a bracket while there is a scheme", "/a<b/c:d", "x", "x:///a<b/c%3Ad"},
+    {"a bracket behind an own empty scheme", "://a<b:c/d", "x", "file://a<b:c/d"},
+    {"only the first bracket", "/<a:<b", "", "file://%3Ca%3A%3Cb"},
+    {"UTF-8 in the middle and at the end", "/a/\xC3\xA9/\xE2\x82\xAC", "f",
+     "f:///a/%C3%A9/%E2%82%AC"},
+    {"beyond U+FFFF", "/a/\xF0\x9F\x98\x80/b", "f", "f:///a/%F0%9F%98%80/b"},
+    {"a broken middle becomes empty", "/a/\xC3/b", "f", "f:///a//b"},
+    {"a long middle is cut", "/a/" + repeated(2000, "m") + "/b", "f",
+     "f:///a/" + repeated(1023, "m") + "/b"},
+    {"a long leaf is not", "/a/" + repeated(5000, " "), "f", "f:///a/" + repeated(5000, "%20")},
+    {"a long first is not", "/" + repeated(5000, "a") + "/b", "f",
+     "f:///" + repeated(5000, "a") + "/b"},
+    {"the longest encoded middle fits", "/a/" + repeated(1023, "\xE2\x82\xAC") + "/b", "f",
+     "f:///a/" + repeated(1023, "%E2%82%AC") + "/b"},
+
+    {"nothing", "", "file", kKept},
+    {"one slash", "/", "file", kKept},
+    {"slashes only", "//", "file", kKept},
+    {"nothing behind the scheme", "http://", "file", kKept},
+    {"slashes behind the scheme", "http:////", "file", kKept},
+    {"only the mark", "://", "file", kKept},
+};
+
+}  // namespace
+
+TEST_CASE("PathToURL makes a URL of a path") {
+    for (const Row& row : kRows) {
+        CAPTURE(row.why);
+        CAPTURE(row.path);
+        CHECK(urlOf(row.path, row.scheme) == row.url);
+    }
+}
+
+TEST_CASE("PathToURL resets the old URL once, and only for a new one") {
+    struct Counting : Orlune::FileSpecURL {
+        using FileSpecURL::operator=;
+        void Reset() override {
+            ++resets;
+            FileSpecURL::Reset();
+        }
+        int resets = 0;
+    };
+    Counting url;
+    PathToURL("//", "file", url);
+    CHECK(url.resets == 0);
+    PathToURL("/a/b", "file", url);
+    CHECK(url.resets == 1);
+    CHECK(url.GetURL() == "file:///a/b");
+}
+
+TEST_CASE("PathToURL reads a path that is the text of its own output") {
+    Orlune::FileSpecURL url;
+    url = "http://server/some long directory name/x";
+    PathToURL(url.GetURL(), "", url);
+    CHECK(url.GetURL() == "http://server/some%20long%20directory%20name/x");
+}
+
+TEST_CASE("PathToURL takes a million components") {
+    const std::string path = "/v" + repeated(1000000, "/c");
+    CHECK(urlOf(path, "file") == "file://" + path);
+    CHECK(urlOf(repeated(1000000, "/"), "file") == kKept);
+}
+
+TEST_CASE("PathToURL leaves the output alone or reset when memory ends") {
+    const std::string path = "/volume/" + repeated(200, "directory/") + repeated(200, "leaf");
+    Orlune::FileSpecURL url;
+    int kept = 0, reset = 0;
+    const int failures = failEachAllocation([&] {
+        Orlune::FileSpecURL fresh;
+        fresh = kKept;  // short: takes no allocation
+        try {
+            PathToURL(path, "file", fresh);
+            url = fresh;
+        } catch (const std::bad_alloc&) {
+            kept += fresh.GetURL() == kKept;
+            reset += fresh.GetURL().empty();
+        }
+    });
+    CHECK(kept > 1);
+    CHECK(kept + reset + 1 >= failures);  // one more where url itself is stored
+    CHECK(url.GetURL().size() > 2000);
+}
