@@ -161,8 +161,9 @@ void patlinee(Path* p, Path* q) {
         first->settle();
         return;
     }
-    // The outline runs from the free end of start to that of end. Where p is
-    // the free end itself, the same outline is told from the other side.
+    // The outline runs from the free end of start to that of end. Where p has
+    // no mate, and so is a free end itself, the same outline is told from the
+    // other side.
     Contour& heir = start ? *start : *end;
     Contour& near = start ? *first : *second;
     Contour& far = start ? *second : *first;
@@ -175,6 +176,7 @@ void patlinee(Path* p, Path* q) {
     first->mate = second->mate = nullptr;
     if (start) start->mate = end;
     if (end) end->mate = start;
+    if (!heir.mate) heir.settle();
 }
 
 Path* patdup(const Path* path) { return copyTree(*nodeOf(path)); }

@@ -18,6 +18,10 @@ namespace {
 // bytes of theirs.
 constexpr std::uint64_t capacityAfter(std::uint64_t capacity) { return (2 * capacity + 5) | 3; }
 
+// Larger pieces are not copied to grow: the next one takes as many points as
+// there are, and the memory of both is never held at the same time.
+constexpr std::uint32_t kMostCopied = 8192;
+
 // Up to this many pieces are left as they are: finding a point by its number
 // takes a step each, and copying small outlines would cost more than walking
 // a few runs.
@@ -39,7 +43,10 @@ Contour* Contour::make(std::uint32_t capacity) {
 void Contour::release(Contour* contour) noexcept {
     contour->pause();
     contour->freePieces();
-    if (contour->mate) contour->mate->mate = nullptr;
+    if (contour->mate) {
+        contour->mate->mate = nullptr;
+        contour->mate->settle();
+    }
     if (contour->own == kLent)
         drop(contour);
     else
@@ -122,11 +129,15 @@ void Contour::extend(Piece* last, std::uint32_t n) {
         ++pieces;
         return;
     }
-    // A piece in a body keeps its points and gets a neighbour: its memory would
-    // not come free before the body goes.
-    const bool copies = last && (!last->inBody || closingCurve);
+    // A large piece keeps its points and gets a neighbour, and so does one in a
+    // body, since its memory would not come free before the body goes.
+    const bool small = last && !last->inBody && last->capacity <= kMostCopied;
+    const bool copies = small || closingCurve;
     const std::uint64_t needed = std::uint64_t{copies ? last->count : 0} + n;
-    const std::uint64_t wanted = std::max(needed, capacityAfter(last ? last->capacity : 0));
+    const std::uint64_t more = last && last->capacity > kMostCopied
+                                   ? static_cast<std::uint64_t>(before)
+                                   : capacityAfter(last ? last->capacity : 0);
+    const std::uint64_t wanted = std::max(needed, more);
     Piece* const fresh =
         makePiece(static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, kMostPoints)));
     if (!copies) {

@@ -177,6 +177,29 @@ TEST_CASE("a curve may follow the curve that closed a contour") {
     Pemmit::objrem(path);
 }
 
+TEST_CASE("a curve closes a contour of any length") {
+    for (int lines : {1, 13, 14, 48, 20000, 60000}) {
+        CAPTURE(lines);
+        Pemmit::Path* const path = Pemmit::patbeg();
+        Pemmit::patlin(path, 0, 0);
+        for (int i = 1; i <= lines; ++i) Pemmit::patlin(path, i, i % 3);
+        addCurve(path, lines, 50, 10, 50, 0, 0);
+        Points want = walk(path);
+        want.pop_back();
+        const std::string segments = drawn(path);
+        Embedded::closeContour(path);
+        CHECK(walk(path) == want);
+        CHECK(walk(path, 1) == Points(want.rbegin(), want.rend()));
+        CHECK(drawn(path) == segments);
+        Pemmit::patlin(path, -1, -1);
+        want.push_back({-1, -1});
+        want.push_back({0, 0});
+        CHECK(walk(path) == want);
+        CHECK(Pemmit::patsiz(path) == static_cast<int>(want.size()));
+        Pemmit::objrem(path);
+    }
+}
+
 TEST_CASE("joins turn curves round") {
     Pemmit::Path *p = Pemmit::patbeg(), *q = Pemmit::patbeg();
     Pemmit::patlinbb(p, q);
