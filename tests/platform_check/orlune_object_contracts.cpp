@@ -114,17 +114,17 @@ TEST_CASE("Orlune::Unit: another base unit changes nothing and has power 0") {
 TEST_CASE("Orlune::FileSpecURL: holds a copy of the URL until it is reset") {
     Orlune::FileSpecURL url;
     CHECK(url.GetURL().empty());
-    char text[] = "file:///tmp/a%20b";
+    char text[] = "file:///docs/a%20b";
     url = text;
     text[0] = 'X';
-    CHECK(url.GetURL() == "file:///tmp/a%20b");
+    CHECK(url.GetURL() == "file:///docs/a%20b");
     Orlune::FileSpecURL copy(url);
     Orlune::FileSpecURL assigned;
     assigned = url;
     url.Reset();
     CHECK(url.GetURL().empty());
-    CHECK(copy.GetURL() == "file:///tmp/a%20b");
-    CHECK(assigned.GetURL() == "file:///tmp/a%20b");
+    CHECK(copy.GetURL() == "file:///docs/a%20b");
+    CHECK(assigned.GetURL() == "file:///docs/a%20b");
     url = "";
     CHECK(url.GetURL().empty());
 }
