@@ -5,6 +5,7 @@
 // would show the same, because a successful link writes all four bytes of every
 // pixel and never reads its target: platform/libiccprofile.h requires both.
 
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <new>
@@ -26,9 +27,14 @@ bool match(void* link, std::size_t count, std::uint32_t inSpace, const unsigned 
                : LibICCProfile::MatchColours(link, count, kDepth, inSpace, in, outSpace, out);
 }
 
+// More than an array of bytes may have; beyond it new would throw, also in the
+// form that returns null.
+constexpr std::size_t kMostPixels =
+    static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / kPixelBytes;
+
 // Zeroed pixels, or null.
 std::unique_ptr<unsigned char[]> makePixels(std::size_t count) {
-    if (count > std::numeric_limits<std::size_t>::max() / kPixelBytes) return nullptr;
+    if (count > kMostPixels) return nullptr;
     return std::unique_ptr<unsigned char[]>(
         new (std::nothrow) unsigned char[count * kPixelBytes]());
 }
@@ -79,8 +85,6 @@ bool colsynlnk::isvalid(unsigned int inSpace, unsigned int outSpace) const {
 int colsynlnk::process(const unsigned char* in, unsigned char* out, std::size_t count) const {
     const std::size_t n = mLinks.size();
     if (n == 0) return 1;
-    // Mixed calls can leave fewer codes than links need: addlink before add.
-    if (mSpaces.size() < n + 1) return 0;
     // A single pixel, which pickers ask for over and over, needs no memory.
     unsigned char onePixel[2][kPixelBytes] = {};
     std::unique_ptr<unsigned char[]> pixels[2];

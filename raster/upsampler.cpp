@@ -32,7 +32,8 @@ std::int64_t replicationSources(double factor, std::int32_t width, std::int64_t 
 
 upsampler::upsampler(double inResolution, double outResolution, int width)
     : mFactor(outResolution / inResolution), mColumn(0), mWidth(width) {
-    if (!std::isfinite(mFactor) || mFactor <= 0) mFactor = 0;
+    // From 2^52 on adding 1 to the row count would not end.
+    if (!std::isfinite(mFactor) || mFactor <= 0 || mFactor >= 4503599627370496.0) mFactor = 0;
     mFraction = mFactor - std::trunc(mFactor);
     mWholeFactor = mFactor < 2147483647.0 ? static_cast<std::int32_t>(mFactor) : 2147483647;
     mRow = mFactor;

@@ -1,5 +1,7 @@
 #include "embedded/iccprofile/handles.h"
 
+#include <new>
+
 #include "embedded/profiles.h"
 
 namespace Embedded {
@@ -8,17 +10,18 @@ namespace {
 
 thread_local std::string tLastError;
 
-void noteError(cmsContext, cmsUInt32Number, const char* text) { tLastError = text; }
+// Called from C, which no exception may pass.
+void noteError(cmsContext, cmsUInt32Number, const char* text) { setError(text); }
 
 }  // namespace
 
 Registry<Profile>& profiles() {
-    static auto* const registry = new Registry<Profile>;
+    static auto* const registry = new Registry<Profile>(1);
     return *registry;
 }
 
 Registry<Link>& links() {
-    static auto* const registry = new Registry<Link>;
+    static auto* const registry = new Registry<Link>(2);
     return *registry;
 }
 
@@ -31,7 +34,13 @@ cmsContext context() {
     return made;
 }
 
-void setError(std::string reason) { tLastError = std::move(reason); }
+void setError(const char* reason) noexcept {
+    try {
+        tLastError = reason;
+    } catch (const std::bad_alloc&) {
+        tLastError.clear();
+    }
+}
 
 }  // namespace Icc
 

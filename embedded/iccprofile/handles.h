@@ -5,6 +5,7 @@
 
 #include <lcms2.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -30,17 +31,21 @@ struct Profile {
 struct Link {
     std::unique_ptr<void, TransformRemover> lcms;
     std::uint32_t sourceSpace = 0, targetSpace = 0;
-    bool fillsPixel = false;  // writes all four bytes of a target pixel
+    std::size_t channels = 4;  // that it writes of a target pixel
 };
 
-/// The handles that are open. A handle is looked up before it is used, so that
-/// a null, closed or foreign one is told from an open one.
+/// The handles that are open. A handle is a number that comes only once, odd for
+/// profiles and even for links, and is looked up before it is used, so that a
+/// null, closed or foreign one is told from an open one.
 template <class Object>
 class Registry {
  public:
+    explicit Registry(std::uintptr_t first) : mNext(first) {}
+
     void* add(std::shared_ptr<Object> object) {
         const std::unique_lock lock(mMutex);
-        void* const handle = object.get();
+        void* const handle = reinterpret_cast<void*>(mNext);
+        mNext += 2;
         mOpen.emplace(handle, std::move(object));
         return handle;
     }
@@ -60,6 +65,7 @@ class Registry {
 
  private:
     mutable std::shared_mutex mMutex;
+    std::uintptr_t mNext;
     std::unordered_map<void*, std::shared_ptr<Object>> mOpen;
 };
 
@@ -70,7 +76,8 @@ Registry<Link>& links();
 
 /// Little CMS with errors going to lastProfileError of the thread.
 cmsContext context();
-void setError(std::string reason);
+/// Keeps the reason for the thread; without memory for it, none is kept.
+void setError(const char* reason) noexcept;
 
 }  // namespace Embedded::Icc
 

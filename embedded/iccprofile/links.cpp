@@ -49,9 +49,10 @@ bool transform(void* handle, std::size_t count, std::uint32_t depth, std::uint32
     constexpr std::size_t kMostAtOnce = std::size_t{1} << 28;
     while (count > 0) {
         const std::size_t n = std::min(count, kMostAtOnce);
-        // What the link does not write, the unused bytes, stays 0.
-        if (!link->fillsPixel) std::memset(target, 0, n * kPixelBytes);
         cmsDoTransform(link->lcms.get(), source, target, static_cast<cmsUInt32Number>(n));
+        // Afterwards, so that source and target may be one buffer.
+        for (std::size_t i = 0; i < n && link->channels < kPixelBytes; ++i)
+            std::memset(target + i * kPixelBytes + link->channels, 0, kPixelBytes - link->channels);
         source += n * kPixelBytes;
         target += n * kPixelBytes;
         count -= n;
@@ -76,13 +77,13 @@ void* MakeProfileLink(void* from, void* to) {
         auto link = std::make_shared<Link>();
         link->sourceSpace = source->space;
         link->targetSpace = target->space;
-        link->fillsPixel =
-            cmsChannelsOf(static_cast<cmsColorSpaceSignature>(target->space)) == kPixelBytes;
+        link->channels = cmsChannelsOf(static_cast<cmsColorSpaceSignature>(target->space));
         link->lcms.reset(cmsCreateTransformTHR(context(), source->lcms.get(),
                                                formatOf(source->space), target->lcms.get(),
                                                formatOf(target->space), source->intent, kFlags));
         return link->lcms ? links().add(std::move(link)) : nullptr;
     } catch (const std::bad_alloc&) {
+        setError("no memory");
         return nullptr;
     }
 }

@@ -15,15 +15,16 @@ constexpr std::uint32_t kMostChannels = 4;
 
 // Takes the profile over; null when it is none that pixels of four bytes can
 // have.
-void* adopt(cmsHPROFILE lcms, const char* what) {
+void* adopt(cmsHPROFILE lcms) {
     if (!lcms) return nullptr;  // Little CMS has given the reason
+    std::unique_ptr<void, Icc::ProfileCloser> owned(lcms);
     auto profile = std::make_shared<Profile>();
-    profile->lcms.reset(lcms);
+    profile->lcms = std::move(owned);
     const cmsProfileClassSignature deviceClass = cmsGetDeviceClass(lcms);
     profile->space = cmsGetColorSpace(lcms);
     if (deviceClass == cmsSigNamedColorClass || deviceClass == cmsSigLinkClass ||
         cmsChannelsOf(cmsGetColorSpace(lcms)) > kMostChannels) {
-        Icc::setError(std::string(what) + ": not a profile of at most four channels");
+        Icc::setError("not a profile of at most four channels");
         return nullptr;
     }
     profile->intent = cmsGetHeaderRenderingIntent(lcms);
@@ -38,7 +39,7 @@ void* openProfile(const char* path) {
         Icc::setError("no profile named");
         return nullptr;
     }
-    return adopt(cmsOpenProfileFromFileTHR(Icc::context(), path, "r"), path);
+    return adopt(cmsOpenProfileFromFileTHR(Icc::context(), path, "r"));
 }
 
 void* openProfileInMemory(const void* data, std::size_t bytes) {
@@ -47,20 +48,19 @@ void* openProfileInMemory(const void* data, std::size_t bytes) {
         return nullptr;
     }
     return adopt(
-        cmsOpenProfileFromMemTHR(Icc::context(), data, static_cast<cmsUInt32Number>(bytes)),
-        "profile in memory");
+        cmsOpenProfileFromMemTHR(Icc::context(), data, static_cast<cmsUInt32Number>(bytes)));
 }
 
-void* makeSrgbProfile() { return adopt(cmsCreate_sRGBProfileTHR(Icc::context()), "sRGB"); }
+void* makeSrgbProfile() { return adopt(cmsCreate_sRGBProfileTHR(Icc::context())); }
 
-void* makeLabProfile() { return adopt(cmsCreateLab4ProfileTHR(Icc::context(), nullptr), "L*a*b*"); }
+void* makeLabProfile() { return adopt(cmsCreateLab4ProfileTHR(Icc::context(), nullptr)); }
 
 void* makeGreyProfile() {
     cmsToneCurve* const gamma = cmsBuildGamma(Icc::context(), 2.2);
     if (!gamma) return nullptr;
     const cmsHPROFILE grey = cmsCreateGrayProfileTHR(Icc::context(), cmsD50_xyY(), gamma);
     cmsFreeToneCurve(gamma);
-    return adopt(grey, "grey");
+    return adopt(grey);
 }
 
 std::uint32_t colourSpaceOf(void* profile) {

@@ -265,7 +265,7 @@ class VASKEL_API downsampler {
 ///
 /// A fraction carries on to the next pixel and line: width 3 by 1.5 gives lines
 /// of 4 pixels (a a b c), and lines come 2, 1, 2, 1 ... times. A factor below 1
-/// drops lines. A factor of 0 or below, infinite or not a number, and a
+/// drops lines. A factor of 0 or below, of 2^52 or more, or not a number, and a
 /// negative width, make an empty image.
 ///
 /// Copies share the line buffers, which live as long as an object that uses

@@ -183,6 +183,8 @@ TEST_CASE("colsynlnk: sizes that overflow and memory that ends give 0") {
     chain.addlink(handle(21), 5, 5);
     unsigned char pixel[4] = {};
     CHECK(chain.process(pixel, pixel, std::numeric_limits<std::size_t>::max() / 4 + 1) == 0);
+    CHECK(chain.process(pixel, pixel, std::numeric_limits<std::size_t>::max() / 4) == 0);
+    CHECK(chain.process(pixel, pixel, std::numeric_limits<std::size_t>::max() / 8 + 1) == 0);
     CHECK(chain.process(pixel, pixel, std::numeric_limits<std::size_t>::max() / 8) == 0);
     CHECK(recorder.take().empty());
     chain.addlink(handle(21), 5, 5);

@@ -173,6 +173,36 @@ TEST_CASE("links: handles and codes that do not fit give false and write nothing
     CloseProfile(srgb);
 }
 
+TEST_CASE("profiles and links: a closed handle never comes back") {
+    void* const first = makeSrgbProfile();
+    void* const link = MakeProfileLink(first, first);
+    CloseProfile(first);
+    DisposeProfileLink(link);
+    for (int i = 0; i < 20; ++i) {
+        void* const next = makeSrgbProfile();
+        void* const nextLink = MakeProfileLink(next, next);
+        CHECK(next != first);
+        CHECK(nextLink != link);
+        CHECK(next != nextLink);
+        DisposeProfileLink(nextLink);
+        CloseProfile(next);
+    }
+}
+
+TEST_CASE("links: a run may be converted in place") {
+    void* const srgb = makeSrgbProfile();
+    void* const lab = makeLabProfile();
+    void* const link = MakeProfileLink(srgb, lab);
+    Pixels pixels(100);
+    GuardedBytes want(400);
+    REQUIRE(MatchColours(link, 100, 8, kRgb, pixels.bytes.data(), kLab, want.data()));
+    REQUIRE(MatchColours(link, 100, 8, kRgb, pixels.bytes.data(), kLab, pixels.bytes.data()));
+    CHECK(pixels.bytes == want);
+    DisposeProfileLink(link);
+    CloseProfile(srgb);
+    CloseProfile(lab);
+}
+
 TEST_CASE("links: one link serves several threads") {
     void* const press = openProfile(kPressProfile.c_str());
     void* const srgb = makeSrgbProfile();
