@@ -20,7 +20,7 @@ using Words = std::vector<unsigned>;
 
 void stuff(upsampler& u, const Words& pixels) {
     GuardedBytes line(4 * pixels.size());
-    std::memcpy(line.data(), pixels.data(), line.size());
+    if (!pixels.empty()) std::memcpy(line.data(), pixels.data(), line.size());
     u.stuff(reinterpret_cast<const unsigned*>(line.data()));
 }
 
@@ -28,7 +28,7 @@ Words taken(upsampler& u, std::size_t pixels) {
     GuardedBytes out(4 * pixels);
     u.get(reinterpret_cast<unsigned*>(out.data()), static_cast<int>(out.size()));
     Words words(pixels);
-    std::memcpy(words.data(), out.data(), out.size());
+    if (pixels > 0) std::memcpy(words.data(), out.data(), out.size());
     return words;
 }
 
