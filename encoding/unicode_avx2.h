@@ -43,6 +43,18 @@ VASKEL_AVX2 inline __m256i all32(unsigned value) {
     return _mm256_set1_epi32(static_cast<int>(value));
 }
 
+/// The number of bits set, as an offset.
+VASKEL_AVX2 inline std::size_t popcount(std::uint32_t bits) {
+    return static_cast<std::size_t>(static_cast<unsigned>(std::popcount(bits)));
+}
+
+/// v, of which the compiler knows nothing. It would rather make a constant anew
+/// in every turn of a loop, by three instructions, than keep or load it.
+VASKEL_AVX2 inline __m256i kept(__m256i v) {
+    __asm__("" : "+x"(v));
+    return v;
+}
+
 /// The top bit of each byte.
 VASKEL_AVX2 inline std::uint32_t mask8(__m256i v) {
     return static_cast<std::uint32_t>(_mm256_movemask_epi8(v));
@@ -68,13 +80,13 @@ VASKEL_AVX2 inline Byte* storeKept16(__m256i a, __m256i b, std::uint32_t keep, B
     a = _mm256_shuffle_epi8(a, shuffles(kKeptUnits[k0], kKeptUnits[k2]));
     b = _mm256_shuffle_epi8(b, shuffles(kKeptUnits[k1], kKeptUnits[k3]));
     store(out, _mm256_castsi256_si128(a));
-    out += 2 * std::popcount(k0);
+    out += 2 * popcount(k0);
     store(out, _mm256_castsi256_si128(b));
-    out += 2 * std::popcount(k1);
+    out += 2 * popcount(k1);
     store(out, _mm256_extracti128_si256(a, 1));
-    out += 2 * std::popcount(k2);
+    out += 2 * popcount(k2);
     store(out, _mm256_extracti128_si256(b, 1));
-    return out + 2 * std::popcount(k3);
+    return out + 2 * popcount(k3);
 }
 
 /// Where units, masked, are bits.

@@ -10,7 +10,6 @@
 // rules treat apart. All other blocks are left to the rules.
 
 #include "encoding/unicode_avx2.h"
-
 #include "encoding/unicode_onepass.h"
 
 #if defined(__x86_64__)
@@ -18,103 +17,21 @@
 namespace Vaskel {
 namespace {
 
-// The bytes of 32 characters' places, and what they mean.
-struct Utf8Block {
-    __m256i b0, b1, b2;  // the byte at each place and the two behind it
-    __m256i three;       // set where b0 >= 0xE0, or ASCII
-    std::uint32_t high;  // places of bytes >= 0x80
-    std::uint32_t cont;  // of bytes 80..BF
-    std::uint32_t four;  // of bytes >= 0xF0
-};
-
-VASKEL_AVX2 inline Utf8Block loadUtf8(const Byte* in, __m256i b0, std::uint32_t high) {
-    Utf8Block b;
-    b.b0 = b0;
-    b.b1 = load(in + 1);
-    b.b2 = load(in + 2);
-    b.high = high;
-    b.cont = mask8(_mm256_cmpgt_epi8(all8(0xC0), b0));
-    b.three = _mm256_cmpgt_epi8(b0, all8(0xDF));
-    b.four = mask8(_mm256_cmpgt_epi8(b0, all8(0xEF))) & high;
-    return b;
-}
-
-// The places, from the block's start on, that its lead bytes and those before
-// (carry) make followers.
-VASKEL_AVX2 inline std::uint64_t followers(const Utf8Block& b, std::uint64_t carry) {
-    const std::uint64_t two = b.high & ~b.cont;
-    const std::uint64_t three = mask8(b.three) & b.high;
-    return carry | two << 1 | three << 2 | std::uint64_t{b.four} << 3;
-}
-
-// Whether the block holds C0, C1, or E0 with a follower below A0: overlong
-// forms, of which some are zeros.
-VASKEL_AVX2 inline __m256i overlong(const Utf8Block& b) {
-    const __m256i two = _mm256_cmpeq_epi8(_mm256_and_si256(b.b0, all8(0xFE)), all8(0xC0));
-    const __m256i three =
-        _mm256_and_si256(_mm256_cmpeq_epi8(b.b0, all8(0xE0)), _mm256_cmpgt_epi8(all8(0xA0), b.b1));
-    return _mm256_or_si256(two, three);
-}
-
-// The values at each place as two planes of bytes. Where two bytes make the
-// character they are x and y, where three do the last two; a byte plane holds
-// two bits of x and six of y, the other one four bits of x and those of the
-// lead byte.
+// The values at the places of a block, as two planes of bytes.
 struct Planes {
     __m256i lo, hi;
 };
 
-VASKEL_AVX2 inline Planes valuesBelow10000(const Utf8Block& b) {
-    const __m256i x = _mm256_blendv_epi8(b.b0, b.b1, b.three);
-    const __m256i y = _mm256_blendv_epi8(b.b1, b.b2, b.three);
-    Planes p;
-    p.lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(x, 6), all8(0xC0)),
-                           _mm256_and_si256(y, all8(0x3F)));
-    p.hi = _mm256_and_si256(_mm256_srli_epi16(x, 2), all8(0x0F));
-    const __m256i lead = _mm256_and_si256(_mm256_slli_epi16(b.b0, 4), all8(0xF0));
-    p.hi = _mm256_or_si256(p.hi, _mm256_and_si256(lead, b.three));
-    p.lo = _mm256_blendv_epi8(b.b0, p.lo, b.b0);  // ASCII stays
-    p.hi = _mm256_blendv_epi8(_mm256_setzero_si256(), p.hi, b.b0);
-    return p;
-}
+// What the loop needs of constants, where the compiler can only keep them.
+struct Constants {
+    __m256i x07 = kept(all8(0x07)), x0F = kept(all8(0x0F)), x3F = kept(all8(0x3F)),
+            xA0 = kept(all8(0xA0)), xC0 = kept(all8(0xC0)), xD8 = kept(all8(0xD8)),
+            xDF = kept(all8(0xDF)), xE0 = kept(all8(0xE0)), xEF = kept(all8(0xEF)),
+            xF0 = kept(all8(0xF0)), xF8 = kept(all8(0xF8)), xFE = kept(all8(0xFE));
+    VASKEL_AVX2 Constants() {}
+};
 
-// Where b0 >= 0xF0, as a vector.
-VASKEL_AVX2 inline __m256i fourVector(const Utf8Block& b) {
-    return _mm256_and_si256(_mm256_cmpgt_epi8(b.b0, all8(0xEF)),
-                            _mm256_cmpgt_epi8(_mm256_setzero_si256(), b.b0));
-}
-
-// Whether a block with bytes >= 0xF0 holds one >= 0xF8, or one that begins an
-// overlong form.
-VASKEL_AVX2 inline bool oddFours(const Utf8Block& b) {
-    const __m256i negative = _mm256_cmpgt_epi8(_mm256_setzero_si256(), b.b0);
-    const __m256i five = _mm256_and_si256(_mm256_cmpgt_epi8(b.b0, all8(0xF7)), negative);
-    const __m256i low =
-        _mm256_and_si256(_mm256_cmpeq_epi8(b.b0, all8(0xF0)), _mm256_cmpgt_epi8(all8(0x90), b.b1));
-    return !isZero(_mm256_or_si256(five, low));
-}
-
-// Surrogate pairs by the kept formula: the high unit at the lead byte's place,
-// the low one at the place behind it, whose third byte is the last of four.
-//   high unit = 0xD800 | ((lead << 8 | c1 << 2 | c2 >> 4) - 0x40) & 0x3FF
-// with c1 and c2 the first followers' six bits: the subtraction borrows from
-// the lead's part where c1 < 0x10.
-VASKEL_AVX2 inline void putPairs(const Utf8Block& b, __m256i four, __m256i fourBefore, Planes& p) {
-    const __m256i c1 = _mm256_and_si256(b.b1, all8(0x3F));
-    const __m256i top = _mm256_and_si256(_mm256_srli_epi16(b.b2, 4), all8(0x03));
-    const __m256i part = _mm256_or_si256(_mm256_slli_epi16(c1, 2), top);
-    const __m256i highLo = _mm256_sub_epi8(part, all8(0x40));
-    const __m256i borrow = _mm256_cmpgt_epi8(all8(0x10), c1);
-    const __m256i highHi =
-        _mm256_or_si256(all8(0xD8), _mm256_and_si256(_mm256_add_epi8(b.b0, borrow), all8(0x03)));
-    p.lo = _mm256_blendv_epi8(p.lo, highLo, four);
-    p.hi = _mm256_blendv_epi8(p.hi, highHi, four);
-    // The places of four, one further on.
-    const __m256i crossing = _mm256_permute2x128_si256(fourBefore, four, 0x21);
-    const __m256i low = _mm256_alignr_epi8(four, crossing, 15);
-    p.lo = _mm256_blendv_epi8(p.lo, _mm256_and_si256(b.b2, all8(0x3F)), low);
-    p.hi = _mm256_blendv_epi8(p.hi, all8(0xDC), low);
-}
+// ---- Output -----------------------------------------------------------------
 
 // Places 0..7 and 16..23 in a, the others in b, as 16-bit units.
 template <bool kBig>
@@ -124,71 +41,10 @@ VASKEL_AVX2 inline void interleave(const Planes& p, __m256i& a, __m256i& b) {
 }
 
 template <bool kBig>
-VASKEL_AVX2 inline void widenAscii16(__m256i b0, Byte* out) {
-    const __m256i ordered = _mm256_permute4x64_epi64(b0, 0xD8);
-    const __m256i zero = _mm256_setzero_si256();
-    store(out, kBig ? _mm256_unpacklo_epi8(zero, ordered) : _mm256_unpacklo_epi8(ordered, zero));
-    store(out + 32,
-          kBig ? _mm256_unpackhi_epi8(zero, ordered) : _mm256_unpackhi_epi8(ordered, zero));
-}
-
-// A character that began in the block before and ends behind the last one
-// taken is given back: in goes to its lead byte, place of which is the highest
-// bit of leads.
-inline int givenBack(std::uint32_t leads) { return 1 + std::countl_zero(leads); }
-
-template <bool kBig>
-VASKEL_AVX2 BlockStop utf8ToUtf16(const Byte* in, const Byte* last, Byte* out) {
-    std::uint64_t carry = 0;
-    std::uint32_t leads = 0, fours = 0;
-    __m256i fourBefore = _mm256_setzero_si256();
-    for (; in <= last; in += 32) {
-        const __m256i b0 = load(in);
-        const std::uint32_t high = mask8(b0);
-        if (high == 0 && carry == 0) {
-            widenAscii16<kBig>(b0, out);
-            out += 64;
-            continue;
-        }
-        const Utf8Block b = loadUtf8(in, b0, high);
-        const std::uint64_t follow = followers(b, carry);
-        if (static_cast<std::uint32_t>(follow) != b.cont) break;
-        Planes p = valuesBelow10000(b);
-        // Of all places only those of characters can have D8 to DF on top.
-        const __m256i surrogate = _mm256_cmpeq_epi8(_mm256_and_si256(p.hi, all8(0xF8)), all8(0xD8));
-        if (!isZero(_mm256_or_si256(surrogate, overlong(b)))) break;
-        std::uint32_t keep = ~b.cont;
-        if ((b.four | fours >> 31) != 0) {
-            if (oddFours(b)) break;
-            const __m256i four = fourVector(b);
-            putPairs(b, four, fourBefore, p);
-            keep |= b.four << 1 | fours >> 31;
-            fourBefore = four;
-        } else {
-            fourBefore = _mm256_setzero_si256();
-        }
-        leads = ~b.cont;
-        fours = b.four;
-        carry = follow >> 32;
-        __m256i a, c;
-        interleave<kBig>(p, a, c);
-        out = storeKept16(a, c, keep, out);
-    }
-    if (carry == 0) return {in, out};
-    // One unit was written for it, or two if four bytes began before the last
-    // place.
-    const int back = givenBack(leads);
-    const bool pair = back > 1 && (fours >> (32 - back) & 1) != 0;
-    return {in - back, out - (pair ? 4 : 2)};
-}
-
-// Eight units become eight values; above holds their bits from 16 on.
-template <bool kBig>
 VASKEL_AVX2 inline Byte* storeKept32(__m128i units, std::uint32_t keep, Byte* out) {
-    const __m128i kept = _mm_shuffle_epi8(units, shuffle(kKeptUnits[keep]));
-    const __m256i wide = _mm256_cvtepu16_epi32(kept);
+    const __m256i wide = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffle(kKeptUnits[keep])));
     store(out, kBig ? _mm256_slli_epi32(wide, 16) : wide);
-    return out + 4 * std::popcount(keep);
+    return out + 4 * popcount(keep);
 }
 
 template <bool kBig>
@@ -197,84 +53,268 @@ VASKEL_AVX2 inline Byte* storeKept32(__m128i units, __m128i above, std::uint32_t
     const __m128i low = _mm_shuffle_epi8(units, order), high = _mm_shuffle_epi8(above, order);
     store(out, kBig ? _mm_unpacklo_epi16(high, low) : _mm_unpacklo_epi16(low, high));
     store(out + 16, kBig ? _mm_unpackhi_epi16(high, low) : _mm_unpackhi_epi16(low, high));
-    return out + 4 * std::popcount(keep);
+    return out + 4 * popcount(keep);
 }
 
+// The places of keep, as units or values.
+template <bool kWide, bool kBig>
+VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, std::uint32_t keep, Byte* out) {
+    __m256i a, b;
+    interleave<kBig>(p, a, b);
+    if (!kWide) return storeKept16(a, b, keep, out);
+    out = storeKept32<kBig>(_mm256_castsi256_si128(a), keep & 0xFF, out);
+    out = storeKept32<kBig>(_mm256_castsi256_si128(b), keep >> 8 & 0xFF, out);
+    out = storeKept32<kBig>(_mm256_extracti128_si256(a, 1), keep >> 16 & 0xFF, out);
+    return storeKept32<kBig>(_mm256_extracti128_si256(b, 1), keep >> 24, out);
+}
+
+// The same for values with bits from 16 on, which are in top.
 template <bool kBig>
-VASKEL_AVX2 inline void widenAscii32(const Byte* in, Byte* out) {
-    for (int i = 0; i < 4; ++i) {
+VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, __m256i top, std::uint32_t keep, Byte* out) {
+    __m256i a, b, ta, tb;
+    interleave<kBig>(p, a, b);
+    interleave<kBig>({top, _mm256_setzero_si256()}, ta, tb);
+    const auto lower = [](__m256i v) VASKEL_AVX2 { return _mm256_castsi256_si128(v); };
+    const auto upper = [](__m256i v) VASKEL_AVX2 { return _mm256_extracti128_si256(v, 1); };
+    out = storeKept32<kBig>(lower(a), lower(ta), keep & 0xFF, out);
+    out = storeKept32<kBig>(lower(b), lower(tb), keep >> 8 & 0xFF, out);
+    out = storeKept32<kBig>(upper(a), upper(ta), keep >> 16 & 0xFF, out);
+    return storeKept32<kBig>(upper(b), upper(tb), keep >> 24, out);
+}
+
+template <bool kWide, bool kBig>
+VASKEL_AVX2 inline Byte* storeAscii(const Byte* in, __m256i b0, Byte* out) {
+    if (!kWide) {
+        const __m256i bytes = _mm256_permute4x64_epi64(b0, 0xD8), zero = _mm256_setzero_si256();
+        store(out, kBig ? _mm256_unpacklo_epi8(zero, bytes) : _mm256_unpacklo_epi8(bytes, zero));
+        store(out + 32,
+              kBig ? _mm256_unpackhi_epi8(zero, bytes) : _mm256_unpackhi_epi8(bytes, zero));
+        return out + 64;
+    }
+    for (int i = 0; i < 4; ++i, out += 32) {
         const __m256i wide =
             _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(in + 8 * i)));
-        store(out + 32 * i, kBig ? _mm256_slli_epi32(wide, 24) : wide);
+        store(out, kBig ? _mm256_slli_epi32(wide, 24) : wide);
     }
+    return out;
 }
 
-template <bool kBig>
-VASKEL_AVX2 BlockStop utf8ToUtf32(const Byte* in, const Byte* last, Byte* out) {
-    std::uint64_t carry = 0;
-    std::uint32_t leads = 0;
-    for (; in <= last; in += 32) {
+// ---- Values -----------------------------------------------------------------
+
+// Where no byte is above DF: what a lead byte exceeds C0 by, and six bits.
+VASKEL_AVX2 inline Planes valuesBelow800(__m256i b0, __m256i b1, const Constants& k) {
+    const __m256i lead = _mm256_subs_epu8(b0, k.xC0);  // 0 for ASCII
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(lead, 6), k.xC0),
+                                       _mm256_and_si256(b1, k.x3F));
+    return {_mm256_blendv_epi8(b0, lo, b0), _mm256_and_si256(_mm256_srli_epi16(lead, 2), k.x07)};
+}
+
+// The last two bytes of two or three are x and y; the lower plane has two bits
+// of x and six of y, the upper one four bits of x and, of three, those of the
+// lead byte. three is set from E0 on, and for ASCII, which stays as it is.
+VASKEL_AVX2 inline Planes valuesBelow10000(__m256i b0, __m256i b1, __m256i b2, __m256i three,
+                                           const Constants& k) {
+    const __m256i x = _mm256_blendv_epi8(b0, b1, three);
+    const __m256i y = _mm256_blendv_epi8(b1, b2, three);
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(x, 6), k.xC0),
+                                       _mm256_and_si256(y, k.x3F));
+    const __m256i lead = _mm256_and_si256(_mm256_slli_epi16(b0, 4), k.xF0);
+    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(x, 2), k.x0F),
+                                       _mm256_and_si256(lead, three));
+    return {_mm256_blendv_epi8(b0, lo, b0), _mm256_blendv_epi8(_mm256_setzero_si256(), hi, b0)};
+}
+
+// Surrogates, and where C0, C1, or E0 with a follower below A0 begin an
+// overlong form: some of these are zeros. Of all places only those of
+// characters can have D8 to DF in the upper plane.
+VASKEL_AVX2 inline __m256i apart(__m256i b0, __m256i b1, const Planes& p, const Constants& k) {
+    const __m256i two = _mm256_cmpeq_epi8(_mm256_and_si256(b0, k.xFE), k.xC0);
+    const __m256i three =
+        _mm256_and_si256(_mm256_cmpeq_epi8(b0, k.xE0), _mm256_cmpgt_epi8(k.xA0, b1));
+    const __m256i surrogates = _mm256_cmpeq_epi8(_mm256_and_si256(p.hi, k.xF8), k.xD8);
+    return _mm256_or_si256(surrogates, _mm256_or_si256(two, three));
+}
+
+// Whether a block with bytes >= 0xF0 (fours) holds one >= 0xF8, or F0 with a
+// follower below 90: an overlong form.
+VASKEL_AVX2 inline bool oddFours(__m256i b0, __m256i b1, __m256i fours) {
+    const __m256i five = _mm256_cmpgt_epi8(b0, all8(0xF7));
+    const __m256i low =
+        _mm256_and_si256(_mm256_cmpeq_epi8(b0, all8(0xF0)), _mm256_cmpgt_epi8(all8(0x90), b1));
+    return !isZero(_mm256_and_si256(fours, _mm256_or_si256(five, low)));
+}
+
+// Surrogate pairs by the kept formula: the high unit at the lead byte's place,
+// the low one at the place behind it, whose third byte is the last of four.
+//   high unit = 0xD800 | ((lead << 8 | c1 << 2 | c2 >> 4) - 0x40) & 0x3FF
+// with c1 and c2 the first followers' six bits: the subtraction borrows from
+// the lead's part where c1 < 0x10.
+VASKEL_AVX2 inline void putPairs(__m256i b0, __m256i b1, __m256i b2, __m256i fours,
+                                 __m256i foursBefore, Planes& p) {
+    const __m256i c1 = _mm256_and_si256(b1, all8(0x3F));
+    const __m256i c2Top = _mm256_and_si256(_mm256_srli_epi16(b2, 4), all8(0x03));
+    const __m256i highLo =
+        _mm256_sub_epi8(_mm256_or_si256(_mm256_slli_epi16(c1, 2), c2Top), all8(0x40));
+    const __m256i borrow = _mm256_cmpgt_epi8(all8(0x10), c1);
+    const __m256i highHi =
+        _mm256_or_si256(all8(0xD8), _mm256_and_si256(_mm256_add_epi8(b0, borrow), all8(0x03)));
+    p.lo = _mm256_blendv_epi8(p.lo, highLo, fours);
+    p.hi = _mm256_blendv_epi8(p.hi, highHi, fours);
+    // The places of fours, one further on.
+    const __m256i crossing = _mm256_permute2x128_si256(foursBefore, fours, 0x21);
+    const __m256i low = _mm256_alignr_epi8(fours, crossing, 15);
+    p.lo = _mm256_blendv_epi8(p.lo, _mm256_and_si256(b2, all8(0x3F)), low);
+    p.hi = _mm256_blendv_epi8(p.hi, all8(0xDC), low);
+}
+
+// Values of four bytes into the planes; their bits from 16 on.
+VASKEL_AVX2 inline __m256i putFours(__m256i b0, __m256i b1, __m256i b2, __m256i b3, __m256i fours,
+                                    Planes& p) {
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b2, 6), all8(0xC0)),
+                                       _mm256_and_si256(b3, all8(0x3F)));
+    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b1, 4), all8(0xF0)),
+                                       _mm256_and_si256(_mm256_srli_epi16(b2, 2), all8(0x0F)));
+    const __m256i top = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b0, 2), all8(0x1C)),
+                                        _mm256_and_si256(_mm256_srli_epi16(b1, 4), all8(0x03)));
+    p.lo = _mm256_blendv_epi8(p.lo, lo, fours);
+    p.hi = _mm256_blendv_epi8(p.hi, hi, fours);
+    return _mm256_and_si256(top, fours);
+}
+
+// ---- Runs of characters of three bytes --------------------------------------
+
+// Eight characters in 24 bytes as 32-bit lanes: third byte, second, first, 0.
+VASKEL_AVX2 inline __m256i loadThrees(const Byte* in) {
+    const __m256i bytes = _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 12)), 1);
+    const __m256i order = _mm256_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1, 2,
+                                           1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1);
+    return _mm256_shuffle_epi8(bytes, kept(order));
+}
+
+VASKEL_AVX2 inline bool areThrees(__m256i threes) {
+    const __m256i pattern = _mm256_and_si256(threes, all32(0x00F0C0C0));
+    return mask8(_mm256_cmpeq_epi32(pattern, all32(0x00E08080))) == 0xFFFFFFFF;
+}
+
+// From in on, where eight such characters begin, as many of them as begin at
+// or before last, by eights. Stops in front of one that the rules treat apart.
+template <bool kWide, bool kBig>
+VASKEL_AVX2 BlockStop threesRun(const Byte* in, const Byte* last, Byte* out) {
+    __m256i threes = loadThrees(in);
+    do {
+        const __m256i bits = _mm256_and_si256(threes, all32(0x000F3F3F));
+        const __m256i parts = _mm256_maddubs_epi16(bits, all32(0x00014001));  // 64 * second + third
+        const __m256i values = _mm256_madd_epi16(parts, all32(0x10000001));   // + 4096 * first
+        if (kWide) {
+            store(out, kBig ? swapped32(values) : values);
+            out += 32;
+        } else {
+            const __m256i top = _mm256_and_si256(values, all32(0xF800));
+            const __m256i odd = _mm256_or_si256(_mm256_cmpeq_epi32(top, all32(0xD800)),
+                                                _mm256_cmpeq_epi32(top, _mm256_setzero_si256()));
+            if (!isZero(odd)) break;
+            __m256i units = _mm256_packus_epi32(values, values);
+            if (kBig) units = swapped16(units);
+            store(out, _mm256_castsi256_si128(_mm256_permute4x64_epi64(units, 0x08)));
+            out += 16;
+        }
+        in += 24;
+        threes = loadThrees(in);
+    } while (in <= last && areThrees(threes));
+    return {in, out};
+}
+
+// ---- The loop ---------------------------------------------------------------
+
+// How many bytes to go back to the character that leads' highest bit begins.
+inline unsigned backToLead(std::uint32_t leads) {
+    return 1 + static_cast<unsigned>(std::countl_zero(leads));
+}
+
+template <bool kWide, bool kBig>
+VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
+    const Constants k;
+    std::uint64_t carry = 0;             // the first bytes here that follow a lead byte before
+    std::uint32_t leads = 0, fours = 0;  // of the block before
+    __m256i foursBefore = _mm256_setzero_si256();
+    while (in <= last) {
         const __m256i b0 = load(in);
         const std::uint32_t high = mask8(b0);
         if (high == 0 && carry == 0) {
-            widenAscii32<kBig>(in, out);
-            out += 128;
+            out = storeAscii<kWide, kBig>(in, b0, out);
+            in += 32;
             continue;
         }
-        const Utf8Block b = loadUtf8(in, b0, high);
-        const std::uint64_t follow = followers(b, carry);
-        if (static_cast<std::uint32_t>(follow) != b.cont) break;
-        // Neither overlong forms nor surrogates differ from other values here.
-        Planes p = valuesBelow10000(b);
-        __m256i a, c;
-        if (b.four == 0) {
-            leads = ~b.cont;
+        const std::uint32_t cont = mask8(_mm256_cmpgt_epi8(k.xC0, b0));
+        const std::uint32_t two = high & ~cont;
+        const __m256i threeV = _mm256_cmpgt_epi8(b0, k.xDF);
+        const std::uint32_t three = mask8(threeV) & high;
+        const __m256i b1 = load(in + 1);
+        if ((three | fours >> 31) == 0) {
+            const std::uint64_t follow = carry | std::uint64_t{two} << 1;
+            std::uint32_t wrong = static_cast<std::uint32_t>(follow) ^ cont;
+            if (!kWide) wrong |= mask8(_mm256_cmpeq_epi8(_mm256_and_si256(b0, k.xFE), k.xC0));
+            if (wrong != 0) break;
+            leads = ~cont;
+            fours = 0;
             carry = follow >> 32;
-            interleave<kBig>(p, a, c);
-            out = storeKept32<kBig>(_mm256_castsi256_si128(a), leads & 0xFF, out);
-            out = storeKept32<kBig>(_mm256_castsi256_si128(c), leads >> 8 & 0xFF, out);
-            out = storeKept32<kBig>(_mm256_extracti128_si256(a, 1), leads >> 16 & 0xFF, out);
-            out = storeKept32<kBig>(_mm256_extracti128_si256(c, 1), leads >> 24, out);
+            out = storePlanes<kWide, kBig>(valuesBelow800(b0, b1, k), leads, out);
+            in += 32;
             continue;
         }
-        const __m256i four = fourVector(b);
-        if (!isZero(_mm256_and_si256(_mm256_cmpgt_epi8(b0, all8(0xF7)), four))) break;
-        // A plane more: bits 16 to 20 from the lead byte and the first follower.
-        const __m256i b3 = load(in + 3);
-        const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b.b2, 6), all8(0xC0)),
-                                           _mm256_and_si256(b3, all8(0x3F)));
-        const __m256i hi =
-            _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b.b1, 4), all8(0xF0)),
-                            _mm256_and_si256(_mm256_srli_epi16(b.b2, 2), all8(0x0F)));
-        const __m256i above =
-            _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b0, 2), all8(0x1C)),
-                            _mm256_and_si256(_mm256_srli_epi16(b.b1, 4), all8(0x03)));
-        p.lo = _mm256_blendv_epi8(p.lo, lo, four);
-        p.hi = _mm256_blendv_epi8(p.hi, hi, four);
-        const Planes top = {_mm256_and_si256(above, four), _mm256_setzero_si256()};
-        leads = ~b.cont;
+        const std::uint32_t four = mask8(_mm256_cmpgt_epi8(b0, k.xEF)) & high;
+        const std::uint64_t follow =
+            carry | std::uint64_t{two} << 1 | std::uint64_t{three} << 2 | std::uint64_t{four} << 3;
+        if (static_cast<std::uint32_t>(follow) != cont) break;
+        const std::size_t skipped = popcount(static_cast<std::uint32_t>(carry));
+        if ((three >> skipped & 0xFFFFFF) == 0x249249 && (four | fours >> 31) == 0) {
+            // Threes only, from the first character that begins here on.
+            const BlockStop stop = threesRun<kWide, kBig>(in + skipped, last, out);
+            if (stop.in != in + skipped) {
+                in = stop.in;
+                out = stop.out;
+                carry = 0;
+                continue;
+            }
+        }
+        const __m256i b2 = load(in + 2);
+        Planes p = valuesBelow10000(b0, b1, b2, threeV, k);
+        if (!kWide && !isZero(apart(b0, b1, p, k))) break;
+        if ((four | fours >> 31) == 0) {
+            out = storePlanes<kWide, kBig>(p, ~cont, out);
+        } else {
+            const __m256i foursV = _mm256_and_si256(_mm256_cmpgt_epi8(b0, k.xEF),
+                                                    _mm256_cmpgt_epi8(_mm256_setzero_si256(), b0));
+            if (oddFours(b0, b1, foursV)) break;
+            if (kWide) {
+                const __m256i top = putFours(b0, b1, b2, load(in + 3), foursV, p);
+                out = storePlanes<kBig>(p, top, ~cont, out);
+            } else {
+                putPairs(b0, b1, b2, foursV, foursBefore, p);
+                out = storePlanes<kWide, kBig>(p, ~cont | four << 1 | fours >> 31, out);
+                foursBefore = foursV;
+            }
+        }
+        leads = ~cont;
+        fours = kWide ? 0 : four;
         carry = follow >> 32;
-        interleave<kBig>(p, a, c);
-        __m256i ta, tc;
-        interleave<kBig>(top, ta, tc);
-        out = storeKept32<kBig>(_mm256_castsi256_si128(a), _mm256_castsi256_si128(ta), leads & 0xFF,
-                                out);
-        out = storeKept32<kBig>(_mm256_castsi256_si128(c), _mm256_castsi256_si128(tc),
-                                leads >> 8 & 0xFF, out);
-        out = storeKept32<kBig>(_mm256_extracti128_si256(a, 1), _mm256_extracti128_si256(ta, 1),
-                                leads >> 16 & 0xFF, out);
-        out = storeKept32<kBig>(_mm256_extracti128_si256(c, 1), _mm256_extracti128_si256(tc, 1),
-                                leads >> 24, out);
+        in += 32;
     }
     if (carry == 0) return {in, out};
-    return {in - givenBack(leads), out - 4};
+    // The character that goes on was written: one unit of it, two if it has
+    // four bytes and began before the last place.
+    const unsigned back = backToLead(leads);
+    const bool pair = back > 1 && (fours >> (32 - back) & 1) != 0;
+    return {in - back, out - (kWide || pair ? 4 : 2)};
 }
 
 }  // namespace
 
 constexpr UnicodeBlocks kBlocksAvx2 = {
-    .utf8ToUtf16 = {utf8ToUtf16<false>, utf8ToUtf16<true>},
-    .utf8ToUtf32 = {utf8ToUtf32<false>, utf8ToUtf32<true>},
+    .utf8ToUtf16 = {fromUtf8<false, false>, fromUtf8<false, true>},
+    .utf8ToUtf32 = {fromUtf8<true, false>, fromUtf8<true, true>},
     .utf16ToUtf8 = {utf16ToUtf8Avx2<false>, utf16ToUtf8Avx2<true>},
     .utf16ToUtf32 = {{utf16ToUtf32Avx2<false, false>, utf16ToUtf32Avx2<false, true>},
                      {utf16ToUtf32Avx2<true, false>, utf16ToUtf32Avx2<true, true>}},

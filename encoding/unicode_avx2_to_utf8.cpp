@@ -12,50 +12,18 @@
 namespace Vaskel {
 namespace {
 
-// Writes the last bytes of each lane, as many as its code says. Codes 0, 1 and
-// 3 keep a byte more than they have bits set.
-VASKEL_AVX2 inline Byte* storeKeptBytes(__m256i a, __m256i b, std::uint32_t codes, Byte* out) {
-    const std::uint32_t c0 = codes & 0xFF, c1 = codes >> 8 & 0xFF, c2 = codes >> 16 & 0xFF,
-                        c3 = codes >> 24;
-    a = _mm256_shuffle_epi8(a, shuffles(kKeptBytes[c0], kKeptBytes[c2]));
-    b = _mm256_shuffle_epi8(b, shuffles(kKeptBytes[c1], kKeptBytes[c3]));
-    store(out, _mm256_castsi256_si128(a));
-    out += 4 + std::popcount(c0);
-    store(out, _mm256_castsi256_si128(b));
-    out += 4 + std::popcount(c1);
-    store(out, _mm256_extracti128_si256(a, 1));
-    out += 4 + std::popcount(c2);
-    store(out, _mm256_extracti128_si256(b, 1));
-    return out + 4 + std::popcount(c3);
-}
-
-// Units of 16 bits as up to three bytes each:
-//   1110tttt 10mmmmmm 10llllll  or  110mmmmm 10llllll  or  0lllllll
-// tail has the last two of these where a unit needs more than one; only units
-// below 800 and those marked as two need no third.
-VASKEL_AVX2 inline Byte* storeUtf8(__m256i units, __m256i tail, __m256i two, Byte* out) {
-    const __m256i one = are16(units, 0xFF80, 0);
-    const __m256i lead = _mm256_or_si256(
-        _mm256_and_si256(_mm256_srli_epi16(units, 4), all16(0x0F00)), all16(0xE000));
-    tail = _mm256_blendv_epi8(tail, _mm256_slli_epi16(units, 8), one);
-    // Two bits a unit: more than one byte, three bytes.
-    const std::uint32_t codes = ~mask8(_mm256_blendv_epi8(one, two, all16(0xFF00)));
-    return storeKeptBytes(_mm256_unpacklo_epi16(lead, tail), _mm256_unpackhi_epi16(lead, tail),
-                          codes, out);
-}
-
-// The last two bytes of units that are characters.
-VASKEL_AVX2 inline __m256i lastTwo(__m256i units, __m256i below800) {
-    const __m256i low = _mm256_slli_epi16(_mm256_and_si256(units, all16(0x3F)), 8);
-    const __m256i middle = _mm256_and_si256(_mm256_srli_epi16(units, 6), all16(0x3F));
-    const __m256i lead = _mm256_and_si256(below800, all16(0x0040));
-    return _mm256_or_si256(_mm256_or_si256(low, middle), _mm256_or_si256(lead, all16(0x8080)));
-}
-
-VASKEL_AVX2 inline Byte* storeCharacters(__m256i units, Byte* out) {
-    const __m256i below800 = are16(units, 0xF800, 0);
-    return storeUtf8(units, lastTwo(units, below800), below800, out);
-}
+// What the loops need of constants, where the compiler can only keep them.
+struct Constants {
+    __m256i x3F = kept(all16(0x3F)), xF00 = kept(all16(0x0F00)), xE000 = kept(all16(0xE000)),
+            x8080 = kept(all16(0x8080)), x80C0 = kept(all16(0x80C0)), xFF80 = kept(all16(0xFF80)),
+            xF800 = kept(all16(0xF800)), xD800 = kept(all16(0xD800)), x40 = kept(all16(0x40)),
+            upper = kept(all16(0xFF00));
+    // Of four 32-bit lanes the last three bytes each.
+    __m256i threes =
+        kept(_mm256_setr_epi8(1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1, -1, 1, 2, 3, 5,
+                              6, 7, 9, 10, 11, 13, 14, 15, -1, -1, -1, -1));
+    VASKEL_AVX2 Constants() {}
+};
 
 // Sixteen ASCII units, or thirty-two.
 VASKEL_AVX2 inline Byte* storeAscii(__m256i units, Byte* out) {
@@ -68,21 +36,100 @@ VASKEL_AVX2 inline Byte* storeAscii(__m256i a, __m256i b, Byte* out) {
     return out + 32;
 }
 
+// Units below 800 as one byte or two: 0lllllll, or 110mmmmm 10llllll.
+VASKEL_AVX2 inline Byte* storeBelow800(__m256i units, const Constants& k, Byte* out) {
+    const __m256i one =
+        _mm256_cmpeq_epi16(_mm256_and_si256(units, k.xFF80), _mm256_setzero_si256());
+    const __m256i lead = _mm256_srli_epi16(units, 6);
+    const __m256i last = _mm256_slli_epi16(_mm256_and_si256(units, k.x3F), 8);
+    const __m256i two = _mm256_or_si256(_mm256_or_si256(lead, last), k.x80C0);
+    const __m256i bytes = _mm256_blendv_epi8(two, units, one);
+    // A bit a unit, for the first eight and, from 16 on, the other ones.
+    const std::uint32_t ones = mask8(_mm256_packs_epi16(one, _mm256_setzero_si256()));
+    const std::uint32_t low = ones & 0xFF, high = ones >> 16;
+    const __m256i keptBytes = _mm256_shuffle_epi8(bytes, shuffles(kOneOrTwo[low], kOneOrTwo[high]));
+    store(out, _mm256_castsi256_si128(keptBytes));
+    out += 16 - popcount(low);
+    store(out, _mm256_extracti128_si256(keptBytes, 1));
+    return out + 16 - popcount(high);
+}
+
+// Bytes for units as if all needed three: 1110tttt 10mmmmmm 10llllll, the first
+// one in the upper byte of lead, the last two in tail; 110mmmmm below 800.
+VASKEL_AVX2 inline __m256i leadOf(__m256i units, const Constants& k) {
+    return _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(units, 4), k.xF00), k.xE000);
+}
+VASKEL_AVX2 inline __m256i tailOf(__m256i units, const Constants& k) {
+    const __m256i last = _mm256_slli_epi16(_mm256_and_si256(units, k.x3F), 8);
+    const __m256i middle = _mm256_and_si256(_mm256_srli_epi16(units, 6), k.x3F);
+    return _mm256_or_si256(_mm256_or_si256(last, middle), k.x8080);
+}
+
+// Units that all need three bytes.
+VASKEL_AVX2 inline Byte* storeThrees(__m256i units, const Constants& k, Byte* out) {
+    const __m256i lead = leadOf(units, k), tail = tailOf(units, k);
+    const __m256i a = _mm256_shuffle_epi8(_mm256_unpacklo_epi16(lead, tail), k.threes);
+    const __m256i b = _mm256_shuffle_epi8(_mm256_unpackhi_epi16(lead, tail), k.threes);
+    store(out, _mm256_castsi256_si128(a));
+    store(out + 12, _mm256_castsi256_si128(b));
+    store(out + 24, _mm256_extracti128_si256(a, 1));
+    store(out + 36, _mm256_extracti128_si256(b, 1));
+    return out + 48;
+}
+
+// Units as one to three bytes, those marked as two as the two in tail.
+VASKEL_AVX2 inline Byte* storeMixed(__m256i units, __m256i tail, __m256i two, const Constants& k,
+                                    Byte* out) {
+    const __m256i one =
+        _mm256_cmpeq_epi16(_mm256_and_si256(units, k.xFF80), _mm256_setzero_si256());
+    tail = _mm256_blendv_epi8(tail, _mm256_slli_epi16(units, 8), one);
+    // Two bits a unit: more than one byte, three bytes. Codes 0, 1 and 3 keep a
+    // byte more than they have bits set.
+    const std::uint32_t codes = ~mask8(_mm256_blendv_epi8(one, two, k.upper));
+    const std::uint32_t c0 = codes & 0xFF, c1 = codes >> 8 & 0xFF, c2 = codes >> 16 & 0xFF,
+                        c3 = codes >> 24;
+    const __m256i lead = leadOf(units, k);
+    const __m256i a = _mm256_shuffle_epi8(_mm256_unpacklo_epi16(lead, tail),
+                                          shuffles(kKeptBytes[c0], kKeptBytes[c2]));
+    const __m256i b = _mm256_shuffle_epi8(_mm256_unpackhi_epi16(lead, tail),
+                                          shuffles(kKeptBytes[c1], kKeptBytes[c3]));
+    store(out, _mm256_castsi256_si128(a));
+    out += 4 + popcount(c0);
+    store(out, _mm256_castsi256_si128(b));
+    out += 4 + popcount(c1);
+    store(out, _mm256_extracti128_si256(a, 1));
+    out += 4 + popcount(c2);
+    store(out, _mm256_extracti128_si256(b, 1));
+    return out + 4 + popcount(c3);
+}
+
+// Units that are characters, not all of them ASCII.
+VASKEL_AVX2 inline Byte* storeCharacters(__m256i units, const Constants& k, Byte* out) {
+    const __m256i two =
+        _mm256_cmpeq_epi16(_mm256_and_si256(units, k.xF800), _mm256_setzero_si256());
+    const std::uint32_t twos = mask8(two);
+    if (twos == 0xFFFFFFFF) return storeBelow800(units, k, out);
+    if (twos == 0) return storeThrees(units, k, out);
+    const __m256i tail = _mm256_or_si256(tailOf(units, k), _mm256_and_si256(two, k.x40));
+    return storeMixed(units, tail, two, k, out);
+}
+
 // With surrogates: a pair is 0x190000 | (high & 0x3F) << 10 | (low & 0x3FF), so
 // that its bytes are F6 and 1001hhhh from the high unit's bits 2 to 5, and
 // 10hhllll 10llllll, where hh are the high unit's bits 0 and 1.
-VASKEL_AVX2 inline Byte* storePairs(__m256i units, __m256i before, __m256i surrogates, Byte* out) {
+VASKEL_AVX2 inline Byte* storePairs(__m256i units, __m256i before, __m256i surrogates,
+                                    const Constants& k, Byte* out) {
     const __m256i below800 = are16(units, 0xF800, 0);
     const __m256i high = are16(units, 0xFC00, 0xD800);
     const __m256i first =
         _mm256_or_si256(_mm256_slli_epi16(_mm256_and_si256(units, all16(0x3C)), 6), all16(0x90F6));
-    __m256i second = _mm256_slli_epi16(_mm256_and_si256(units, all16(0x3F)), 8);
-    second = _mm256_or_si256(second, _mm256_and_si256(_mm256_srli_epi16(units, 6), all16(0x0F)));
-    second = _mm256_or_si256(second, _mm256_slli_epi16(_mm256_and_si256(before, all16(3)), 4));
-    second = _mm256_or_si256(second, all16(0x8080));
-    __m256i tail = _mm256_blendv_epi8(lastTwo(units, below800), second, surrogates);
-    tail = _mm256_blendv_epi8(tail, first, high);
-    return storeUtf8(units, tail, _mm256_or_si256(below800, surrogates), out);
+    const __m256i hh = _mm256_slli_epi16(_mm256_and_si256(before, all16(3)), 4);
+    const __m256i tail = _mm256_or_si256(tailOf(units, k), _mm256_and_si256(below800, k.x40));
+    // Bits 10 and 11 of a low unit, 11, come out where hh belongs.
+    const __m256i second = _mm256_or_si256(_mm256_andnot_si256(all16(0x30), tail), hh);
+    __m256i all = _mm256_blendv_epi8(tail, second, surrogates);
+    all = _mm256_blendv_epi8(all, first, high);
+    return storeMixed(units, all, _mm256_or_si256(below800, surrogates), k, out);
 }
 
 // Values of 32 bits below 200000 as up to four bytes each.
@@ -121,14 +168,15 @@ VASKEL_AVX2 inline Byte* storeValues(__m256i values, Byte* out) {
 
 template <bool kInBig>
 VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out) {
-    std::uint32_t carry = 0;
+    const Constants k;
+    std::uint32_t carry = 0;  // the bits of a high unit at the end of the block before
     while (in <= last) {
         const __m256i units = load16<kInBig>(in);
-        if (_mm256_testz_si256(units, all16(0xFF80))) {
+        if (_mm256_testz_si256(units, k.xFF80)) {
             if (carry != 0) return {in, out, true};
             if (in + 32 <= last) {
                 const __m256i more = load16<kInBig>(in + 32);
-                if (_mm256_testz_si256(more, all16(0xFF80))) {
+                if (_mm256_testz_si256(more, k.xFF80)) {
                     out = storeAscii(units, more, out);
                     in += 64;
                     continue;
@@ -138,13 +186,13 @@ VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* ou
             in += 32;
             continue;
         }
-        const __m256i surrogates = are16(units, 0xF800, 0xD800);
+        const __m256i surrogates = _mm256_cmpeq_epi16(_mm256_and_si256(units, k.xF800), k.xD800);
         if (isZero(surrogates)) {
             if (carry != 0) return {in, out, true};
-            out = storeCharacters(units, out);
+            out = storeCharacters(units, k, out);
         } else {
             if (!paired(units, carry)) return {in, out, true};
-            out = storePairs(units, load16<kInBig>(in - 2), surrogates, out);
+            out = storePairs(units, load16<kInBig>(in - 2), surrogates, k, out);
         }
         in += 32;
     }
@@ -154,13 +202,14 @@ VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* ou
 
 template <bool kInBig>
 VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out) {
+    const Constants k;
     for (; in <= last; in += 64) {
         const __m256i a = load32<kInBig>(in), b = load32<kInBig>(in + 32);
         const __m256i either = _mm256_or_si256(a, b);
         if (_mm256_testz_si256(either, all32(0xFFFF0000))) {
             const __m256i units = _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
             out = _mm256_testz_si256(either, all32(0xFF80)) ? storeAscii(units, out)
-                                                            : storeCharacters(units, out);
+                                                            : storeCharacters(units, k, out);
         } else {
             if (!_mm256_testz_si256(either, all32(0xFFE00000))) return {in, out, true};
             out = storeValues(b, storeValues(a, out));

@@ -35,7 +35,7 @@ VASKEL_AVX2 inline Byte* storePairs(__m128i units, __m128i behind, Byte* out) {
         _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(kKeptLanes[keep])));
     const __m256i values = _mm256_blendv_epi8(unit, pair, high);
     storeValues<kBig>(_mm256_permutevar8x32_epi32(values, lanes), out);
-    return out + 4 * std::popcount(keep);
+    return out + 4 * popcount(keep);
 }
 
 // Eight values below 200000, from 10000 on as two units each.
@@ -56,9 +56,9 @@ VASKEL_AVX2 inline Byte* storeSplit(__m256i values, Byte* out) {
     const unsigned second = 0x55u | static_cast<unsigned>(kSpreadBits[two >> 4 & 0xF] << 1);
     units = _mm256_shuffle_epi8(units, shuffles(kKeptUnits[first], kKeptUnits[second]));
     store(out, _mm256_castsi256_si128(units));
-    out += 2 * std::popcount(first);
+    out += 2 * popcount(first);
     store(out, _mm256_extracti128_si256(units, 1));
-    return out + 2 * std::popcount(second);
+    return out + 2 * popcount(second);
 }
 
 }  // namespace

@@ -26,6 +26,22 @@ constexpr std::array<Shuffle, 256> makeKeptUnits() {
     return table;
 }
 
+/// By a mask of eight 16-bit units: the low bytes of those in it, both bytes of
+/// the others.
+constexpr std::array<Shuffle, 256> makeOneOrTwo() {
+    std::array<Shuffle, 256> table{};
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        unsigned at = 0;
+        for (unsigned unit = 0; unit < 8; ++unit) {
+            table[mask][at++] = static_cast<std::uint8_t>(2 * unit);
+            if ((mask >> unit & 1) == 0)
+                table[mask][at++] = static_cast<std::uint8_t>(2 * unit + 1);
+        }
+        while (at < 16) table[mask][at++] = 0x80;
+    }
+    return table;
+}
+
 /// By four codes of two bits: how many of the last bytes of each of four
 /// 32-bit lanes to keep. Codes 0, 1, 3 and 2 stand for 1, 2, 3 and 4 bytes: bit
 /// 0 is set for two and three, bit 1 for three and four.
@@ -76,6 +92,7 @@ constexpr std::array<std::uint8_t, 16> makeSpreadBits() {
 }
 
 alignas(64) inline constexpr auto kKeptUnits = makeKeptUnits();
+alignas(64) inline constexpr auto kOneOrTwo = makeOneOrTwo();
 alignas(64) inline constexpr auto kKeptBytes = makeKeptBytes();
 alignas(64) inline constexpr auto kKeptByteCounts = makeKeptByteCounts();
 alignas(64) inline constexpr auto kKeptLanes = makeKeptLanes();
