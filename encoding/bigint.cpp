@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -43,6 +44,44 @@ bool lessByValue(const bigint& a, const bigint& b) {
            compareDigits(Access::digits(a), Access::digits(b), size(b)) < 0;
 }
 
+// A number of length zero digits, with room for one more.
+bigint zeroDigits(std::size_t length) {
+    bigint number;
+    const std::int32_t checked = asLength(length);
+    Access::reserve(number, length + 1);
+    Access::setLength(number, checked);
+    return number;
+}
+
+// Digits that a function works with for a while, from the stack if they are few.
+class WorkRow {
+ public:
+    explicit WorkRow(std::size_t count) {
+        if (count > std::size(mFew)) mMany.reset(new Digit[count]);
+    }
+    Digit* digits() { return mMany ? mMany.get() : mFew; }
+
+ private:
+    Digit mFew[256];
+    std::unique_ptr<Digit[]> mMany;
+};
+
+// a[0, n) times factor[0, m) with its digits reversed; n + m - 1 digits, or one
+// more.
+bigint multiplied(const Digit* a, std::size_t n, const Digit* factor, std::size_t m) {
+    // Both as whole limbs, zeros on top; the product's place has room for them.
+    const std::size_t na = limbsFor(n), nb = limbsFor(m);
+    bigint product = zeroDigits((na + nb) * kPerLimb);
+    WorkRow work((na + nb) * kPerLimb + multiplyScratch(na, nb));
+    Digit *const rowA = work.digits(), *const rowB = rowA + na * kPerLimb;
+    std::fill(std::copy_n(a, n, rowA), rowB, Digit(0));
+    Digit* const scratch = rowB + nb * kPerLimb;
+    std::fill(std::reverse_copy(factor, factor + m, rowB), scratch, Digit(0));
+    multiplyLimbs(rowA, na, rowB, nb, Access::digits(product), scratch);
+    Access::setLength(product, asLength(n + m - (Access::digits(product)[n + m - 1] == 0)));
+    return product;
+}
+
 }  // namespace
 
 void BigintAccess::swap(bigint& a, bigint& b) {
@@ -50,14 +89,6 @@ void BigintAccess::swap(bigint& a, bigint& b) {
     std::swap(a.mDigits.mCapacity, b.mDigits.mCapacity);
     std::swap(a.mDigits.mGrowthStep, b.mDigits.mGrowthStep);
     std::swap(a.mLength, b.mLength);
-}
-
-bigint zeroDigits(std::size_t length) {
-    bigint number;
-    const std::int32_t checked = asLength(length);
-    Access::reserve(number, length + 1);
-    Access::setLength(number, checked);
-    return number;
 }
 
 bigint::bigint() : mLength(0) {}
@@ -164,12 +195,7 @@ bigint& bigint::operator*=(const bigint& other) {
     if (n == 1) {
         while (m > 1 && (*factor == 0 || a[0] == 0)) ++factor, --m;
     }
-    bigint product = zeroDigits(n + m);
-    std::vector<Digit> reversed(m);
-    std::reverse_copy(factor, factor + m, reversed.begin());
-    Digit* const out = Access::digits(product);
-    multiplyRowsPlain(a, n, reversed.data(), m, out);
-    if (out[n + m - 1] == 0) --product.mLength;
+    bigint product = multiplied(a, n, factor, m);
     Access::swap(*this, product);
     return *this;
 }
@@ -226,20 +252,20 @@ void bigint::divmod(const bigint& divisor, bigint& quotient, bigint& remainder) 
     const Digit* const d = Access::digits(divisor);
     const std::size_t n = trimmedCount(d, size(divisor));
     const std::size_t length = size(*this);
-    bigint result, rest = zeroDigits(length);
+    bigint result, rest = zeroDigits(length + kDivideSpare);
+    rest.mLength = mLength;
     std::copy_n(Access::digits(*this), length, Access::digits(rest));
     if (n == 0) {
         Orlune::debug("bigint::divmod >> division by 0");
     } else if (*this >= divisor) {
         // Less by comparison needs no estimate in any place. Anything else
         // does, and that is where zeros on top of the divisor cannot stay.
-        DigitDivision<Base65536> division(d, n, Access::digits(rest), length);
         result = zeroDigits(length - n + 1);
-        for (std::size_t s = length - n + 1; s-- > 0;)
-            Access::digits(result)[s] = division.digitAt(s, reportNegativeResult);
-        rest.mLength = static_cast<std::int32_t>(division.length());
-        result.mLength =
-            static_cast<std::int32_t>(trimmedCount(Access::digits(result), size(result)));
+        Digit* const digits = Access::digits(result);
+        const std::size_t left =
+            divideRows(d, n, Access::digits(rest), length, digits, reportNegativeResult);
+        rest.mLength = static_cast<std::int32_t>(left);
+        result.mLength = static_cast<std::int32_t>(trimmedCount(digits, length - n + 1));
     }
     Access::swap(quotient, result);
     Access::swap(remainder, rest);

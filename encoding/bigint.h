@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "vaskel/encoding/bigint.h"
 
@@ -39,9 +38,6 @@ struct BigintAccess {
     /// Exchanges the digits of two numbers; never fails.
     static void swap(bigint& a, bigint& b);
 };
-
-/// Makes a number of length zero digits, with room for one more.
-bigint zeroDigits(std::size_t length);
 
 }  // namespace Vaskel
 

@@ -72,6 +72,9 @@ class DigitDivision {
             mDivisorHead = mDivisorHead * B + (i < n ? divisor[n - 1 - i] : 0);
     }
 
+    DigitDivision(const DigitDivision&) = delete;
+    DigitDivision& operator=(const DigitDivision&) = delete;
+
     /// The digits in use of the rest.
     std::size_t length() const { return mLength; }
 
@@ -96,9 +99,36 @@ class DigitDivision {
         return static_cast<Digit>((k + estimate % B + B - estimate / B) % B);
     }
 
- private:
+ protected:
     static constexpr std::uint64_t B = Base::kBase;
 
+    // From B^j to B^(j+1), at first to B^n: remainder by D, and quotient mod B.
+    void nextPower() {
+        if (mPower.empty()) {
+            mPower.assign(mN + 1, 0);
+            // B^(n-1) is its own remainder unless it is D.
+            mPower[mN - 1] = trimmedCount(mDivisor, mN - 1) == 0 && mTop == 1 ? 0 : 1;
+            mPowerOf = mN - 1;
+        }
+        std::copy_backward(mPower.begin(), mPower.end() - 1, mPower.end());
+        mPower[0] = 0;
+        mPowerQuotient = reduce(mPower.data());
+        ++mPowerOf;
+    }
+
+    const Digit* mDivisor;
+    std::size_t mN;
+    Digit* mRest;
+    std::size_t mLength;
+    std::uint64_t mTop;
+    std::uint64_t mDivisorHead = 0;  // the three digits on top
+    bool mWrapped = false;
+
+    std::vector<Digit> mPower;         // B^mPowerOf mod D, and a zero on top
+    std::size_t mPowerOf = 0;          // 0 as long as none was needed
+    std::uint64_t mPowerQuotient = 0;  // floor(B^mPowerOf / D) mod B
+
+ private:
     void trim() {
         if (mRest[mLength - 1] == 0) --mLength;
     }
@@ -162,33 +192,30 @@ class DigitDivision {
     bool powerIsZero() const {
         return std::all_of(mPower.begin(), mPower.end() - 1, [](Digit d) { return d == 0; });
     }
-
-    // From B^j to B^(j+1), at first to B^n: remainder by D, and quotient mod B.
-    void nextPower() {
-        if (mPower.empty()) {
-            mPower.assign(mN + 1, 0);
-            // B^(n-1) is its own remainder unless it is D.
-            mPower[mN - 1] = trimmedCount(mDivisor, mN - 1) == 0 && mTop == 1 ? 0 : 1;
-            mPowerOf = mN - 1;
-        }
-        std::copy_backward(mPower.begin(), mPower.end() - 1, mPower.end());
-        mPower[0] = 0;
-        mPowerQuotient = reduce(mPower.data());
-        ++mPowerOf;
-    }
-
-    const Digit* mDivisor;
-    std::size_t mN;
-    Digit* mRest;
-    std::size_t mLength;
-    std::uint64_t mTop;
-    std::uint64_t mDivisorHead = 0;  // the three digits on top
-    bool mWrapped = false;
-
-    std::vector<Digit> mPower;         // B^mPowerOf mod D, and a zero on top
-    std::size_t mPowerOf = 0;          // 0 as long as none was needed
-    std::uint64_t mPowerQuotient = 0;  // floor(B^mPowerOf / D) mod B
 };
+
+/// How the digits of a quotient were made.
+struct DivideCounts {
+    std::size_t single = 0;     // one at a time
+    std::size_t regular = 0;    // four at a time, as a true division has them
+    std::size_t wrapped = 0;    // four at a time, of a rest that wraps
+    std::size_t takenBack = 0;  // of the single ones, those first tried as four
+};
+
+/// Divides rest[0, length) by divisor[0, n), whose top digit is not 0; length
+/// is not less than n. The quotient gets length - n + 1 digits, and rest the
+/// remainder, whose length is the result. rest has kDivideSpare zeros above
+/// length. Calls report for each negative result.
+///
+/// Digits are made four at a time wherever they are those of a true division,
+/// and where a rest wraps again and again.
+std::size_t divideRows(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
+                       Digit* quotient, void (*report)(), DivideCounts* counts = nullptr);
+constexpr std::size_t kDivideSpare = 3 * kPerLimb;
+
+/// The same one digit at a time.
+std::size_t divideRowsPlain(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
+                            Digit* quotient, void (*report)());
 
 }  // namespace Vaskel
 

@@ -9,6 +9,7 @@
 
 #include "encoding/bigint.h"
 #include "encoding/bigint_divide.h"
+#include "encoding/bigint_multiply.h"
 #include "tests/encoding/literal_bigint.h"
 #include "tests/support/fake_host.h"
 #include "vaskel/encoding.h"
@@ -173,3 +174,107 @@ TEST_CASE("divmod: the closed form gives the loops' results in base 3") { tryAll
 TEST_CASE("divmod: the closed form gives the loops' results in base 4") { tryAll<4>(5, 3); }
 TEST_CASE("divmod: the closed form gives the loops' results in base 5") { tryAll<5>(5, 2); }
 TEST_CASE("divmod: the closed form gives the loops' results in base 10") { tryAll<10>(4, 2); }
+
+namespace {
+
+struct InRows {
+    Division division;
+    Vaskel::DivideCounts counts;
+};
+
+int gNegatives = 0;
+
+InRows inRows(const Digits& dividend, const Digits& divisor, bool plain) {
+    InRows result;
+    Digits& rest = result.division.remainder;
+    rest = dividend;
+    rest.resize(dividend.size() + Vaskel::kDivideSpare);
+    Digits quotient(dividend.size() - divisor.size() + 1);
+    gNegatives = 0;
+    const auto report = [] { ++gNegatives; };
+    const std::size_t left =
+        plain ? Vaskel::divideRowsPlain(divisor.data(), divisor.size(), rest.data(),
+                                        dividend.size(), quotient.data(), report)
+              : Vaskel::divideRows(divisor.data(), divisor.size(), rest.data(), dividend.size(),
+                                   quotient.data(), report, &result.counts);
+    for (std::size_t i = left; i < rest.size(); ++i) CHECK(rest[i] == 0);
+    rest.resize(left);
+    quotient.resize(Vaskel::trimmedCount(quotient.data(), quotient.size()));
+    result.division.quotient = quotient;
+    result.division.negatives = gNegatives;
+    return result;
+}
+
+// Digits that make trouble: ends of the range, small ones, and any.
+unsigned short awkwardDigit(std::mt19937& random, unsigned kind) {
+    switch (random() % 4 < kind ? random() % 6 : 6) {
+        case 0:
+            return 0;
+        case 1:
+            return 0xFFFF;
+        case 2:
+            return 1;
+        case 3:
+            return 0xFFFE;
+        case 4:
+            return 0x8000;
+        case 5:
+            return static_cast<unsigned short>(random() % 4);
+        default:
+            return static_cast<unsigned short>(random());
+    }
+}
+
+Digits awkwardRow(std::mt19937& random, std::size_t length) {
+    const unsigned kind = static_cast<unsigned>(random() % 5);
+    Digits row(length);
+    for (std::size_t i = 0; i < length; ++i)
+        row[i] = i > 0 && random() % 3 == 0 && kind > 2 ? row[i - 1] : awkwardDigit(random, kind);
+    return row;
+}
+
+}  // namespace
+
+TEST_CASE("divmod: four digits at a time are those that come one at a time") {
+    constexpr unsigned kSeed = 7303;
+    std::mt19937 random(kSeed);
+    Vaskel::DivideCounts all;
+    int wrong = 0;
+    for (const Vaskel::LimbLoops* loops : Vaskel::limbLoopForms()) {
+        Vaskel::forceLimbLoops(loops);
+        for (int round = 0; round < 20000; ++round) {
+            Digits divisor = awkwardRow(random, 1 + random() % 40);
+            if (divisor.back() == 0 || random() % 3 == 0)
+                divisor.back() = static_cast<unsigned short>(
+                    random() % 2 == 0 ? 1 + random() % 3 : 1 + random() % 65535);
+            Digits dividend = awkwardRow(random, divisor.size() + random() % 60);
+            // Some dividends are multiples of the divisor, or just beside one.
+            if (random() % 3 == 0) {
+                Vaskel::bigint product;
+                Digits factor = awkwardRow(random, 1 + random() % 20);
+                Digits out(divisor.size() + factor.size());
+                Vaskel::multiplyRowsPlain(divisor.data(), divisor.size(), factor.data(),
+                                          factor.size(), out.data());
+                if (random() % 2 == 0) Vaskel::carryInto(out.data(), out.size(), 1);
+                if (random() % 3 == 0) Vaskel::borrowFrom(out.data(), out.size(), 1);
+                dividend = out;
+            }
+            const Division want = inRows(dividend, divisor, true).division;
+            const InRows got = inRows(dividend, divisor, false);
+            all.single += got.counts.single;
+            all.regular += got.counts.regular;
+            all.wrapped += got.counts.wrapped;
+            all.takenBack += got.counts.takenBack;
+            if (got.division == want || ++wrong > 10) continue;
+            MESSAGE(loops->name << ": " << shown(dividend) << " by " << shown(divisor) << ": got "
+                                << shown(got.division) << ", wanted " << shown(want));
+        }
+    }
+    Vaskel::forceLimbLoops(nullptr);
+    CHECK(wrong == 0);
+    MESSAGE(all.single << " single, " << all.regular << " regular, " << all.wrapped << " wrapped, "
+                       << all.takenBack << " taken back");
+    CHECK(all.regular > 100000);
+    CHECK(all.wrapped > 100000);
+    CHECK(all.takenBack > 1000);
+}
