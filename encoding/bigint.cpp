@@ -66,6 +66,9 @@ class WorkRow {
     std::unique_ptr<Digit[]> mMany;
 };
 
+// So many digits of a product are made in place.
+constexpr std::size_t kFewDigits = 24;
+
 // a[0, n) times factor[0, m) with its digits reversed; n + m - 1 digits, or one
 // more.
 bigint multiplied(const Digit* a, std::size_t n, const Digit* factor, std::size_t m) {
@@ -195,8 +198,19 @@ bigint& bigint::operator*=(const bigint& other) {
     if (n == 1) {
         while (m > 1 && (*factor == 0 || a[0] == 0)) ++factor, --m;
     }
-    bigint product = multiplied(a, n, factor, m);
-    Access::swap(*this, product);
+    if (n + m <= kFewDigits) {
+        Digit product[kFewDigits], reversed[kFewDigits];
+        std::reverse_copy(factor, factor + m, reversed);
+        multiplyRowsPlain(a, n, reversed, m, product);
+        Access::reserve(*this, n + m);
+        std::copy_n(product, n + m, Access::digits(*this));
+        std::size_t used = n + m;
+        if (used > 1 && product[used - 1] == 0) --used;
+        mLength = asLength(used);
+    } else {
+        bigint product = multiplied(a, n, factor, m);
+        Access::swap(*this, product);
+    }
     return *this;
 }
 

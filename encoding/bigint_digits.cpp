@@ -2,9 +2,12 @@
 
 namespace Vaskel {
 
+// So few limbs are through before the choice among the loops is made.
+constexpr std::size_t kFewLimbs = 6;
+
 unsigned addDigits(Digit* a, const Digit* b, std::size_t count) {
     const std::size_t limbs = count / kPerLimb;
-    unsigned carry = limbLoops().add(a, b, limbs);
+    unsigned carry = limbs < kFewLimbs ? addLimbsPlain(a, b, limbs) : limbLoops().add(a, b, limbs);
     for (std::size_t i = limbs * kPerLimb; i < count; ++i) {
         const std::uint32_t sum = std::uint32_t{a[i]} + b[i] + carry;
         a[i] = static_cast<Digit>(sum);
@@ -24,7 +27,8 @@ unsigned carryInto(Digit* a, std::size_t count, unsigned carry) {
 
 unsigned subtractDigits(Digit* a, const Digit* b, std::size_t count) {
     const std::size_t limbs = count / kPerLimb;
-    unsigned borrow = limbLoops().subtract(a, b, limbs);
+    unsigned borrow =
+        limbs < kFewLimbs ? subtractLimbsPlain(a, b, limbs) : limbLoops().subtract(a, b, limbs);
     for (std::size_t i = limbs * kPerLimb; i < count; ++i) {
         const std::uint32_t difference = std::uint32_t{a[i]} - b[i] - borrow;
         a[i] = static_cast<Digit>(difference);

@@ -1,319 +1,306 @@
-// The long division of big integers, four quotient digits at a time.
+// The long division of big integers in blocks of quotient digits.
 //
-// Same results as one at a time: four digits together are the limb of a true
-// division of the same rows, and are kept only if none of the four places is
-// one where the rule differs from it, or if it differs in a known way.
+// Same results as one digit at a time: a block is a true division of the same
+// rows, and of its digits only those are kept that lie above the first place
+// where the rule may differ from it in an unknown way.
 //
-// Regular places. The rest below place s + 1 is a remainder R < D stored with n
-// digits, and for each of the four places the n + 1 digits that it stands in
-// front of have a top that is not 0. Then K is the true digit, and one zero
-// comes off the length each time. The two digits on top of V at a place are
-// taken from the limb's own results: with q the quotient digits from there down
-// to place s - 3 and R the remainder behind them,
-//   V = floor((R + q * D) / B^(places below)),
-// of which the upper 64 bits of R and D give the top but for a small error.
-// Where that error could matter the digits are made one at a time.
+// Regular places. The rest above a place is a remainder R < D stored with n
+// digits, the top one not 0; d is the digit at the place. Then V = R * B + d has
+// n + 1 digits, its K is the digit of the true quotient, and one zero comes off
+// the length, so that the next place is regular unless R's top digit is 0.
+// The two digits on top of V decide that, and E - rev(E). They follow from the
+// true quotient's digits q at and below the place,
+//   V = floor((q[s] q[s-1] ... q[0] * D + remainder) / B^s),
+// of which four digits and the upper 64 bits of D give the top but for a small
+// error. Where that could matter the place does not count as regular.
 //
-// Wrapped places. With p >= n + 4 digits in use, places alternate: every one
-// with a zero on top wraps, since V + 1 + M < B^(n+2), and the next one unwraps,
-// with B - 1 and 0 on top. With r_j = B^j mod D and k_j = floor(B^j / D) mod B,
-// x the remainder above and d1 to d4 the four digits below it:
-//   d1, p:      k_(p-1)
-//   d2, p + 1:  floor((x B^2 + d1 B + d2 + r_p B) / D), remainder x', of which
-//               r_p B stands for the B^(p+1) of the wrap
-//   d3, p + 1:  k_p
-//   d4, p + 2:  floor((x' B^2 + d3 B + d4 + r_(p+2)) / D) + k_(p+2)
-// all modulo B, the second and fourth with E - rev(E) for 0xFFFF0000. Both
-// quotients come from one limb: x B^4 + d1 B^3 + ... + d4 + r_p B^3 + r_(p+2)
-// divided by D has the first one from bit 32 on and the second one below,
-// unless that one is B^2 or more: it is at most B^2, which reads as 0, and then
-// the digits are made one at a time.
+// Wrapped places. With p >= n + 4 digits in use, every place with a zero on top
+// wraps, since V + 1 + M < B^(n+2), and the next one unwraps, with B - 1 and 0
+// on top and p one more, and so on. With r_j = B^j mod D, k_j = floor(B^j / D)
+// mod B, and x the remainder above, a pair of places with digits d and d' gives
+//   k_(p-1)                  (that r_(p-1) is not 0 is checked)
+//   k_(p+1) + T - t          T = floor((x B^2 + d B + d' + r_(p+1)) / D),
+//                            t = rev(E) - E for 0xFFFF0000
+// modulo B and leaves x' = (x B^2 + d B + d' + r_(p+1)) mod D: r_(p+1) and
+// k_(p+1) stand for the B^(p+1) of the wrap. For P pairs in a row all T come
+// from one division, of
+//   x B^(2P) + 2P digits + r_(p+1) B^(2P-2) + r_(p+2) B^(2P-4) + ...
+// by D: they are its quotient's digits to base B^2, unless one of them is B^2,
+// the most that it can be, which shows as a digit of 0 and is left to single
+// steps. With the digits of the fraction of r_(p+1) / D,
+//   r_(p+1+i) = r_(p+1) B^i - D * (k_(p+2) ... k_(p+1+i)),
+// the sum of all r is r_(p+1) * (B^(2P-2) + B^(2P-3) + ... + B^(P-1)), and what
+// that has too much is a sum of rows of k, to take off the quotient. Both are
+// running sums.
 
 #include "encoding/bigint_divide.h"
 
 #include <bit>
-#include <utility>
+
+#include "encoding/bigint_multiply.h"
+#include "encoding/bigint_row_divisor.h"
 
 namespace Vaskel {
 namespace {
 
-// Quotients of three limbs by two, the upper one of the divisor at least 2^63,
-// by a reciprocal instead of a division: N. Moeller and T. Granlund, Improved
-// Division by Invariant Integers, IEEE Transactions on Computers 60 (2011).
-class TwoLimbDivisor {
- public:
-    TwoLimbDivisor(Limb high, Limb low) : mHigh(high), mLow(low) {
-        // floor((2^128 - 1) / (high, low)) - 2^64, from that by high alone.
-        Limb v = static_cast<Limb>(((TwoLimbs(~high) << 64) | ~Limb{0}) / high);
-        Limb p = high * v + low;
-        if (p < low) {
-            --v;
-            if (p >= high) {
-                --v;
-                p -= high;
-            }
-            p -= high;
-        }
-        const TwoLimbs t = TwoLimbs(v) * low;
-        p += static_cast<Limb>(t >> 64);
-        if (p < static_cast<Limb>(t >> 64)) {
-            --v;
-            if (p > high || (p == high && static_cast<Limb>(t) >= low)) --v;
-        }
-        mReciprocal = v;
-    }
+using Row = std::vector<Digit>;
 
-    /// floor((u2, u1, u0) / (high, low)), at most 2^64 - 1, which it is if the
-    /// upper two limbs are not below the divisor.
-    Limb quotient(Limb u2, Limb u1, Limb u0) const {
-        if (u2 > mHigh || (u2 == mHigh && u1 >= mLow)) return ~Limb{0};
-        const TwoLimbs divisor = TwoLimbs(mHigh) << 64 | mLow;
-        const TwoLimbs estimate = TwoLimbs(mReciprocal) * u2 + (TwoLimbs(u2) << 64 | u1);
-        Limb q = static_cast<Limb>(estimate >> 64);
-        TwoLimbs r = TwoLimbs(u1 - q * mHigh) << 64 | u0;
-        r -= TwoLimbs(mLow) * q + divisor;
-        ++q;
-        if (static_cast<Limb>(r >> 64) >= static_cast<Limb>(estimate)) {
-            --q;
-            r += divisor;
+// row[from, ...) += sum, digit by digit; sums of up to 2^31 digits fit.
+class RunningSum {
+ public:
+    RunningSum(Digit* row, std::size_t from) : mAt(row + from) {}
+
+    // The next digit of the row gets the sum's present value.
+    void addTo() {
+        mCarry += *mAt + mSum;
+        *mAt++ = static_cast<Digit>(mCarry);
+        mCarry >>= 16;
+    }
+    void enter(Digit digit) { mSum += digit; }
+    void leave(Digit digit) { mSum -= digit; }
+    void finish() {
+        while (mCarry != 0) {
+            mCarry += *mAt;
+            *mAt++ = static_cast<Digit>(mCarry);
+            mCarry >>= 16;
         }
-        if (r >= divisor) ++q;
-        return q;
     }
 
  private:
-    Limb mHigh, mLow, mReciprocal;
+    Digit* mAt;
+    std::uint64_t mSum = 0, mCarry = 0;
 };
 
-// Digits for as long as a division lasts, zeros at first.
-using Row = std::vector<Digit>;
-
-class LimbDivision : private DigitDivision<Base65536> {
+class BlockDivision : private DigitDivision<Base65536> {
  public:
-    LimbDivision(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length)
+    BlockDivision(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length)
         : DigitDivision(divisor, n, rest, length),
-          mLimbs(limbsFor(n)),
-          mRow(mLimbs * kPerLimb),
-          mShift(countTopZeros(divisor, n)),
-          mHead(limbOfTop(divisor, n), belowTop(divisor, n)) {
-        std::copy_n(divisor, n, mRow.begin());
-        mTop64 = limbOfTop(divisor, n);
-    }
+          mTrue(divisor, n),
+          mTopZeros(static_cast<unsigned>(std::countl_zero(divisor[n - 1]))) {}
 
     std::size_t run(Digit* quotient, void (*report)(), DivideCounts& counts) {
-        std::size_t tries = 0;  // places to go before four digits are tried again
-        std::size_t pause = 0;
-        for (std::size_t s = mLength - mN + 1; s-- > 0;) {
-            if (tries == 0 && s % kPerLimb == kPerLimb - 1) {
-                if (mLength == s + 1 + mN && !mWrapped) {
-                    if (regularLimb(s - 3, quotient + s - 3)) {
-                        counts.regular += kPerLimb;
-                        s -= 3;
-                        pause = 0;
-                        continue;
-                    }
-                    pause = std::min<std::size_t>(2 * pause + kPerLimb, 256);
-                    tries = pause;
-                    counts.takenBack += kPerLimb;
-                } else if (farBelowPower(s)) {
-                    const std::size_t limbs = wrappedLimbs(s - 3, quotient, report);
-                    counts.wrapped += limbs * kPerLimb;
-                    tries = 2 * kPerLimb;
-                    counts.takenBack += kPerLimb;
-                    if (limbs > 0) {
-                        s -= limbs * kPerLimb - 1;
-                        continue;
-                    }
+        for (std::size_t left = mLength - mN + 1; left > 0;) {
+            if (mPause == 0 && left >= kPerLimb) {
+                const std::size_t before = left;
+                if (mLength == left + mN && !mWrapped) {
+                    left -= regularBlock(left, quotient, counts);
+                } else if (!mWrapped && mRest[mLength - 1] == 0 && mLength + 1 >= left + mN + 4) {
+                    left -= wrappedBlock(left, quotient, report, counts);
                 }
+                if (left != before) continue;
             }
-            quotient[s] = digitAt(s, report);
+            quotient[left - 1] = digitAt(left - 1, report);
+            --left;
             ++counts.single;
-            if (tries > 0) --tries;
+            if (mPause > 0) --mPause;
         }
         return mLength;
     }
 
  private:
-    // The divisor's digits as bits from the top one down: how many zero bits a
-    // whole number of limbs has above them, and the two limbs below these.
-    static unsigned countTopZeros(const Digit* divisor, std::size_t n) {
-        const auto digits = static_cast<unsigned>((kPerLimb - n % kPerLimb) % kPerLimb);
-        return 16 * digits + static_cast<unsigned>(std::countl_zero(divisor[n - 1]));
-    }
-    static Limb limbOfTop(const Digit* divisor, std::size_t n) {
-        return bitsBelowTop(divisor, n, 0);
-    }
-    static Limb belowTop(const Digit* divisor, std::size_t n) {
-        return bitsBelowTop(divisor, n, 4);
-    }
-    static Limb bitsBelowTop(const Digit* divisor, std::size_t n, std::size_t skip) {
-        TwoLimbs bits = 0;
-        for (std::size_t i = skip; i < skip + 5; ++i)
-            bits = bits << 16 | (i < n ? divisor[n - 1 - i] : 0);
-        return static_cast<Limb>(bits >> (16 - std::countl_zero(divisor[n - 1])));
+    // The fewer digits a block brought, the longer to the next one.
+    void stop(std::size_t brought, DivideCounts& counts) {
+        ++counts.stopped;
+        mLastPause = brought >= 32 ? 2 : std::min<std::size_t>(2 * mLastPause, 512);
+        mPause = mLastPause;
     }
 
-    // window has a limb more than the divisor and is less than 2^64 times it:
-    // its quotient by the divisor, which it is left without a multiple of.
-    Limb reduceLimb(Digit* window) const {
-        const auto limb = [&](std::size_t below) {
-            return below <= mLimbs ? loadLimb(window + (mLimbs - below) * kPerLimb) : 0;
-        };
-        Limb u2 = limb(0), u1 = limb(1), u0 = limb(2);
-        const Limb u3 = limb(3);
-        if (mShift != 0) {
-            u2 = u2 << mShift | u1 >> (64 - mShift);
-            u1 = u1 << mShift | u0 >> (64 - mShift);
-            u0 = u0 << mShift | u3 >> (64 - mShift);
-        }
-        Limb q = mHead.quotient(u2, u1, u0);
-        const Limb taken = limbLoops().subtractMultiple(window, mRow.data(), mLimbs, q);
-        Digit* const top = window + mLimbs * kPerLimb;
-        Limb above = loadLimb(top) - taken;
-        // Two limbs of the divisor make the quotient too great by one at most.
-        if (above != 0) {
-            --q;
-            above += limbLoops().add(window, mRow.data(), mLimbs);
-        }
-        storeLimb(top, above);
-        return q;
-    }
-
-    // Four regular places from place s + 3 on; false, and nothing done, if they
-    // are not.
-    bool regularLimb(std::size_t s, Digit* quotient) {
-        Digit* const window = mRest + s;
-        const Limb head = mRest[mLength - 1] * B + (mN > 1 ? mRest[mLength - 2] : window[3]);
-        if (head < B) return false;
-        const Limb q = reduceLimb(window);
-        // The upper 64 bits of the remainder, shifted as the divisor's are.
-        const Digit* const top = window + (mLimbs - 1) * kPerLimb;
-        Limb rest = loadLimb(top) << mShift;
-        if (mShift != 0 && mLimbs > 1) rest |= loadLimb(top - kPerLimb) >> (64 - mShift);
-        const auto topZeros = static_cast<unsigned>(std::countl_zero(static_cast<Digit>(mTop)));
-        Digit digits[kPerLimb];
-        Limb heads = head;
-        for (unsigned place = 3;; --place) {
-            const Limb estimate = heads / mTop;
-            Limb digit = q >> 16 * place;
-            if (estimate >= B) digit += estimate % B - estimate / B;
-            digits[place] = static_cast<Digit>(digit);
-            if (place == 0) break;
-            // The place below: the quotient's digits from there down.
-            const unsigned shift = 48 + topZeros + 16 * (place - 1);
-            const Limb below = q & ((Limb{1} << 16 * place) - 1);
-            const TwoLimbs v = TwoLimbs(below) * mTop64 + rest;
-            heads = static_cast<Limb>(v >> shift);
-            const Limb most = static_cast<Limb>((v + below + 1) >> shift);
-            if (heads < B || heads != most) {
-                takeBack(window, q);
-                return false;
-            }
-        }
-        std::copy_n(digits, kPerLimb, quotient);
-        mLength -= kPerLimb;
-        return true;
-    }
-
-    // Undoes reduceLimb.
-    void takeBack(Digit* window, Limb q) const {
-        Digit* const top = window + mLimbs * kPerLimb;
-        storeLimb(top, loadLimb(top) + limbLoops().addMultiple(window, mRow.data(), mLimbs, q));
-    }
-
-    bool farBelowPower(std::size_t s) const {
-        return !mWrapped && mLength >= s + mN + 4 && mRest[mLength - 1] == 0;
-    }
-
-    // row has a limb more than the divisor, zeros on top: row * B^places mod D,
-    // and the quotient; places is 1 or 2.
-    Limb nextRow(const Row& row, std::size_t places, Row& next) const {
-        std::fill_n(next.begin(), places, Digit(0));
-        std::copy(row.begin(), row.end() - static_cast<std::ptrdiff_t>(places),
-                  next.begin() + static_cast<std::ptrdiff_t>(places));
-        return reduceLimb(next.data());
-    }
-
-    // Places that wrap, four by four from place s + 3 on; how many fours.
-    std::size_t wrappedLimbs(std::size_t s, Digit* quotient, void (*report)()) {
-        const std::size_t p = mLength - (s + 3);
-        while (mPowerOf < p - 1) nextPower();
-        const std::size_t size = (mLimbs + 1) * kPerLimb;
-        Row before(size), now(size), next(size);  // in the end r_(p-2), r_p and r_(p+2)
-        std::copy_n(mPower.begin(), mN, before.begin());
-        Limb kBefore = mPowerQuotient, k = nextRow(before, 1, now);  // k_(p-1), k_p
-        const Limb estimate = 0xFFFF0000 / mTop;
-        const Limb turned = estimate % B - estimate / B;
-        std::size_t done = 0;
-        for (;; s -= kPerLimb) {
-            if (trimmedCount(now.data(), mN) == 0) break;  // k would be one less
-            const Limb ks = nextRow(now, 2, next);         // k_(p+1) and k_(p+2)
-            Limb q;
-            if (!wrappedQuotient(mRest + s, now, next, q)) break;
-            quotient[s + 3] = static_cast<Digit>(kBefore);
-            quotient[s + 2] = static_cast<Digit>((q >> 32) + turned);
-            quotient[s + 1] = static_cast<Digit>(k);
-            quotient[s] = static_cast<Digit>(q + ks + turned);
-            report();
-            report();
-            mLength -= 2;
-            ++done;
-            kBefore = ks >> 16;
-            k = ks & 0xFFFF;
-            std::swap(before, now);
-            std::swap(now, next);
-            if (s < kPerLimb) break;
-        }
-        if (done > 0) {
-            // One at a time goes on from the power before.
-            std::copy_n(before.begin(), mN, mPower.begin());
-            mPowerOf = p + 2 * done - 2;
+    // A block of the upper left places; how many of them, from the top, are
+    // regular. The rest is left behind those. Blocks grow as long as all are.
+    std::size_t regularBlock(std::size_t left, Digit* quotient, DivideCounts& counts) {
+        const std::size_t limbs = std::min(mBlock, left / kPerLimb), count = limbs * kPerLimb;
+        const std::size_t done = regularPlaces(left - count, limbs, quotient);
+        counts.regular += done;
+        if (done == count) {
+            mBlock = std::min(2 * mBlock, std::max<std::size_t>(mTrue.limbs(), 16));
+        } else {
+            mBlock = std::max(done / kPerLimb, kFirstBlock);
+            stop(done, counts);
         }
         return done;
     }
 
-    // Both quotients of a limb that wraps. False, and nothing done, if they
-    // cannot be told apart.
-    bool wrappedQuotient(Digit* window, const Row& now, const Row& next, Limb& q) const {
-        addRow(window + 3, now);
-        addRow(window, next);
-        // The sum may reach 2^64 times the divisor, but not by much.
-        Digit* const upper = window + kPerLimb;
-        const bool more = loadLimb(upper + mLimbs * kPerLimb) != 0 ||
-                          compareDigits(upper, mRow.data(), mLimbs * kPerLimb) >= 0;
-        if (more) subtractRow(upper, mRow);
-        q = reduceLimb(window);
-        if (static_cast<std::uint32_t>(q) != 0) return true;
-        takeBack(window, q);
-        if (more) addRow(upper, mRow);
-        subtractRow(window, next);
-        subtractRow(window + 3, now);
-        return false;
+    // A block of wrapped places, or none if one of them needs single steps.
+    std::size_t wrappedBlock(std::size_t left, Digit* quotient, void (*report)(),
+                             DivideCounts& counts) {
+        const std::size_t most = std::max<std::size_t>(mTrue.limbs(), 16) >> mWrapFailures;
+        const std::size_t limbs = std::min(most, left / kPerLimb);
+        // An odd number of pairs twice over, so that all rows have whole limbs.
+        const std::size_t pairs = limbs == 0 ? 2 : 4 * ((limbs - 1) / 2) + 2;
+        if (wrappedPairs(left - 2 * pairs, pairs, quotient, report)) {
+            counts.wrapped += 2 * pairs;
+            return 2 * pairs;
+        }
+        if (mWrapFailures < 4) ++mWrapFailures;
+        stop(0, counts);
+        return 0;
     }
 
-    // The divisor's limbs of row, and the carry into the limb above.
-    void addRow(Digit* at, const Row& row) const {
-        const unsigned carry = limbLoops().add(at, row.data(), mLimbs);
-        carryInto(at + mLimbs * kPerLimb, 2 * kPerLimb, carry);
-    }
-    void subtractRow(Digit* at, const Row& row) const {
-        const unsigned borrow = limbLoops().subtract(at, row.data(), mLimbs);
-        borrowFrom(at + mLimbs * kPerLimb, 2 * kPerLimb, borrow);
+    static constexpr std::size_t kFirstBlock = 4;
+
+    // The limbs of digits from place s on, as above.
+    std::size_t regularPlaces(std::size_t s, std::size_t limbs, Digit* quotient) {
+        Digit *const window = mRest + s, *const q = quotient + s;
+        const std::size_t count = limbs * kPerLimb;
+        mTrue.divide(window, limbs, q);
+        mTurns.assign(count, 0);
+        std::size_t place = count;
+        while (place > 0 && isRegular(window, q, place - 1, mTurns[place - 1])) --place;
+        if (place > 0) putBack(window, q, place);
+        for (std::size_t i = place; i < count; ++i) q[i] = static_cast<Digit>(q[i] + mTurns[i]);
+        mLength -= count - place;
+        return count - place;
     }
 
-    std::size_t mLimbs;
-    Row mRow;         // the divisor in whole limbs
-    unsigned mShift;  // zero bits on top of it
-    TwoLimbDivisor mHead;
-    Limb mTop64;  // its upper 64 bits
+    // Whether the place is regular if all above it are: window holds the
+    // remainder behind the whole block, q its true quotient.
+    bool isRegular(const Digit* window, const Digit* q, std::size_t place, Digit& turn) const {
+        // V * B^(64-bit shift) between low and high.
+        const std::size_t digits = std::min<std::size_t>(place + 1, kPerLimb);
+        Limb head = 0;
+        for (std::size_t i = 0; i < digits; ++i) head = head << 16 | q[place - i];
+        TwoLimbs low = TwoLimbs(head) * mTrue.topBits(), high = low + mTrue.topBits() + head;
+        if (high < low) return false;
+        if (place < kPerLimb) {  // the remainder is next
+            const Digit* const top = window + (mTrue.limbs() - 1) * kPerLimb;
+            Limb rest = loadLimb(top) << mTrue.topZeros();
+            if (mTrue.topZeros() != 0 && mTrue.limbs() > 1)
+                rest |= loadLimb(top - kPerLimb) >> (64 - mTrue.topZeros());
+            low += rest;
+            high = low + head + 1;
+            if (high < low) return false;
+        }
+        const unsigned shift = static_cast<unsigned>(32 + 16 * digits) + mTopZeros;
+        const Limb heads = static_cast<Limb>(low >> shift);
+        if (heads < B || heads != static_cast<Limb>(high >> shift)) return false;
+        turn = turnOf(heads);
+        return true;
+    }
+
+    // E - rev(E) where V has these two digits on top.
+    Digit turnOf(Limb heads) const {
+        if (heads >> 16 < mTop) return 0;
+        const Limb estimate = heads / mTop;
+        return static_cast<Digit>(estimate % B - estimate / B);
+    }
+
+    // The rest as it was in front of the lowest count digits of q.
+    void putBack(Digit* window, const Digit* q, std::size_t count) {
+        const std::size_t limbs = limbsFor(count), n = mTrue.limbs();
+        Row factor(limbs * kPerLimb), product((limbs + n) * kPerLimb),
+            scratch(multiplyScratch(limbs, n));
+        std::copy_n(q, count, factor.begin());
+        multiplyLimbs(mTrue.row(), n, factor.data(), limbs, product.data(), scratch.data());
+        // The sum is less than D * B^count.
+        addDigits(window, product.data(), mN + count);
+    }
+
+    // row has a limb more than the divisor, zeros on top: row * B mod D; the
+    // quotient.
+    Digit nextRow(Row& row) const {
+        std::copy_backward(row.begin(), row.end() - 1, row.end());
+        row[0] = 0;
+        return static_cast<Digit>(mTrue.divideLimb(row.data()));
+    }
+
+    // 2 * pairs places from s on; false, and nothing done, if one of them needs
+    // single steps.
+    bool wrappedPairs(std::size_t s, std::size_t pairs, Digit* quotient, void (*report)()) {
+        const std::size_t count = 2 * pairs, p = mLength - (s + count - 1);
+        while (mPowerOf < p - 1) nextPower();
+        const std::size_t size = (mTrue.limbs() + 1) * kPerLimb;
+        // k_(p-1) to k_(p+pairs), in rising order of places: k[i] is k_(p+pairs-i).
+        Row k(pairs + 2 + kPerLimb), first(size);
+        k[pairs + 1] = static_cast<Digit>(mPowerQuotient);
+        std::copy_n(mPower.begin(), mN, first.begin());
+        k[pairs] = nextRow(first);
+        k[pairs - 1] = nextRow(first);  // and first is r_(p+1)
+        // Its fraction's digits, k_(p+2) to k_(p+pairs-1), pairs - 2 of them.
+        Row lastRow(size + pairs);
+        std::copy_n(first.begin(), mN, lastRow.begin() + static_cast<std::ptrdiff_t>(pairs - 2));
+        mTrue.divide(lastRow.data(), (pairs - 2) / kPerLimb, k.data() + 1);
+        lastRow.resize(size);
+        if (trimmedCount(lastRow.data(), mN) == 0) return false;
+        Row beyond = lastRow;
+        k[0] = nextRow(beyond);
+
+        const Row kept(mRest + s, mRest + s + mTrue.limbs() * kPerLimb + count + kPerLimb);
+        if (!pairQuotients(mRest + s, pairs, first, k, quotient + s)) {
+            std::copy(kept.begin(), kept.end(), mRest + s);
+            return false;
+        }
+        const Digit turn = turnOf(0xFFFF0000);
+        for (std::size_t i = 0; i < pairs; ++i) {  // from the lowest pair up
+            quotient[s + 2 * i] = static_cast<Digit>(quotient[s + 2 * i] + k[i] + turn);
+            quotient[s + 2 * i + 1] = k[i + 2];
+            report();
+        }
+        mLength -= pairs;
+        std::copy_n(lastRow.begin(), mN, mPower.begin());
+        mPowerOf = p - 1 + pairs;
+        mPowerQuotient = k[1];
+        return true;
+    }
+
+    // The quotients T of pairs of places as digits to base B^2; false if one of
+    // them may be B^2. The remainder stays in window. row is r_(p+1).
+    bool pairQuotients(Digit* window, std::size_t pairs, const Row& row, const Row& k, Digit* t) {
+        const std::size_t count = 2 * pairs;
+        RunningSum sum(window, pairs - 1);
+        for (std::size_t i = 0; i < mN + pairs - 1; ++i) {
+            if (i < mN) sum.enter(row[i]);
+            if (i >= pairs) sum.leave(row[i - pairs]);
+            sum.addTo();
+        }
+        sum.finish();
+        // The sum may reach D * B^count, but not by much.
+        const std::size_t limbs = mTrue.limbs() * kPerLimb;
+        Digit* const upper = window + count;
+        const bool more =
+            loadLimb(upper + limbs) != 0 || compareDigits(upper, mTrue.row(), limbs) >= 0;
+        if (more) {
+            const unsigned borrow = subtractDigits(upper, mTrue.row(), limbs);
+            borrowFrom(upper + limbs, kPerLimb, borrow);
+        }
+        mTrue.divide(window, count / kPerLimb, t);
+        // What the rows had too much: place e of the sum has the digits
+        // k_(p+1+j) for j from pairs - 1 - e to (2 pairs - 2 - e) / 2, not below 1.
+        Row extra(count + kPerLimb);
+        RunningSum rows(extra.data(), 0);
+        const auto digit = [&](std::size_t j) { return k[pairs - 1 - j]; };
+        std::size_t low = pairs, high = pairs - 1;  // the digits in the sum: [low, high]
+        for (std::size_t e = 0; e + 4 <= count; ++e) {
+            const std::size_t from = e + 2 <= pairs ? pairs - 1 - e : 1;
+            const std::size_t to = (2 * pairs - 2 - e) / 2;
+            while (low > from) rows.enter(digit(--low));
+            while (high > to) rows.leave(digit(high--));
+            rows.addTo();
+        }
+        rows.finish();
+        const unsigned borrow = subtractDigits(t, extra.data(), count);
+        // Exactly what the sum reached D * B^count by is a multiple of B^count.
+        if (borrow > more) return false;
+        for (std::size_t i = 0; i + 1 < pairs; ++i)
+            if (t[2 * i] == 0 && t[2 * i + 1] == 0) return false;
+        return true;
+    }
+
+    RowDivisor mTrue;
+    unsigned mTopZeros;                      // of the divisor's top digit
+    std::size_t mBlock = kFirstBlock;        // limbs of the next regular block
+    std::size_t mPause = 0, mLastPause = 4;  // places until the next block
+    unsigned mWrapFailures = 0;              // at most 4
+    Row mTurns;
 };
 
 }  // namespace
 
 std::size_t divideRows(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
                        Digit* quotient, void (*report)(), DivideCounts* counts) {
+    // Blocks pay from about ten digits on.
+    if (length - n < 10) return divideRowsPlain(divisor, n, rest, length, quotient, report);
     DivideCounts own;
-    LimbDivision division(divisor, n, rest, length);
+    BlockDivision division(divisor, n, rest, length);
     return division.run(quotient, report, counts ? *counts : own);
 }
 

@@ -70,6 +70,7 @@ class DigitDivision {
         : mDivisor(divisor), mN(n), mRest(rest), mLength(length), mTop(divisor[n - 1]) {
         for (std::size_t i = 0; i < 3; ++i)
             mDivisorHead = mDivisorHead * B + (i < n ? divisor[n - 1 - i] : 0);
+        mHeadReciprocal = ~std::uint64_t{0} / mDivisorHead;
     }
 
     DigitDivision(const DigitDivision&) = delete;
@@ -92,11 +93,14 @@ class DigitDivision {
             return static_cast<Digit>(k);
         }
         if (v[p - 1] == 0) return belowPower(v, p, report);
-        const std::uint64_t estimate = (v[p - 1] * B + v[p - 2]) / mTop;
+        std::uint64_t turned = 0;  // E - rev(E), mod B
+        if (v[p - 1] >= mTop) {
+            const std::uint64_t estimate = (v[p - 1] * B + v[p - 2]) / mTop;
+            turned = estimate % B + B - estimate / B;
+        }
         const std::uint64_t k = mWrapped ? unwrap(v, p) : reduce(v);
         trim();
-        if (estimate < B) return static_cast<Digit>(k);
-        return static_cast<Digit>((k + estimate % B + B - estimate / B) % B);
+        return static_cast<Digit>((k + turned) % B);
     }
 
  protected:
@@ -122,6 +126,7 @@ class DigitDivision {
     std::size_t mLength;
     std::uint64_t mTop;
     std::uint64_t mDivisorHead = 0;  // the three digits on top
+    std::uint64_t mHeadReciprocal;
     bool mWrapped = false;
 
     std::vector<Digit> mPower;         // B^mPowerOf mod D, and a zero on top
@@ -142,7 +147,7 @@ class DigitDivision {
     std::uint64_t reduce(Digit* v) const {
         std::uint64_t head = 0;
         for (std::size_t i = 0; i < 4; ++i) head = head * B + (i <= mN ? v[mN - i] : 0);
-        std::uint64_t k = std::min(head / mDivisorHead, B - 1);
+        std::uint64_t k = std::min(byDivisorHead(head), B - 1);
         if (k == 0) return 0;
         const std::uint64_t taken = Base::subtractTimes(v, mDivisor, mN, static_cast<unsigned>(k));
         if (taken > v[mN]) {
@@ -151,6 +156,15 @@ class DigitDivision {
         }
         v[mN] = 0;
         return k;
+    }
+
+    // floor(head / mDivisorHead). The reciprocal is too small by less than one,
+    // its product by less than two.
+    std::uint64_t byDivisorHead(std::uint64_t head) const {
+        auto quotient = static_cast<std::uint64_t>(TwoLimbs(head) * mHeadReciprocal >> 64);
+        std::uint64_t left = head - quotient * mDivisorHead;
+        for (; left >= mDivisorHead; left -= mDivisorHead) ++quotient;
+        return quotient;
     }
 
     // The place where the p-digit rest has a zero on top.
@@ -196,10 +210,10 @@ class DigitDivision {
 
 /// How the digits of a quotient were made.
 struct DivideCounts {
-    std::size_t single = 0;     // one at a time
-    std::size_t regular = 0;    // four at a time, as a true division has them
-    std::size_t wrapped = 0;    // four at a time, of a rest that wraps
-    std::size_t takenBack = 0;  // of the single ones, those first tried as four
+    std::size_t single = 0;   // one at a time
+    std::size_t regular = 0;  // in blocks, as a true division has them
+    std::size_t wrapped = 0;  // in blocks, of a rest that wraps
+    std::size_t stopped = 0;  // blocks that a place stopped which is neither
 };
 
 /// Divides rest[0, length) by divisor[0, n), whose top digit is not 0; length
@@ -207,8 +221,8 @@ struct DivideCounts {
 /// remainder, whose length is the result. rest has kDivideSpare zeros above
 /// length. Calls report for each negative result.
 ///
-/// Digits are made four at a time wherever they are those of a true division,
-/// and where a rest wraps again and again.
+/// Digits are made in blocks, by true divisions of rows, wherever they are
+/// those of a true division and where a rest wraps again and again.
 std::size_t divideRows(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
                        Digit* quotient, void (*report)(), DivideCounts* counts = nullptr);
 constexpr std::size_t kDivideSpare = 3 * kPerLimb;

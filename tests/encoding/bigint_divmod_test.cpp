@@ -235,7 +235,7 @@ Digits awkwardRow(std::mt19937& random, std::size_t length) {
 
 }  // namespace
 
-TEST_CASE("divmod: four digits at a time are those that come one at a time") {
+TEST_CASE("divmod: blocks of digits are those that come one at a time") {
     constexpr unsigned kSeed = 7303;
     std::mt19937 random(kSeed);
     Vaskel::DivideCounts all;
@@ -264,7 +264,7 @@ TEST_CASE("divmod: four digits at a time are those that come one at a time") {
             all.single += got.counts.single;
             all.regular += got.counts.regular;
             all.wrapped += got.counts.wrapped;
-            all.takenBack += got.counts.takenBack;
+            all.stopped += got.counts.stopped;
             if (got.division == want || ++wrong > 10) continue;
             MESSAGE(loops->name << ": " << shown(dividend) << " by " << shown(divisor) << ": got "
                                 << shown(got.division) << ", wanted " << shown(want));
@@ -273,8 +273,8 @@ TEST_CASE("divmod: four digits at a time are those that come one at a time") {
     Vaskel::forceLimbLoops(nullptr);
     CHECK(wrong == 0);
     MESSAGE(all.single << " single, " << all.regular << " regular, " << all.wrapped << " wrapped, "
-                       << all.takenBack << " taken back");
+                       << all.stopped << " blocks stopped");
     CHECK(all.regular > 100000);
     CHECK(all.wrapped > 100000);
-    CHECK(all.takenBack > 1000);
+    CHECK(all.stopped > 1000);
 }
