@@ -27,7 +27,7 @@ struct SlotCleaner {
 } const gSlotCleaner;
 
 // Handlers are values: a copy has state of its own.
-SharedHandler copyOf(const SharedHandler& handler) {
+SharedHandler copyOf(SharedHandler handler) {
     return handler ? std::make_shared<const MessageHandler>(*handler) : nullptr;
 }
 
@@ -50,7 +50,8 @@ MessageHandler MessageHandlerRetainer::GetMessageHandler() const { return mHandl
 boost::optional<MessageHandlerRetainer> setMessageHandler(
     const boost::optional<MessageHandlerRetainer>& handler) {
     boost::optional<MessageHandlerRetainer> before;
-    if (gSlot.installed) before = MessageHandlerRetainer(*gSlot.installed);
+    // Held, since copying a handler is the host's code, which may install another.
+    if (const SharedHandler held = gSlot.installed) before = MessageHandlerRetainer(*held);
     SharedHandler next;
     if (handler) next = std::make_shared<const MessageHandler>(handler->GetMessageHandler());
     // Nothing fails from here on. The old handler goes at the end of the block,

@@ -6,6 +6,7 @@
 
 #include "raster/vectorizer.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "platform/orlune.h"
@@ -23,10 +24,11 @@ namespace {
 constexpr int kFirstCapacity = 256;
 
 // A run-list buffer has one place more than a subclass may write, which holds
-// a terminator at all times: a list that fills the buffer ends there.
+// a terminator at all times: a list that fills the buffer ends there. All the
+// others begin as terminators, for subclasses that forget theirs.
 int* makeLine() {
     int* const line = SharedBlock::make<int>(Vectorizer::mLineSize + 1);
-    if (line) line[0] = line[Vectorizer::mLineSize] = kEndOfLine;
+    if (line) std::fill_n(line, Vectorizer::mLineSize + 1, kEndOfLine);
     return line;
 }
 

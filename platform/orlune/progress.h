@@ -7,9 +7,10 @@
 
 namespace Orlune {
 
-/// A progress display that lives as long as the object. Engines construct one
-/// on the stack, at most one at a time a thread, and use it on that thread.
-/// Handlers behind set and isCanceled may throw; the destructor does not.
+/// A progress display that lives as long as the object. Engines construct it on
+/// the stack and use it on that thread; an operation begun from a callback of
+/// another one has a display of its own within the outer one's life. Handlers
+/// behind set and isCanceled may throw; the destructor does not.
 class PLATFORM_API Progress {
  public:
     Progress();

@@ -343,4 +343,26 @@ TEST_CASE("messages work while libraries are loaded, and are dropped while they 
     });
 }
 
+// Its copies call back, once armed: what is copied must outlive that.
+struct Meddler {
+    std::shared_ptr<bool> armed = std::make_shared<bool>(false);
+    std::string text = std::string(100, 'x');
+
+    Meddler() = default;
+    Meddler(const Meddler& other) : armed(other.armed) {
+        if (std::exchange(*armed, false)) Vaskel::setMessageHandler(boost::none);
+        text = other.text;
+    }
+    void operator()(const char*, Vaskel::MessageSeverity, Vaskel::MessageVolatility) const {}
+};
+
+TEST_CASE("setMessageHandler: a handler may remove itself while it is copied") {
+    const Meddler meddler;
+    Vaskel::setAdvancedMessageHandler(meddler);
+    *meddler.armed = true;
+    const auto before = Vaskel::setMessageHandler(boost::none);
+    CHECK(before.has_value());
+    CHECK_FALSE(setMessageHandler(boost::none).has_value());
+}
+
 }  // namespace
