@@ -165,22 +165,24 @@ class VASKEL_API bigint {
     ///
     /// When this is no true integer division. Dividends of up to two digits,
     /// and operands of equal length, always divide truly. Else two things can
-    /// happen; stored values were made by these rules, so they stay:
-    ///   - The digits in use of what is left of the dividend have a zero on
-    ///     top, because more than one was 0 after a subtraction. The next
-    ///     quotient digit is then made as if the others were the greatest
-    ///     possible; where that takes away more than there is, it reports
-    ///     "bigint::operator -= >> negative result!", the digits wrap, and both
-    ///     results are other ones from there on.
-    ///   - The top digit of what is left equals that of the divisor, and the
-    ///     one below it is at least as great. With e that one divided by the
-    ///     divisor's top digit, the quotient digit is greater by e - 1, modulo
-    ///     65536; the remainder is true.
-    /// For random operands the first is about as likely, for each quotient
-    /// digit, as 1 / (the divisor's top digit).
+    /// happen; stored values were made by these rules, so they stay.
     ///
-    ///   2^32 by 1      is 131071, with one report; remainder 0 of two digits
-    ///   10^19 by 10    differs from 10^18 too
+    /// First: what is left of the dividend loses only one zero on top at a time.
+    /// Where two digits became 0 at once, the next quotient digit is made for
+    /// the greatest number of as many digits, in place of what is left. If that
+    /// takes away too much, it reports "bigint::operator -= >> negative result!"
+    /// and the digits wrap; quotient and remainder are other ones then.
+    ///
+    ///   2^32 by 1      is 2^32 + 65535, remainder 4294901761, one report
+    ///   10^19 by 10    is 10^18 + 6553, remainder 4294901766, one report
+    ///
+    /// Second: where what is left has a digit more than the divisor and the same
+    /// digit on top, the quotient digit is greater by e - 1, modulo 65536, with
+    /// e the digit below that one divided by the top digit. The remainder stays
+    /// true.
+    ///
+    /// For random operands each of the two is about as likely, at each quotient
+    /// digit, as 1 to the divisor's top digit.
     ///
     /// A divisor with zeros on top is taken without them, unless the dividend
     /// is less by comparison: then the quotient is zero, the remainder the
