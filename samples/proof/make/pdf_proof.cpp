@@ -5,33 +5,12 @@
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFPageObjectHelper.hh>
 
+#include "samples/proof/make/page_text.h"
 #include "samples/proof/make/pdf_font.h"
-#include "samples/proof/numbers.h"
 #include "samples/proof/pdf_document.h"
 #include "samples/proof/pdf_writer.h"
 
 namespace Proof {
-namespace {
-
-constexpr int kPlaces = 4;  // of coordinates, in points
-
-std::string numbers(std::initializer_list<double> values) {
-    std::string text;
-    for (const double v : values) text += decimal(v, kPlaces) + ' ';
-    return text;
-}
-
-std::string hex(const std::string& codes) {
-    std::string text = "<";
-    char digits[3];
-    for (const char c : codes) {
-        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(c));
-        text += digits;
-    }
-    return text + ">";
-}
-
-}  // namespace
 
 PdfProof::PdfProof(double width, double height, const FontSource& font,
                    const Fonts::Type1Font& program, bool embed, const ProfileBytes& press)

@@ -4,29 +4,11 @@
 #include <cmath>
 #include <cstdio>
 
-#include "samples/proof/numbers.h"
+#include "samples/proof/make/page_text.h"
 #include "samples/proof/pdf_writer.h"
 
 namespace Proof {
 namespace {
-
-constexpr int kPlaces = 4;
-
-std::string numbers(std::initializer_list<double> values) {
-    std::string text;
-    for (const double v : values) text += decimal(v, kPlaces) + ' ';
-    return text;
-}
-
-std::string hex(const std::string& codes) {
-    std::string text = "<";
-    char digits[3];
-    for (const char c : codes) {
-        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(c));
-        text += digits;
-    }
-    return text + ">";
-}
 
 // Text of a DSC comment: printable ASCII only.
 std::string commentText(std::string text) {
