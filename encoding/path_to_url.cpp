@@ -69,6 +69,7 @@ void PathToURL(const std::string& path, const std::string& defaultScheme,
     if (next.empty()) return;
 
     std::string url;
+    url.reserve(path.size() + path.size() / 2);  // a good guess: few characters are encoded
     if (!split.scheme.empty()) url.append(split.scheme).append("://");
     std::string component;  // terminated, for the platform's functions
     for (bool first = true;; first = false) {

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
+#include <type_traits>
 
 namespace Orlune {
 namespace {
@@ -80,6 +82,21 @@ std::size_t toUni16(std::uint32_t character, wchar_t* units) {
     return 2;
 }
 
+// The characters that stand for themselves in any part of a URL: RFC 3986,
+// section 2.3.
+struct Unreserved {
+    bool is[128];
+};
+
+constexpr Unreserved makeUnreserved() {
+    Unreserved unreserved{};
+    for (unsigned char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                            "0123456789-._~"))
+        unreserved.is[c] = true;
+    return unreserved;
+}
+constexpr Unreserved kUnreserved = makeUnreserved();
+
 // Percent-encodes bytes; returns how long the form is. out has room for three
 // times the bytes and a terminator.
 std::size_t encode(const char* first, const char* last, char* out) {
@@ -109,9 +126,30 @@ void takeEncoded(Output<char>& output, const char* text, const char* end) {
     }
 }
 
-// Where the leading ASCII ends, of which every byte is a character.
-const char* endOfAscii(const char* text, const char* end) {
-    return std::find_if(text, end, [](char c) { return (c & 0x80) != 0; });
+// Copies the characters at text for which is holds, ASCII all of them, while
+// there is room, and returns where they end. Each is a piece of its own.
+template <class From, class To, class Is>
+const From* takeWhile(Output<To>& output, const From* text, Is is) {
+    const From* const limit = text + output.room();
+    To* to = output.space();
+    const From* at = text;
+    for (; at != limit && is(*at); ++at) *to++ = static_cast<To>(*at);
+    output.filled(static_cast<std::size_t>(at - text));
+    return at;
+}
+
+template <class From, class To>
+const From* takeAscii(Output<To>& output, const From* text) {
+    return takeWhile(output, text, [](From c) { return c > 0 && c <= 0x7F; });
+}
+
+// Most names begin with what needs no encoding, and many hold nothing else.
+template <class From>
+const From* takeUnreserved(Output<char>& output, const From* text) {
+    return takeWhile(output, text, [](From c) {
+        const auto index = static_cast<std::make_unsigned_t<From>>(c);
+        return index < 0x80 && kUnreserved.is[index];
+    });
 }
 
 }  // namespace
@@ -119,17 +157,14 @@ const char* endOfAscii(const char* text, const char* end) {
 int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<wchar_t> output(out, capacity);
+    utf8 = takeAscii(output, utf8);
+    if (*utf8 == '\0') return output.finish();
     const char* const end = utf8 + std::strlen(utf8);
-    if (utf8::find_invalid(endOfAscii(utf8, end), end) != end) return output.refuse();
+    if (utf8::find_invalid(utf8, end) != end) return output.refuse();
     while (utf8 != end && output.room() > 0) {
-        const char* const ascii = endOfAscii(utf8, end);
-        const auto plain = std::min(static_cast<std::size_t>(ascii - utf8), output.room());
-        std::copy_n(utf8, plain, output.space());
-        output.filled(plain);
-        utf8 = ascii;
-        if (utf8 == end) break;
         wchar_t units[2];
         output.take(units, toUni16(utf8::unchecked::next(utf8), units));
+        utf8 = takeAscii(output, utf8);
     }
     return output.finish();
 }
@@ -150,22 +185,26 @@ int Uni16CharToUTF8(const wchar_t* text, char* out, std::size_t capacity) {
 int UTF8ToURLEncoding(const char* utf8, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<char> output(out, capacity);
-    takeEncoded(output, utf8, utf8 + std::strlen(utf8));
+    utf8 = takeUnreserved(output, utf8);
+    if (*utf8 != '\0') takeEncoded(output, utf8, utf8 + std::strlen(utf8));
     return output.finish();
 }
 
 int Uni16CharToURLEncoding(const wchar_t* text, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<char> output(out, capacity);
+    text = takeUnreserved(output, text);
     while (*text != 0) {
         char bytes[256];
-        char* end = bytes;
-        while (*text != 0 && end - bytes <= static_cast<std::ptrdiff_t>(sizeof bytes) - 4) {
+        Output<char> utf8(bytes, sizeof bytes);
+        for (text = takeAscii(utf8, text); *text != 0 && utf8.room() >= 4;
+             text = takeAscii(utf8, text)) {
             const std::uint32_t character = nextOfUni16(text);
             if (character == kNoCharacter) return output.refuse();
-            end = utf8::unchecked::append(character, end);
+            char* const last = utf8::unchecked::append(character, utf8.space());
+            utf8.filled(static_cast<std::size_t>(last - utf8.space()));
         }
-        takeEncoded(output, bytes, end);
+        takeEncoded(output, bytes, utf8.space());
     }
     return output.finish();
 }
