@@ -44,7 +44,7 @@ class VASKEL_API Random {
     ///
     /// It is h * n / 16384 rounded down for the top 14 bits h of a word, so that
     /// no more than 16384 values come for a larger n. Beyond 131071 the product
-    /// wraps in 32 bits; a negative n gives n .. 0.
+    /// wraps in 32 bits; an n in -131072 .. -1 gives n .. 0.
     int nextInt(int n);
     /// A multiple of 0.00001 in 0.0 .. 0.99994, one of 16384.
     double nextDouble();

@@ -56,6 +56,11 @@ TEST_CASE("divmod: quotient and remainder are those of the rule") {
         {"2^32 by 1", {0, 0, 1}, {1}, {65535, 0, 1}, {1, 65535}, 1},
         {"2^48 by 1", {0, 0, 0, 1}, {1}, {2, 65535, 0, 1}, {0, 0}, 1},
         {"2^80 by 1", {0, 0, 0, 0, 0, 1}, {1}, {1, 65535, 2, 65535, 0, 1}, {0, 0, 0}, 2},
+        // A dividend with zeros on top: the digit is made for [0] above 1.
+        {"one with a zero on top, by 1", {1, 0}, {1}, {65535}, {2, 65535}, 1},
+        {"equal lengths with zeros on top", {5, 0}, {1, 0}, {65535}, {6, 65535}, 1},
+        // 56959 times, and 25734 / 3 - 1 more for the equal top digits: 65536.
+        {"a digit that is 0 again", {65431, 63414, 25734, 3}, {59214, 3}, {26496}, {63127, 0}, 0},
         // 10^18 is 0DE0 B6B3 A764 0000; 65535 / 10 is 6553.
         {"10^19 by 10",
          {0, 0x89E8, 0x2304, 0x8AC7},
@@ -183,7 +188,8 @@ TEST_CASE("bigint: an operand that is the object itself counts as copied first")
     }
 }
 
-TEST_CASE("divmod: dividends of up to two digits, and equal lengths, divide truly") {
+TEST_CASE(
+    "divmod: dividends of up to two digits, and equal lengths, divide truly without zeros on top") {
     constexpr unsigned kSeed = 7320;
     std::mt19937 random(kSeed);
     FakeHost host;

@@ -56,6 +56,11 @@ constexpr bool kRefused = ((kArithmetic<bigint, T> == 0 && kAssigning<bigint&, T
                             !std::is_constructible_v<bigint, T>)&&...);
 static_assert(kRefused<bool, char, wchar_t, char8_t, char16_t, char32_t, float, double, long double,
                        Colour, Shape>);
+#ifdef __SIZEOF_INT128__
+__extension__ using Wide = __int128;
+__extension__ using UnsignedWide = unsigned __int128;
+static_assert(kRefused<Wide, UnsignedWide>);  // added their lower half
+#endif
 
 template <class... T>
 constexpr bool kRefusedOnTheLeft = ((kArithmetic<T, bigint> == 0) && ...);

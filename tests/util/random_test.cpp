@@ -6,10 +6,10 @@
 #include <deque>
 #include <memory>
 #include <set>
-#include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/orlune.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/guarded_bytes.h"
 #include "util/random.h"
@@ -235,17 +235,39 @@ TEST_CASE("equal seeds give equal sequences of every kind, also through copies")
     }
 }
 
-TEST_CASE("generators made in one tick differ") {
-    std::set<std::string> sequences;
-    for (int i = 0; i < 20; ++i) {
-        Random random;
-        std::string sequence;
-        for (int k = 0; k < 8; ++k) sequence += std::to_string(random.nextInt(16384)) + ' ';
-        sequences.insert(sequence);
+namespace {
+
+bool sameSequence(Random a, Random b) {
+    for (int i = 0; i < 8; ++i)
+        if (a.nextInt(16384) != b.nextInt(16384)) return false;
+    return true;
+}
+
+// How much more than ticks the seed of random is, up to 999; -1 if it is none
+// of these.
+int offsetOf(const Random& random, std::uint32_t ticks) {
+    for (std::uint32_t offset = 0; offset < 1000; ++offset)
+        if (sameSequence(random, Random(static_cast<int>(ticks + offset))))
+            return static_cast<int>(offset);
+    return -1;
+}
+
+}  // namespace
+
+TEST_CASE("a generator without a seed takes the ticks and how many were made before it") {
+    int pairs = 0;
+    for (int tries = 0; pairs < 20 && tries < 400; ++tries) {
+        const std::uint32_t ticks = Orlune::Clock::Ticks();
+        const Random first, second;
+        if (Orlune::Clock::Ticks() != ticks) continue;  // which tick they saw is not known
+        ++pairs;
+        const int offset = offsetOf(first, ticks);
+        CAPTURE(offset);
+        CHECK(offset >= 1);  // the process-wide one was the first
+        CHECK(offset >= 2 * (pairs - 1));
+        CHECK(offsetOf(second, ticks) == offset + 1);
     }
-    // Ticks rise by themselves too, and may meet an earlier sum now and then;
-    // without the offset there would be one or two sequences.
-    CHECK(sequences.size() >= 10);
+    CHECK(pairs == 20);
 }
 
 TEST_CASE("ranini makes the process-wide generator repeat a Random of that seed") {

@@ -53,16 +53,22 @@ class VASKEL_API arraytemplate {
 
 extern template class arraytemplate<unsigned short>;
 
-/// Integer types whose values operators take. bool and character types are
-/// none.
+/// Integer types whose values operators take, up to 64 bits. bool and character
+/// types are none.
 template <class T>
-concept BigintOperand = std::integral<T> && !std::same_as<T, bool> && !std::same_as<T, char> &&
+concept BigintOperand = std::integral<T> && sizeof(T) <= sizeof(std::uint64_t) &&
+                        !std::same_as<T, bool> && !std::same_as<T, char> &&
                         !std::same_as<T, wchar_t> && !std::same_as<T, char8_t> &&
                         !std::same_as<T, char16_t> && !std::same_as<T, char32_t>;
 
-/// What would turn into an integer on its way to an operator and must not.
+/// What would turn into an integer on its way to an operator and must not, or
+/// lose its upper digits there: some compilers' 128-bit integers, which need
+/// not count as arithmetic types.
 template <class T>
-concept NoBigintOperand = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!BigintOperand<T>;
+concept NoBigintOperand =
+    !BigintOperand<T> && (std::is_arithmetic_v<T> || std::is_enum_v<T> ||
+                          (sizeof(T) > sizeof(std::uint64_t) && !std::is_class_v<T> &&
+                           std::is_convertible_v<T, unsigned int>));
 
 /// An unsigned integer of any size.
 ///
@@ -77,8 +83,9 @@ concept NoBigintOperand = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!Bigin
 /// multiplication by unsigned short (so that a * 0 keeps its length), larger
 /// ones that by bigint. A negative one is reported ("bigint >> negative
 /// operand: %lld") and leaves the object as it is. What would have to turn into
-/// an integer first (2.5, true, 'a', an enumerator), an integer on the left
-/// (5 + a) and a comparison with an integer do not compile: write bigint(5).
+/// an integer first (2.5, true, 'a', an enumerator), a wider integer, an integer
+/// on the left (5 + a) and a comparison with an integer do not compile: write
+/// bigint(5).
 ///
 /// Operands may be the object itself: a -= a, a *= a and a.divmod(a, a, r) act
 /// as if copied first.
@@ -130,8 +137,8 @@ class VASKEL_API bigint {
     /// A product with length 0 is zero. Zeros on top of the product stay: for
     /// lengths n of at least 2, and m, the product has n + m - 1 digits, and one
     /// more if it needs it. If n is 1, digits 0 of other count from its first
-    /// digit that is not 0 on. Stored values were made by this rule, so it
-    /// stays.
+    /// digit that is not 0 on, and the product of the one digit 0 keeps length 1.
+    /// Stored values were made by this rule, so it stays.
     bigint& operator*=(const bigint& other);
 
     /// Multiplies by one digit. By 0 it makes all digits 0 and keeps the
@@ -160,21 +167,24 @@ class VASKEL_API bigint {
     ///   1000000 by 7   is 142857, remainder 1
     ///
     /// The quotient never has zeros on top. The remainder loses one zero on
-    /// top for each digit that is not 0 in the quotient, so that zeros stay: a
+    /// top at each place where something is taken off, so that zeros stay: a
     /// remainder of zero may have a length.
     ///
-    /// When this is no true integer division. Dividends of up to two digits,
-    /// and operands of equal length, always divide truly. Else two things can
-    /// happen; stored values were made by these rules, so they stay.
+    /// When this is no true integer division. Operands whose top digits are not
+    /// 0 always divide truly if the dividend has up to two digits, or both are
+    /// of equal length. Else two things can happen; stored values were made by
+    /// these rules, so they stay.
     ///
     /// First: what is left of the dividend loses only one zero on top at a time.
-    /// Where two digits became 0 at once, the next quotient digit is made for
-    /// the greatest number of as many digits, in place of what is left. If that
+    /// Where two digits became 0 at once, or the dividend comes with zeros on
+    /// top, the next quotient digit is made for the greatest number of as many
+    /// digits, in place of what is left. If that
     /// takes away too much, it reports "bigint::operator -= >> negative result!"
     /// and the digits wrap; quotient and remainder are other ones then.
     ///
     ///   2^32 by 1      is 2^32 + 65535, remainder 4294901761, one report
     ///   10^19 by 10    is 10^18 + 6553, remainder 4294901766, one report
+    ///   2^32 - 4294967295 by 1  is 65535, remainder 4294901762, one report
     ///
     /// Second: where what is left has a digit more than the divisor and the same
     /// digit on top, the quotient digit is greater by e - 1, modulo 65536, with

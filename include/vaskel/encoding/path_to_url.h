@@ -26,9 +26,10 @@ namespace Vaskel {
 ///   "http://server/", ""             is http://server
 ///
 /// A path with nothing but slashes behind the scheme, or nothing at all, leaves
-/// out alone. A component before the last that is not well-formed UTF-8
-/// becomes empty; one of more than 1023 UTF-16 units is cut, and so is one
-/// whose encoded form is longer than 9215 bytes. A zero byte ends a component.
+/// out alone. A component between the first and the last that is not
+/// well-formed UTF-8 becomes empty; one of more than 1023 UTF-16 units is cut. A
+/// zero byte ends the component that is to be encoded; in the scheme or in the
+/// first of several components it ends the URL.
 ///
 /// path may be the text of out itself. Memory that ends throws std::bad_alloc
 /// and leaves out alone, or reset where out itself cannot store the finished
