@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "raster/downsample_cells.h"
+#include "raster/downsample_picks.h"
 #include "vaskel/raster.h"
 
 #if VASKEL_BENCH_OPENCV
@@ -52,6 +53,23 @@ void ours(benchmark::State& state, const Vaskel::DownsampleForm* form, bool filt
         benchmark::ClobberMemory();
     }
     Vaskel::forceDownsampleForm(nullptr);
+    state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+
+// adjust alone, on each input line of which pick_1 takes one.
+void adjust(benchmark::State& state, const Vaskel::PickForm* form) {
+    Vaskel::forcePickForm(form);
+    const std::vector<unsigned char>& pixels = image<unsigned char>();
+    const Vaskel::downsampler sampler(factorOf(state), 1, kWidth, kHeight);
+    const std::size_t n = sampler.resize(kWidth), lines = sampler.resizeY(kHeight);
+    std::vector<unsigned char> out(n * lines);
+    for (auto _ : state) {
+        for (std::size_t y = 0; y < lines; ++y)
+            sampler.adjust(&pixels[kWidth * (y * kHeight / lines)], &out[n * y]);
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
+    Vaskel::forcePickForm(nullptr);
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
 
@@ -100,6 +118,15 @@ int main(int argc, char** argv) {
     registerWork<unsigned int>("average_4", true, {200, 250, 400, 417});
     registerWork<unsigned char>("average_1", true, {250, 400, 417});
     registerWork<unsigned int>("pick_4", false, {250, 417});
+    registerWork<unsigned char>("pick_1", false, {250, 417});
+    for (const auto& [name, form] :
+         {std::pair{"adjust/vaskel", static_cast<const Vaskel::PickForm*>(nullptr)},
+          {"adjust/vaskel_table", &Vaskel::kPickTable},
+          {"adjust/vaskel_plain", &Vaskel::kPickPlain}})
+        benchmark::RegisterBenchmark(name, adjust, form)
+            ->Arg(250)
+            ->Arg(417)
+            ->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "raster/replicate.h"
 #include "vaskel/raster.h"
 
 #if VASKEL_BENCH_OPENCV
@@ -28,7 +29,8 @@ const std::vector<unsigned int>& image() {
 
 double factorOf(const benchmark::State& state) { return static_cast<double>(state.range(0)) / 100; }
 
-void ours(benchmark::State& state) {
+void ours(benchmark::State& state, const Vaskel::ReplicateForm* form) {
+    Vaskel::forceReplicateForm(form);
     const std::vector<unsigned int>& pixels = image();
     const Vaskel::upsampler settings(1, factorOf(state), kWidth);
     const auto n = static_cast<std::size_t>(settings.resize(kWidth));
@@ -43,6 +45,7 @@ void ours(benchmark::State& state) {
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
     }
+    Vaskel::forceReplicateForm(nullptr);
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
 }
 
@@ -92,7 +95,8 @@ void sized(benchmark::internal::Benchmark* bench) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    sized(benchmark::RegisterBenchmark("repeat_4/vaskel", ours));
+    sized(benchmark::RegisterBenchmark("repeat_4/vaskel", ours, nullptr));
+    sized(benchmark::RegisterBenchmark("repeat_4/vaskel_table", ours, &Vaskel::kReplicateTable));
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel_plain", plain));
 #if VASKEL_BENCH_OPENCV
     sized(benchmark::RegisterBenchmark("repeat_4/opencv", openCv));

@@ -10,6 +10,7 @@
 
 #include "platform/orlune.h"
 #include "raster/downsample_cells.h"
+#include "raster/downsample_picks.h"
 #include "util/narrow.h"
 #include "vaskel/raster.h"
 
@@ -84,11 +85,11 @@ struct DownsamplerInside {
     }
 
     static void allocate(downsampler& d) {
-        const std::size_t bytes = 4 * outputWidth(d);
+        const std::size_t n = outputWidth(d);
+        d.mLine = std::make_shared<unsigned char[]>(4 * n);
+        d.mScratch = std::make_shared<unsigned char[]>(n + kPickRoom);
         // One cell more than pixels for the last pixel's rest, and one beyond.
-        d.mLine = std::make_shared<unsigned char[]>(bytes);
-        d.mScratch = std::make_shared<unsigned char[]>(bytes);
-        d.mSums = std::make_shared<DownsampleSums>(4 * (outputWidth(d) + 2), *d.mCells, d.mFactorY);
+        d.mSums = std::make_shared<DownsampleSums>(4 * (n + 2), *d.mCells, d.mFactorY);
     }
 
     static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
@@ -105,32 +106,17 @@ struct DownsamplerInside {
             outputWidth(d) * static_cast<std::size_t>(channels), d.mLine.get());
     }
 
-    // Calls pick(j, i) for each output pixel j with the input pixel i. The last
-    // pick lies before the line's end: n factors are the width, so the walk has
-    // come to at most width - step after n - 1 steps; the limit only guards that
-    // against the last bit. A rounded-down fraction would give one pick more,
-    // for which there is no output pixel.
-    template <class Pick>
-    static void walk(const downsampler& d, double& column, Pick pick) {
-        const std::size_t n = outputWidth(d);
-        column = 0;
-        std::uint64_t i = 0;
-        for (std::size_t j = 0; j < n && i < d.mWidth; ++j, i += d.mStepX) {
-            column += d.mFractionX;
-            if (column >= 1) {
-                column -= 1;
-                ++i;
-            }
-            pick(j, static_cast<std::size_t>(std::min<std::uint64_t>(i, d.mWidth - 1)));
-        }
+    static void pickLine(downsampler& d, const unsigned int* line) {
+        chosenPickForm().pixels(*d.mPicks, reinterpret_cast<const unsigned char*>(line),
+                                d.mLine.get());
+        d.mColumn = d.mPicks->column;
     }
-
-    template <class Pixel>
-    static void pickLine(downsampler& d, const Pixel* line) {
-        walk(d, d.mColumn, [&](std::size_t j, std::size_t i) {
-            const std::uint32_t slot = line[i];
-            std::memcpy(&d.mLine[4 * j], &slot, 4);
-        });
+    // One-byte pixels come to stand in slots of four bytes.
+    static void pickLine(downsampler& d, const unsigned char* line) {
+        const PickForm& form = chosenPickForm();
+        form.bytes(*d.mPicks, line, d.mScratch.get());
+        form.widen(d.mScratch.get(), d.mPicks->count, d.mLine.get());
+        d.mColumn = d.mPicks->column;
     }
 
     template <class Pixel>
@@ -156,13 +142,9 @@ struct DownsamplerInside {
         if (1 - weight != 0) accumulate(d, bytes, channels, 1 - weight);
     }
 
-    // The low bytes of the picked slots, from the last to the first.
+    // The low bytes of the picked slots.
     static void copySlots(const downsampler& d, unsigned char* line) {
-        for (std::size_t j = outputWidth(d); j-- > 0;) {
-            std::uint32_t slot;
-            std::memcpy(&slot, &d.mLine[4 * j], 4);
-            line[j] = static_cast<unsigned char>(slot);
-        }
+        chosenPickForm().narrow(d.mLine.get(), outputWidth(d), line);
     }
 };
 
@@ -180,6 +162,8 @@ downsampler::downsampler(double inResolution, double outResolution, unsigned int
     mFractionX = mFactorX - std::trunc(mFactorX);
     mFractionY = mFactorY - std::trunc(mFactorY);
     mCells = std::make_shared<const DownsampleCells>(mFactorX, empty ? 0 : width);
+    mPicks = std::make_shared<const DownsamplePicks>(mFactorX, mStepX, empty ? 0 : width,
+                                                     DownsamplerInside::outputWidth(*this));
     DownsamplerInside::allocate(*this);
 }
 
@@ -195,7 +179,8 @@ downsampler::downsampler(const downsampler& other)
       mHeight(other.mHeight),
       mStepY(other.mStepY),
       mFiltering(other.mFiltering),
-      mCells(other.mCells) {
+      mCells(other.mCells),
+      mPicks(other.mPicks) {
     DownsamplerInside::allocate(*this);
 }
 
@@ -258,9 +243,7 @@ void downsampler::adjust(unsigned char* line) const { adjust(line, line); }
 void downsampler::adjust(const unsigned char* line, unsigned char* out) const {
     const std::size_t n = DownsamplerInside::outputWidth(*this);
     if (n == 0) return;
-    double column = 0;
-    DownsamplerInside::walk(*this, column,
-                            [&](std::size_t j, std::size_t i) { mScratch[j] = line[i]; });
+    chosenPickForm().bytes(*mPicks, line, mScratch.get());
     std::memcpy(out, mScratch.get(), n);
 }
 

@@ -18,18 +18,6 @@ constexpr double kMostPixels = 1e15;
 
 }  // namespace
 
-std::int64_t replicationSources(double factor, std::int32_t width, std::int64_t count,
-                                std::uint32_t* sources) {
-    double column = 0;
-    std::int64_t written = 0;
-    for (std::int32_t i = 0; i < width && written < count; ++i) {
-        for (; factor > column && written < count; column += 1)
-            sources[written++] = static_cast<std::uint32_t>(i);
-        column -= factor;
-    }
-    return written;
-}
-
 upsampler::upsampler(double inResolution, double outResolution, int width)
     : mFactor(outResolution / inResolution), mColumn(0), mWidth(width) {
     // From 2^52 on adding 1 to the row count would not end.
@@ -44,6 +32,7 @@ upsampler::upsampler(double inResolution, double outResolution, int width)
     mSecondLine = std::make_shared<unsigned char[]>(bytes);
     auto sources = std::make_shared<std::uint32_t[]>(static_cast<std::size_t>(mPixels));
     mStored = replicationSources(mFactor, mWidth, mPixels, sources.get());
+    mDense = isDense(sources.get(), static_cast<std::size_t>(mStored));
     mSources = std::move(sources);
 }
 
@@ -55,9 +44,9 @@ void upsampler::stuff(const unsigned int* line) {
     mRow -= mFactor;
     if (!(mRow < mFactor)) return;  // below factor 1: the line before stays
     mColumn = 0;
-    const std::uint32_t* const sources = mSources.get();
-    unsigned char* const out = mLine.get();
-    for (std::int64_t j = 0; j < mStored; ++j) std::memcpy(out + 4 * j, line + sources[j], 4);
+    chosenReplicateForm().run({mSources.get(), static_cast<std::size_t>(mStored),
+                               static_cast<std::size_t>(mWidth), mDense},
+                              line, mLine.get());
 }
 
 short upsampler::ready() const { return mFactor > mRow ? 1 : 0; }

@@ -11,7 +11,8 @@
 
 namespace Vaskel {
 
-struct DownsampleCells;  // private, as is
+struct DownsampleCells;  // private, as are
+struct DownsamplePicks;
 struct DownsampleSums;
 
 // ---- Tracing ----------------------------------------------------------------
@@ -167,9 +168,9 @@ VASKEL_API void vecsetpar(int p1, int p2, int p3, int p4);
 ///
 /// One object is one image; clone makes another of the same settings. With a
 /// width or height of 0 every call does nothing and ready is 0. Memory: about
-/// 32 bytes an output pixel of a line, 16 more in the table of cells. An object
-/// belongs to one thread at a time. std::bad_alloc passes through, except where
-/// clone says otherwise.
+/// 32 bytes an output pixel of a line, and in tables 20 more and one an input
+/// pixel. An object belongs to one thread at a time. std::bad_alloc passes
+/// through, except where clone says otherwise.
 class VASKEL_API downsampler {
  public:
     /// An image of width x height pixels whose resolution goes from
@@ -250,6 +251,7 @@ class VASKEL_API downsampler {
     std::uint32_t mStepY;
     bool mFiltering;
     std::shared_ptr<const DownsampleCells> mCells;
+    std::shared_ptr<const DownsamplePicks> mPicks;
 };
 
 // ---- Enlarging --------------------------------------------------------------
@@ -305,6 +307,7 @@ class VASKEL_API upsampler {
     std::int64_t mPixels;  // of an output line
     std::int64_t mStored;  // how many of them a line of input fills, at most all
     std::shared_ptr<const std::uint32_t[]> mSources;
+    bool mDense;  // no input pixel is left out
 };
 
 }  // namespace Vaskel

@@ -1,0 +1,184 @@
+// Every form of nearest pick takes the plain form's pixels.
+
+#include <doctest/doctest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "raster/downsample_picks.h"
+#include "tests/support/guarded_bytes.h"
+#include "vaskel/raster.h"
+
+using namespace Vaskel;
+
+namespace {
+
+constexpr unsigned kSeed = 2417;
+
+struct ForcedPick {
+    explicit ForcedPick(const PickForm* form) { forcePickForm(form); }
+    ~ForcedPick() { forcePickForm(nullptr); }
+    ForcedPick(const ForcedPick&) = delete;
+    ForcedPick& operator=(const ForcedPick&) = delete;
+};
+
+void fill(GuardedBytes& bytes, std::mt19937& random) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<unsigned char>(random());
+}
+
+DownsamplePicks picksFor(unsigned width, std::size_t n) {
+    const double factor = static_cast<double>(width) / static_cast<double>(n);
+    return {factor, static_cast<std::uint32_t>(factor), width, n};
+}
+
+// Input and output end at unmapped pages, save for the room that bytes may use.
+void checkForms(const DownsamplePicks& picks, std::mt19937& random) {
+    CAPTURE(picks.width);
+    CAPTURE(picks.count);
+    const std::size_t n = picks.count;
+    GuardedBytes pixels(4 * std::size_t{picks.width}), bytes(picks.width);
+    fill(pixels, random);
+    fill(bytes, random);
+    GuardedBytes wantPixels(4 * n), wantBytes(n + kPickRoom);
+    kPickPlain.pixels(picks, pixels.data(), wantPixels.data());
+    kPickPlain.bytes(picks, bytes.data(), wantBytes.data());
+    for (const PickForm* form : pickForms().subspan(1)) {
+        CAPTURE(std::string(form->name));
+        GuardedBytes gotPixels(4 * n), gotBytes(n + kPickRoom);
+        form->pixels(picks, pixels.data(), gotPixels.data());
+        form->bytes(picks, bytes.data(), gotBytes.data());
+        REQUIRE(gotPixels == wantPixels);
+        REQUIRE(std::memcmp(gotBytes.data(), wantBytes.data(), n) == 0);
+        // There and back, from slots whose upper bytes count for nothing.
+        GuardedBytes line(n), slots(4 * n), wantSlots(4 * n), back(n);
+        std::memcpy(line.data(), wantBytes.data(), n);
+        form->widen(line.data(), n, slots.data());
+        kPickPlain.widen(line.data(), n, wantSlots.data());
+        REQUIRE(slots == wantSlots);
+        form->narrow(slots.data(), n, back.data());
+        REQUIRE(back == line);
+        form->narrow(wantPixels.data(), n, back.data());
+        kPickPlain.narrow(wantPixels.data(), n, line.data());
+        REQUIRE(back == line);
+    }
+}
+
+}  // namespace
+
+TEST_CASE("nearest pick: every form takes the plain form's pixels, all small sizes") {
+    std::mt19937 random(kSeed);
+    for (unsigned width = 1; width <= 70; ++width)
+        for (std::size_t n = 1; n <= width; ++n) checkForms(picksFor(width, n), random);
+}
+
+TEST_CASE("nearest pick: every form takes the plain form's pixels, random sizes") {
+    std::mt19937 random(kSeed + 1);
+    for (int round = 0; round < 2000; ++round) {
+        const unsigned width = 1 + static_cast<unsigned>(random() % 3000);
+        // Factors near 1, anywhere, and up to a few pixels for the line.
+        const std::size_t most = round % 3 == 0 ? width : 1 + width / (1 + random() % 12);
+        const std::size_t n = round % 3 == 0 ? width - random() % (1 + width / 8)
+                                             : 1 + static_cast<std::size_t>(random() % most);
+        checkForms(picksFor(width, n), random);
+    }
+}
+
+TEST_CASE("nearest pick: blocks hold all picks but those of the last pixels") {
+    for (unsigned width : {15u, 16u, 17u, 160u, 1000u})
+        for (std::size_t n : {std::size_t{width} / 5 + 1, std::size_t{width} / 2 + 1}) {
+            const DownsamplePicks picks = picksFor(width, n);
+            CAPTURE(width);
+            CAPTURE(n);
+            REQUIRE(picks.taken.size() == width / 16);
+            std::size_t j = 0;
+            for (std::size_t block = 0; block < picks.taken.size(); ++block)
+                for (unsigned i = 0; i < picks.taken[block]; ++i, ++j)
+                    CHECK(picks.sources[j] == 16 * block + picks.places[16 * block + i]);
+            for (; j < picks.count; ++j) CHECK(picks.sources[j] >= width / 16 * 16);
+        }
+    CHECK(picksFor(160, 20).taken.empty());  // factor 8: one by one
+}
+
+TEST_CASE("nearest pick: the forced form takes lines, bytes and adjusted lines") {
+    static int pixels = 0, bytes = 0, narrowed = 0;
+    pixels = bytes = narrowed = 0;
+    static const PickForm counting = {
+        "counting",
+        [](const DownsamplePicks& picks, const unsigned char* line, unsigned char* out) {
+            ++pixels;
+            kPickPlain.pixels(picks, line, out);
+        },
+        [](const DownsamplePicks& picks, const unsigned char* line, unsigned char* out) {
+            ++bytes;
+            kPickPlain.bytes(picks, line, out);
+        },
+        kPickPlain.widen,
+        [](const unsigned char* slots, std::size_t count, unsigned char* out) {
+            ++narrowed;
+            kPickPlain.narrow(slots, count, out);
+        }};
+    const ForcedPick forced(&counting);
+    downsampler sampler(5, 2, 10, 5);  // 0, 3, 5, 8 of line 2, then of line 4
+    sampler.setFiltering(false);
+    const unsigned line[10] = {10, 11, 12, 13, 14, 15, 16, 17, 18, 19};
+    const unsigned char narrow[10] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    unsigned out[4] = {};
+    for (int i = 0; i < 3; ++i) sampler.stuff(line);
+    sampler.get(out);
+    CHECK(pixels == 1);
+    CHECK(out[0] == 10);
+    CHECK(out[3] == 18);
+    unsigned char bytesOut[4] = {};
+    for (int i = 0; i < 2; ++i) sampler.stuff(narrow);
+    sampler.get(bytesOut);
+    CHECK(bytes == 1);
+    CHECK(narrowed == 1);
+    CHECK(bytesOut[1] == 3);
+    sampler.adjust(narrow, bytesOut);
+    CHECK(bytes == 2);
+}
+
+TEST_CASE("nearest pick: all forms give whole images alike") {
+    std::mt19937 random(kSeed + 2);
+    for (int round = 0; round < 60; ++round) {
+        const unsigned width = 1 + static_cast<unsigned>(random() % 200);
+        const double factor = 1 + static_cast<double>(random() % 600) / 100;
+        std::vector<unsigned char> outputs[2];
+        const std::uint32_t seed = static_cast<std::uint32_t>(random());
+        for (int form = 0; form < 2; ++form) {
+            const ForcedPick forced(form ? nullptr : &kPickPlain);
+            std::mt19937 pixels(seed);
+            downsampler sampler(factor, 1, width, 20);
+            sampler.setFiltering(false);
+            const std::size_t n = sampler.resize(width);
+            GuardedBytes wide(4 * std::size_t{width}), narrow(width), out(4 * n), line(n);
+            const auto keep = [&](const GuardedBytes& taken) {
+                outputs[form].insert(outputs[form].end(), taken.data(),
+                                     taken.data() + taken.size());
+            };
+            for (int y = 0; y < 20; ++y) {
+                fill(wide, pixels);
+                fill(narrow, pixels);
+                if (y % 5 < 3)
+                    sampler.stuff(reinterpret_cast<const unsigned*>(wide.data()));
+                else
+                    sampler.stuff(narrow.data());
+                while (sampler.ready()) {
+                    if (pixels() % 2)
+                        sampler.get(reinterpret_cast<unsigned*>(out.data())), keep(out);
+                    else
+                        sampler.get(line.data()), keep(line);
+                }
+                sampler.adjust(narrow.data(), line.data());
+                keep(line);
+            }
+            sampler.getlastline(reinterpret_cast<unsigned*>(out.data()));
+            keep(out);
+        }
+        CAPTURE(width);
+        CAPTURE(factor);
+        CHECK(outputs[0] == outputs[1]);
+    }
+}
