@@ -43,7 +43,7 @@ void registerAll() {
     for (const Shape& shape : kShapes) {
         const std::string one = std::string("insidePath_") + shape.name;
         const std::string many = std::string("preparedPath_") + shape.name;
-        const auto sized = [](auto* bench) { bench->RangeMultiplier(10)->Range(1000, 100000); };
+        const auto sized = [](auto* bench) { bench->RangeMultiplier(10)->Range(1000, 1000000); };
         sized(RegisterBenchmark((one + "/vaskel").c_str(), [shape](State& state) {
             const DocumentPath path(made(state, shape));
             ask(state, [&](int x, int y) { return Vaskel::insidePath(x, y, path.get()); });
@@ -55,6 +55,12 @@ void registerAll() {
 #if VASKEL_BENCH_CGAL
         sized(RegisterBenchmark((one + "/cgal").c_str(), [shape](State& state) {
             const CgalPolygon polygon(made(state, shape));
+            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+        }));
+#endif
+#if VASKEL_BENCH_OPENCV
+        sized(RegisterBenchmark((one + "/opencv").c_str(), [shape](State& state) {
+            const OpencvPolygon polygon(made(state, shape));
             ask(state, [&](int x, int y) { return polygon.covers(x, y); });
         }));
 #endif

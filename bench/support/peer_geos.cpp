@@ -2,6 +2,7 @@
 
 #if VASKEL_BENCH_GEOS
 
+#include <geos/algorithm/LineIntersector.h>
 #include <geos/geom/CoordinateArraySequence.h>
 #include <geos/geom/GeometryFactory.h>
 #include <geos/geom/LinearRing.h>
@@ -34,6 +35,15 @@ bool GeosPolygon::preparedCovers(int x, int y) const {
     const std::unique_ptr<geos::geom::Point> point(
         mData->factory->createPoint(geos::geom::Coordinate(x, y)));
     return mData->prepared->covers(point.get());
+}
+
+bool geosCrossing(const SegmentPair& pair, Crossing& at) {
+    const auto point = [](const Vertex& v) { return geos::geom::Coordinate(v.x, v.y); };
+    geos::algorithm::LineIntersector lines;
+    lines.computeIntersection(point(pair.a), point(pair.b), point(pair.c), point(pair.d));
+    if (lines.getIntersectionNum() != 1) return false;
+    at = {lines.getIntersection(0).x, lines.getIntersection(0).y};
+    return true;
 }
 
 }  // namespace Bench

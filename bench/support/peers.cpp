@@ -3,6 +3,7 @@
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/point_xy.hpp>
 #include <boost/geometry/geometries/polygon.hpp>
+#include <boost/geometry/geometries/segment.hpp>
 
 namespace Bench {
 
@@ -27,6 +28,17 @@ BoostPolygon::~BoostPolygon() = default;
 bool BoostPolygon::crosses() const { return bg::intersects(mData->polygon); }
 bool BoostPolygon::covers(int x, int y) const {
     return bg::covered_by(BoostPoint(x, y), mData->polygon);
+}
+
+bool boostCrossing(const SegmentPair& pair, Crossing& at) {
+    using Segment = bg::model::segment<BoostPoint>;
+    const auto point = [](const Vertex& v) { return BoostPoint(v.x, v.y); };
+    std::vector<BoostPoint> found;
+    bg::intersection(Segment(point(pair.a), point(pair.b)), Segment(point(pair.c), point(pair.d)),
+                     found);
+    if (found.size() != 1) return false;
+    at = {found[0].x(), found[0].y()};
+    return true;
 }
 
 }  // namespace Bench

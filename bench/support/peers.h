@@ -23,6 +23,22 @@ class DocumentPath {
     Pemmit::Path* mPath;
 };
 
+/// Two segments, and where they meet in a library's own way: false when they do
+/// not meet in one point.
+struct SegmentPair {
+    Vertex a, b, c, d;
+};
+struct Crossing {
+    double x, y;
+};
+bool boostCrossing(const SegmentPair& pair, Crossing& at);
+#if VASKEL_BENCH_GEOS
+bool geosCrossing(const SegmentPair& pair, Crossing& at);
+#endif
+#if VASKEL_BENCH_CGAL
+bool cgalCrossing(const SegmentPair& pair, Crossing& at);
+#endif
+
 class BoostPolygon {
  public:
     explicit BoostPolygon(const Polygon& polygon);
@@ -55,6 +71,19 @@ class CgalPolygon {
     explicit CgalPolygon(const Polygon& polygon);
     ~CgalPolygon();
     bool isSimple() const;
+    bool covers(int x, int y) const;
+
+ private:
+    struct Data;
+    std::unique_ptr<Data> mData;
+};
+#endif
+
+#if VASKEL_BENCH_OPENCV
+class OpencvPolygon {
+ public:
+    explicit OpencvPolygon(const Polygon& polygon);
+    ~OpencvPolygon();
     bool covers(int x, int y) const;
 
  private:

@@ -138,10 +138,15 @@ Polygon hilbert(int vertices) {
 }
 
 const std::vector<Shape> kShapes = {
-    {"star", star},       {"spiky", spiky},
-    {"spiral", spiral},   {"verticalComb", verticalComb},
-    {"hatch", hatch},     {"horizontalComb", horizontalComb},
-    {"hilbert", hilbert},
+    {"star", star, true},
+    {"spiky", spiky, true},
+    {"spiral", spiral, false},
+    {"verticalComb", verticalComb, false},
+    {"horizontalComb", horizontalComb, false},
+    {"hatch", hatch, true},
+    {"hilbert", hilbert, false},
+    {"randomSimple", randomSimple, false},
+    {"tracedPage", tracedPage, false},
 };
 
 }  // namespace Bench

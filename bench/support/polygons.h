@@ -1,5 +1,5 @@
-// Polygons without crossings in the shapes that path tools meet, of any size,
-// all within +-2^24.
+// Polygons without crossings or touches in the shapes that path tools meet, of
+// any size, all within +-2^24.
 
 #ifndef BENCH_SUPPORT_POLYGONS_H
 #define BENCH_SUPPORT_POLYGONS_H
@@ -17,6 +17,7 @@ using Polygon = std::vector<Vertex>;
 struct Shape {
     const char* name;
     Polygon (*make)(int vertices);
+    bool longEdges;  // most boxes of edges overlap
 };
 
 Polygon star(int vertices);            // long and short radii in turns
@@ -26,6 +27,8 @@ Polygon verticalComb(int vertices);    // long upright teeth
 Polygon horizontalComb(int vertices);  // long level teeth
 Polygon hatch(int vertices);           // slanted teeth whose boxes all overlap
 Polygon hilbert(int vertices);         // a band along a space-filling curve
+Polygon randomSimple(int vertices);    // around a random tree, edges in all directions
+Polygon tracedPage(int vertices);      // the outline of connected ink; about as many vertices
 
 /// All of the above.
 extern const std::vector<Shape> kShapes;
