@@ -2,6 +2,7 @@
 
 #include "geometry/intersect_outline.h"
 #include "geometry/intersect_plain.h"
+#include "geometry/intersect_simple.h"
 #include "geometry/intersect_sweep.h"
 #include "vaskel/geometry.h"
 
@@ -10,10 +11,15 @@ namespace Vaskel {
 int intersect(Pemmit::Object* object) {
     using namespace Intersect;
     constexpr std::size_t kWorthwhile = 64;  // below, testing all pairs is faster
-    const Outline outline = outlineOf(object);
-    return outline.vertices.size() >= kWorthwhile && withinExactRange(outline)
-               ? sweepOrdered(outline)
-               : sweepPlain(outline);
+    const WalkedOutline walked = walkedOutlineOf(object);
+    const bool isLong = walked.points.size() >= kWorthwhile;
+    if (isLong && isSurelySimple(walked)) {
+        askWholeSweep(walked.points.size());
+        return 0;
+    }
+    Outline outline;
+    outline.add(walked);
+    return isLong && withinExactRange(outline) ? sweepOrdered(outline) : sweepPlain(outline);
 }
 
 }  // namespace Vaskel

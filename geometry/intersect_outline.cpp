@@ -2,37 +2,24 @@
 
 namespace Vaskel::Intersect {
 
-void Outline::add(const Pemmit::Object* path) {
+void WalkedOutline::add(const Pemmit::Object* path) {
+    const auto begin = static_cast<Index>(points.size());
     Pemmit::scan walk(path, 0, -1);
-    Vertex v{0, 0, kNone, kNone};
-    const auto first = static_cast<Index>(vertices.size());
-    while (walk.scanex(&v.x, &v.y) >= 0) {
-        const auto here = static_cast<Index>(vertices.size());
-        v.arriving = kNone;
-        if (here > first) {
-            v.arriving = static_cast<Index>(segments.size());
-            segments.push_back({here - 1, here});
-            vertices.back().leaving = v.arriving;
-        }
-        vertices.push_back(v);
+    for (int x, y; walk.scanex(&x, &y) >= 0;) points.push_back(packed(x, y));
+    auto end = static_cast<Index>(points.size());
+    bool closed = false;
+    if (end - begin == 1) {
+        points.pop_back();
+    } else if (end > begin && points.back() == points[static_cast<std::size_t>(begin)]) {
+        points.pop_back();
+        closed = true;
     }
-
-    const auto count = static_cast<Index>(vertices.size()) - first;
-    if (count == 1) {
-        vertices.pop_back();
-    } else if (count > 1) {
-        Vertex& start = vertices[static_cast<std::size_t>(first)];
-        const Vertex& last = vertices.back();
-        if (last.x == start.x && last.y == start.y) {
-            start.arriving = last.arriving;
-            segments.back().second = first;
-            vertices.pop_back();
-        }
-    }
+    end = static_cast<Index>(points.size());
+    if (end > begin) contours.push_back({begin, end, closed});
 }
 
-Outline outlineOf(const Pemmit::Object* object) {
-    Outline outline;
+WalkedOutline walkedOutlineOf(const Pemmit::Object* object) {
+    WalkedOutline outline;
     if (!object) return outline;
     if (object->flags & Pemmit::kFlagPath) {
         outline.add(object);
@@ -42,6 +29,42 @@ Outline outlineOf(const Pemmit::Object* object) {
              child = child->next)
             if (child->flags & Pemmit::kFlagPath) outline.add(child);
     }
+    return outline;
+}
+
+void Outline::add(const WalkedOutline& walked) {
+    vertices.reserve(vertices.size() + walked.points.size());
+    segments.reserve(segments.size() + walked.points.size());
+    for (const WalkedContour& contour : walked.contours) {
+        const auto first = static_cast<Index>(vertices.size());
+        for (Index i = contour.begin; i < contour.end; ++i) {
+            const PackedPlace p = walked.points[static_cast<std::size_t>(i)];
+            const auto here = static_cast<Index>(vertices.size());
+            Index arriving = kNone;
+            if (here > first) {
+                arriving = static_cast<Index>(segments.size());
+                segments.push_back({here - 1, here});
+                vertices.back().leaving = arriving;
+            }
+            vertices.push_back({xOf(p), yOf(p), arriving, kNone});
+        }
+        if (!contour.closed) continue;
+        const auto closing = static_cast<Index>(segments.size());
+        segments.push_back({static_cast<Index>(vertices.size()) - 1, first});
+        vertices.back().leaving = closing;
+        vertices[static_cast<std::size_t>(first)].arriving = closing;
+    }
+}
+
+void Outline::add(const Pemmit::Object* path) {
+    WalkedOutline walked;
+    walked.add(path);
+    add(walked);
+}
+
+Outline outlineOf(const Pemmit::Object* object) {
+    Outline outline;
+    outline.add(walkedOutlineOf(object));
     return outline;
 }
 

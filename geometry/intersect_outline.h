@@ -14,6 +14,43 @@ namespace Vaskel::Intersect {
 using Index = std::int32_t;
 constexpr Index kNone = -1;
 
+/// A point in one word, x above y, so that places compare in sweep order: by x,
+/// then by y.
+using PackedPlace = std::int64_t;
+
+constexpr PackedPlace packed(std::int32_t x, std::int32_t y) {
+    return PackedPlace{x} * (PackedPlace{1} << 32) + y;
+}
+constexpr std::int32_t yOf(PackedPlace p) { return static_cast<std::int32_t>(p); }
+constexpr std::int32_t xOf(PackedPlace p) { return static_cast<std::int32_t>((p - yOf(p)) >> 32); }
+
+/// The sign of (b - a) x (c - a): above 0 when c lies to the left of the way
+/// from a to b. Coordinates lie within +-2^27, so that products stay in 64 bits.
+constexpr std::int64_t turnAt(PackedPlace a, PackedPlace b, PackedPlace c) {
+    return std::int64_t{xOf(b) - xOf(a)} * (yOf(c) - yOf(a)) -
+           std::int64_t{yOf(b) - yOf(a)} * (xOf(c) - xOf(a));
+}
+
+/// The points begin .. end - 1 of a walked outline.
+struct WalkedContour {
+    Index begin, end;
+    bool closed;  // its first point follows its last one
+};
+
+/// The points that walks deliver. A last point equal to the first closes a
+/// contour without standing there itself; a single point leaves nothing. Points
+/// repeated in between stay.
+struct WalkedOutline {
+    std::vector<PackedPlace> points;
+    std::vector<WalkedContour> contours;
+
+    void add(const Pemmit::Object* path);
+};
+
+/// Those of a path, or of those children of a compound that are paths
+/// themselves; empty for every other object. kFlagPath decides first.
+WalkedOutline walkedOutlineOf(const Pemmit::Object* object);
+
 struct Vertex {
     int x, y;
     Index arriving;  // the segment that ends here, or kNone
@@ -35,9 +72,8 @@ struct Outline {
     std::vector<Vertex> vertices;  // in walk order, contour after contour
     std::vector<Segment> segments;
 
-    /// Adds the points that a walk over path delivers. A last point equal to
-    /// the first closes the contour without a vertex of its own; a single point
-    /// leaves nothing. Points repeated in between stay vertices.
+    /// Adds the contours of a walk.
+    void add(const WalkedOutline& walked);
     void add(const Pemmit::Object* path);
 
     /// The segment at vertex that is not segment, or kNone.
@@ -56,8 +92,7 @@ struct Outline {
     const Segment& segment(Index i) const { return segments[static_cast<std::size_t>(i)]; }
 };
 
-/// The outline of a path, or of those children of a compound that are paths
-/// themselves; empty for every other object. kFlagPath decides first.
+/// The outline of what walkedOutlineOf(object) finds.
 Outline outlineOf(const Pemmit::Object* object);
 
 }  // namespace Vaskel::Intersect

@@ -7,6 +7,11 @@
 #include "platform/orlune.h"
 
 namespace Vaskel::Intersect {
+namespace {
+
+constexpr std::size_t kBetweenCalls = 200;
+
+}  // namespace
 
 std::vector<Index> sweepOrder(const Outline& outline) {
     std::vector<Index> order(outline.vertices.size());
@@ -17,11 +22,15 @@ std::vector<Index> sweepOrder(const Outline& outline) {
     return order;
 }
 
+void askWholeSweep(std::size_t vertices) {
+    for (std::size_t number = 0; number < vertices; number += kBetweenCalls) Orlune::cancel(0, 0);
+}
+
 int sweepPlain(const Outline& outline) {
     std::vector<Index> active;
     std::size_t number = 0;
     for (const Index v : sweepOrder(outline)) {
-        if (number++ % 200 == 0) Orlune::cancel(0, 0);
+        if (number++ % kBetweenCalls == 0) Orlune::cancel(0, 0);
         const Vertex& vertex = outline.vertex(v);
         for (const Index segment : {vertex.arriving, vertex.leaving}) {
             const auto found = std::find(active.begin(), active.end(), segment);

@@ -1,6 +1,8 @@
 #ifndef GEOMETRY_INTERSECT_PLAIN_H
 #define GEOMETRY_INTERSECT_PLAIN_H
 
+#include <cstddef>
+
 #include "geometry/intersect_outline.h"
 
 namespace Vaskel::Intersect {
@@ -13,6 +15,9 @@ std::vector<Index> sweepOrder(const Outline& outline);
 /// segments that are active at a time. Calls Orlune::cancel(0, 0) before every
 /// 200th vertex. Returns 1 or 0.
 int sweepPlain(const Outline& outline);
+
+/// The calls of Orlune::cancel that sweepPlain makes when it comes to the end.
+void askWholeSweep(std::size_t vertices);
 
 }  // namespace Vaskel::Intersect
 

@@ -1,0 +1,156 @@
+// Why True here means that the plain sweep reports nothing.
+//
+// Think of the sweep line as leaning by next to nothing, so that it comes to
+// vertices by x, then y, and no segment is upright to it. The outline is cut
+// into chains without turning back, of which it meets some at every place. They
+// are kept in a list, and any two that are neighbours there for a while are
+// compared over just that while: every vertex of either, also the vertices at
+// which the while begins and ends, lies strictly on its own side of the other's
+// segment. Between vertices both are straight. So the list is strictly ordered
+// at every moment, and nothing touches, except that two chains begin or end at
+// one vertex: neighbours of the outline, whose segments are not parallel. (No
+// two turns lie at one place, which leaves no moment in between unseen.) How
+// the list came by its order does not matter; a wrong guess only fails to
+// compare.
+//
+// Within +-2^25 the pair test reports only pairs that share a point (see
+// intersect_sweep.cpp), and of neighbours that share their vertex only those
+// that overlap. Hence no pair is reported.
+//
+// Only turns are sorted and looked up. Each vertex of a chain is compared with
+// what is above and what is below once, when the sweep has to know. Most turns
+// lie near the turns before and after them in walk order, so that the list is
+// rarely searched from scratch; where it is, by halving.
+
+#include "geometry/intersect_simple.h"
+
+#include "geometry/intersect_active.h"
+#include "geometry/intersect_chains.h"
+
+namespace Vaskel::Intersect {
+namespace {
+
+class Proof {
+ public:
+    explicit Proof(const MonotoneChains& chains)
+        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size(), kNone) {}
+
+    bool succeeds();
+
+ private:
+    // What is at a turn: chains by number or kNone, and the points beside it.
+    struct Ways {
+        Index arriving = kNone, leaving = kNone;
+        Index before = kNone, after = kNone;
+    };
+
+    const Turn& turn(Index i) const { return mChains.turns[static_cast<std::size_t>(i)]; }
+    PackedPlace point(Index i) const { return mChains.points[static_cast<std::size_t>(i)]; }
+    Index& activeOf(Index chain) { return mActiveOf[static_cast<std::size_t>(chain)]; }
+
+    Ways waysAt(Index turn) const;
+    Index activeNear(Index turn);
+    bool enter(Index turn, PackedPlace p, const Ways& ways);
+    bool leave(PackedPlace p, const Ways& ways);
+
+    const MonotoneChains& mChains;
+    ActiveChains mActive;
+    std::vector<Index> mActiveOf;  // by chain; kNone where not active
+};
+
+Proof::Ways Proof::waysAt(Index i) const {
+    const Turn& here = turn(i);
+    Ways ways;
+    if (here.kind != Turn::kLastOpen) {
+        ways.leaving = i;
+        ways.after = here.point + 1;
+    }
+    if (here.kind == Turn::kInner || here.kind == Turn::kLastOpen) {
+        ways.arriving = i - 1;
+        ways.before = here.point - 1;
+    } else if (here.kind == Turn::kFirstClosed) {
+        const Index last = mChains.lastTurnOf(i);
+        ways.arriving = last - 1;
+        ways.before = turn(last).point - 1;
+    }
+    return ways;
+}
+
+// Where the sweep enters at a turn, the outline goes on at the far turns of
+// both chains to others, which may be active already and near.
+Index Proof::activeNear(Index i) {
+    if (turn(i).kind != Turn::kInner) return kNone;
+    if (turn(i + 1).kind == Turn::kInner && activeOf(i + 1) != kNone) return activeOf(i + 1);
+    if (turn(i - 1).kind == Turn::kInner) return activeOf(i - 2);
+    return kNone;
+}
+
+bool Proof::enter(Index i, PackedPlace p, const Ways& ways) {
+    const Index below = mActive.chainBelow(p, activeNear(i));
+    if (below == kNone) return false;
+    const Index above = mActive[below].above;
+    if (above == kNone || !mActive.advance(below, above, p)) return false;
+    if (mActive[below].upper.side(p) <= 0 || mActive[above].lower.side(p) >= 0) return false;
+
+    bool leavingIsUpper = true;
+    if (ways.before != kNone && ways.after != kNone) {
+        const std::int64_t side = turnAt(p, point(ways.before), point(ways.after));
+        if (side == 0) return false;
+        leavingIsUpper = side > 0;
+    }
+    Index lowest = below;
+    for (const bool leaving : {!leavingIsUpper, leavingIsUpper}) {
+        const Index next = leaving ? ways.after : ways.before;
+        if (next == kNone) continue;
+        lowest = mActive.insertAbove(lowest, p, next, leaving ? 1 : -1);
+        activeOf(leaving ? ways.leaving : ways.arriving) = lowest;
+    }
+    return true;
+}
+
+bool Proof::leave(PackedPlace p, const Ways& ways) {
+    Index lower = ways.arriving == kNone ? kNone : activeOf(ways.arriving);
+    Index upper = ways.leaving == kNone ? lower : activeOf(ways.leaving);
+    if (lower == kNone) lower = upper;
+    if (lower == kNone || upper == kNone) return false;
+    if (lower != upper) {
+        if (mActive[lower].above != upper) std::swap(lower, upper);
+        if (mActive[lower].above != upper || !mActive.advance(lower, upper, p)) return false;
+    }
+    const Index below = mActive[lower].below, above = mActive[upper].above;
+    if (!mActive.advance(below, lower, p) || !mActive.advance(upper, above, p)) return false;
+    if (mActive[below].upper.side(p) <= 0 || mActive[above].lower.side(p) >= 0) return false;
+    mActive.erase(lower);
+    if (upper != lower) mActive.erase(upper);
+    if (ways.arriving != kNone) activeOf(ways.arriving) = kNone;
+    if (ways.leaving != kNone) activeOf(ways.leaving) = kNone;
+    return true;
+}
+
+bool Proof::succeeds() {
+    PackedPlace last = 0;
+    for (const Index i : mChains.events) {
+        const PackedPlace p = point(turn(i).point);
+        // One that is left where another one begins would never be compared.
+        if (p == last && i != mChains.events.front()) return false;
+        last = p;
+        const Ways ways = waysAt(i);
+        const Index beside = ways.after != kNone ? ways.after : ways.before;
+        if (!(point(beside) > p ? enter(i, p, ways) : leave(p, ways))) return false;
+    }
+    return true;
+}
+
+// Blocks of chains stand in one row, into which new ones are put: of so many
+// chains at a time that this is no longer quick, nothing is said.
+constexpr std::size_t kMostTurns = std::size_t{1} << 23;
+
+}  // namespace
+
+bool isSurelySimple(const WalkedOutline& outline) {
+    MonotoneChains chains;
+    if (!chains.build(outline) || chains.turns.size() > kMostTurns) return false;
+    return Proof(chains).succeeds();
+}
+
+}  // namespace Vaskel::Intersect
