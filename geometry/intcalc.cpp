@@ -1,9 +1,9 @@
 // The crossing of two segments: decided exactly, placed in double precision.
 
+#include <cstdint>
 #include <limits>
 
 #include "geometry/products.h"
-#include "platform/orlune.h"
 #include "util/narrow.h"
 #include "vaskel/geometry.h"
 
@@ -28,8 +28,8 @@ int roundedQuotient(Wide num, Wide den) {
 // integers. Differences have 32 bits and coordinates too, so a determinant
 // stays within 2^63 and a numerator within 2^96. False when the lines are
 // parallel, which wrapped differences can make of segments that cross.
-bool exactCrossing(int x1, int y1, Wide dx1, Wide dy1, int x3, int y3, Wide dx2, Wide dy2, int* x,
-                   int* y) {
+[[gnu::noinline]] bool exactCrossing(int x1, int y1, Wide dx1, Wide dy1, int x3, int y3, Wide dx2,
+                                     Wide dy2, int* x, int* y) {
     const Wide c2 = y3 * dx2 - x3 * dy2;
     const Wide c1 = y1 * dx1 - x1 * dy1;
     const Wide d = dx2 * dy1 - dx1 * dy2;
@@ -41,6 +41,15 @@ bool exactCrossing(int x1, int y1, Wide dx1, Wide dy1, int x3, int y3, Wide dx2,
 
 // False for not-a-number too.
 bool roundsToInt(double value) { return value > -2147483648.5 && value < 2147483647.5; }
+
+// Orlune::iround without the call, for a value that rounds to an int: to the
+// nearest, halves away from zero. Whole part and rest are exact, so that there
+// is only one right answer, and no host's can differ.
+int rounded(double value) {
+    const auto whole = static_cast<std::int64_t>(value);
+    const double rest = value - static_cast<double>(whole);
+    return static_cast<int>(whole + (rest >= 0.5) - (rest <= -0.5));
+}
 
 }  // namespace
 
@@ -67,14 +76,14 @@ int intcalc(int x1, int y1, int x2, int y2, int x3, int y3, int x4, int y4, int*
     const double d = dx2 * dy1 - dx1 * dy2;
     const double qx = (dx1 * c2 - dx2 * c1) / d;
     const double qy = (dy1 * c2 - dy2 * c1) / d;
-    if (!roundsToInt(qx) || !roundsToInt(qy)) {
+    if (!(roundsToInt(qx) & roundsToInt(qy))) {
         // Long, nearly parallel segments: the terms of d round to the same
         // double although they differ, or the quotient's error is larger than
         // the plane.
         return exactCrossing(x1, y1, dx1Int, dy1Int, x3, y3, dx2Int, dy2Int, x, y) ? 1 : 0;
     }
-    *x = Orlune::iround(qx);
-    *y = Orlune::iround(qy);
+    *x = rounded(qx);
+    *y = rounded(qy);
     return 1;
 }
 

@@ -85,8 +85,11 @@ Integer roundedHalvesAway(const Rational& v) {
     return num < 0 ? Integer(-magnitude) : magnitude;
 }
 
+bool isHalf(const Rational& v) { return boost::multiprecision::denominator(v) == 2; }
+
 struct Expected {
     bool meets = false;
+    bool half = false;  // a coordinate lies midway between two whole ones
     Integer x, y;
 };
 
@@ -102,8 +105,10 @@ Expected exactly(const Segments& s) {
     const Rational t = (ex * by - ey * bx) / det;
     const Rational u = (ex * ay - ey * ax) / det;
     e.meets = t >= 0 && t <= 1 && u >= 0 && u <= 1;
-    e.x = roundedHalvesAway(rational(s.x1) + t * ax);
-    e.y = roundedHalvesAway(rational(s.y1) + t * ay);
+    const Rational x = rational(s.x1) + t * ax, y = rational(s.y1) + t * ay;
+    e.half = isHalf(x) || isHalf(y);
+    e.x = roundedHalvesAway(x);
+    e.y = roundedHalvesAway(y);
     return e;
 }
 
@@ -143,6 +148,56 @@ TEST_CASE("intcalc: decides like exact fractions, also at the ends of the range"
         }
     CHECK(met > 5000);
     CHECK(apart > 5000);
+}
+
+struct Answer {
+    int rc = 0, x = kKept, y = kKept;
+    friend bool operator==(const Answer&, const Answer&) = default;
+};
+
+Answer answerTo(const Segments& s) {
+    Answer a;
+    a.rc = intcalc(s.x1, s.y1, s.x2, s.y2, s.x3, s.y3, s.x4, s.y4, &a.x, &a.y);
+    return a;
+}
+
+// Coordinates within 1000, and 100000 when moved: the double formula's terms
+// are exact, so that its point is the exact one, rounded.
+TEST_CASE(
+    "intcalc: segments swapped, turned round or moved by whole units meet at the same place") {
+    std::mt19937 random(31337);
+    std::uniform_int_distribution<int> pick(-1000, 1000);
+    int met = 0, halves = 0, movedApart = 0;
+    for (int i = 0; i < 20000; ++i) {
+        Segments s{pick(random), pick(random), pick(random), pick(random),
+                   pick(random), pick(random), pick(random), pick(random)};
+        if (i % 3 == 0)  // halves are frequent on a small grid
+            for (int* v : {&s.x1, &s.y1, &s.x2, &s.y2, &s.x3, &s.y3, &s.x4, &s.y4}) *v %= 5;
+        CAPTURE(i);
+        const Answer a = answerTo(s);
+        CHECK(answerTo({s.x3, s.y3, s.x4, s.y4, s.x1, s.y1, s.x2, s.y2}) == a);
+        CHECK(answerTo({s.x2, s.y2, s.x1, s.y1, s.x3, s.y3, s.x4, s.y4}) == a);
+        CHECK(answerTo({s.x1, s.y1, s.x2, s.y2, s.x4, s.y4, s.x3, s.y3}) == a);
+
+        const int dx = 100 * pick(random), dy = 100 * pick(random);
+        Answer moved = answerTo({s.x1 + dx, s.y1 + dy, s.x2 + dx, s.y2 + dy, s.x3 + dx, s.y3 + dy,
+                                 s.x4 + dx, s.y4 + dy});
+        CHECK(moved.rc == a.rc);
+        if (a.rc == 0) continue;
+        ++met;
+        moved.x -= dx;
+        moved.y -= dy;
+        // Halves go away from zero, wherever that lies.
+        if (exactly(s).half) {
+            ++halves;
+            movedApart += moved != a;
+        } else {
+            CHECK(moved == a);
+        }
+    }
+    CHECK(met > 4000);
+    CHECK(halves > 100);
+    CHECK(movedApart > 50);
 }
 
 }  // namespace
