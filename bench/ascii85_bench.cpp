@@ -1,6 +1,7 @@
-// ASCII85 streams: the engine beside the format's plainest loop and, where
-// installed, GraphicsMagick's encoder, which also takes byte by byte. All
-// write into memory that has room.
+// ASCII85 streams: the engine beside the virtual calls alone that its interface
+// asks for, one a byte in and one a character out; the format's plainest loop;
+// and, where installed, GraphicsMagick's encoder, which also takes byte by byte.
+// All write into memory that has room.
 
 #include <benchmark/benchmark.h>
 
@@ -46,6 +47,41 @@ void engine(benchmark::State& state) {
         Vaskel::ascii85out_base& stream = sink;
         benchmark::DoNotOptimize(&stream);
         for (const unsigned char c : bytes) stream.encode(c);
+        benchmark::DoNotOptimize(sink.text.data());
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
+// The calls alone: the bytes go nowhere and the characters are there already.
+struct Calls {
+    virtual ~Calls() = default;
+    virtual int encode(unsigned char) { return 0; }
+    virtual void putuns8(unsigned char c) = 0;
+};
+
+struct BareSink final : Calls {
+    std::string text;
+    void putuns8(unsigned char c) override { text.push_back(static_cast<char>(c)); }
+};
+
+void bareCalls(benchmark::State& state) {
+    const Bytes bytes = input(state.range(0), state.range(1));
+    Sink encoded;
+    for (const unsigned char c : bytes) encoded.encode(c);
+    BareSink sink;
+    for (auto _ : state) {
+        sink.text.clear();
+        Calls* stream = &sink;
+        benchmark::DoNotOptimize(stream);
+        const char* next = encoded.text.data();
+        const char* const end = next + encoded.text.size();
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            stream->encode(bytes[i]);
+            if (i % 4 != 3) continue;
+            for (int k = 0; k < 5 && next != end; ++k)
+                stream->putuns8(static_cast<unsigned char>(*next++));
+        }
+        while (next != end) stream->putuns8(static_cast<unsigned char>(*next++));
         benchmark::DoNotOptimize(sink.text.data());
     }
     state.SetBytesProcessed(state.iterations() * state.range(0));
@@ -108,10 +144,11 @@ void sizes(benchmark::internal::Benchmark* bench) {
     for (const std::int64_t size : {4096, 65536, 1048576}) bench->Args({size, 0});
     bench->Args({65536, 50});
 }
-BENCHMARK(engine)->Apply(sizes);
-BENCHMARK(plainLoop)->Apply(sizes);
+BENCHMARK(engine)->Name("ascii85/vaskel")->Apply(sizes);
+BENCHMARK(bareCalls)->Name("ascii85/bare_calls")->Apply(sizes);
+BENCHMARK(plainLoop)->Name("ascii85/vaskel_loop_without_calls")->Apply(sizes);
 #ifdef VASKEL_BENCH_MAGICK
-BENCHMARK(graphicsMagick)->Apply(sizes);
+BENCHMARK(graphicsMagick)->Name("ascii85/graphicsmagick")->Apply(sizes);
 #endif
 
 }  // namespace

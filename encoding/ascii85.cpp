@@ -4,6 +4,9 @@
 // Between calls mFill is 0 to 3 and mGroup[0, mFill) waits to be written.
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 
 #include "vaskel/encoding.h"
 
@@ -29,6 +32,22 @@ std::uint32_t valueOf(const unsigned char (&group)[kGroup]) {
            std::uint32_t{group[2]} << 8 | group[3];
 }
 
+// Stores group[at] = c and returns valueOf(group). All four bytes are stored,
+// since a processor waits when it reads as one word what it has just stored as
+// bytes.
+std::uint32_t put(unsigned char (&group)[kGroup], int at, unsigned char c) {
+    if (std::endian::native != std::endian::little) {
+        group[at] = c;
+        return valueOf(group);
+    }
+    std::uint32_t word;
+    std::memcpy(&word, group, sizeof word);
+    const int shift = 8 * at;
+    word = (word & ~(std::uint32_t{0xFF} << shift)) | std::uint32_t{c} << shift;
+    std::memcpy(group, &word, sizeof word);
+    return __builtin_bswap32(word);
+}
+
 }  // namespace
 
 ascii85out_base::ascii85out_base() : mGroup{}, mColumn(0), mLineLength(kLineLength), mFill(0) {}
@@ -47,10 +66,9 @@ void ascii85out_base::putuns8ascii(char c) {
 }
 
 int ascii85out_base::encode(unsigned char c) {
-    mGroup[mFill] = c;
+    const std::uint32_t value = put(mGroup, mFill, c);
     if (++mFill != kGroup) return 0;
     mFill = 0;  // before anything is written: putuns8 may throw
-    const std::uint32_t value = valueOf(mGroup);
     if (value == 0) {
         putuns8ascii('z');
         return 0;
