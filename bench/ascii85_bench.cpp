@@ -1,9 +1,14 @@
-// ASCII85 streams: the engine beside the virtual calls alone that its interface
-// asks for, one a byte in and one a character out; the format's plainest loop;
-// and, where installed, GraphicsMagick's encoder, which also takes byte by byte.
-// All write into memory that has room.
+// ASCII85 streams: the engine beside the virtual calls that its interface asks
+// for and nothing else, the format's plainest loop and, where installed,
+// GraphicsMagick's encoder, which also takes byte by byte, and PoDoFo's filter,
+// which takes blocks. All write into memory that has room.
 
 #include <benchmark/benchmark.h>
+
+#if VASKEL_BENCH_PODOFO
+#include <podofo/base/PdfFilter.h>
+#include <podofo/base/PdfOutputStream.h>
+#endif
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,9 +17,10 @@
 #include <utility>
 #include <vector>
 
+#include "bench/support/bare_stream.h"
 #include "vaskel/encoding.h"
 
-#ifdef VASKEL_BENCH_MAGICK
+#if VASKEL_BENCH_MAGICK
 #include <magick/api.h>
 #include <magick/blob.h>
 #include <magick/compress.h>
@@ -52,36 +58,28 @@ void engine(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-// The calls alone: the bytes go nowhere and the characters are there already.
-struct Calls {
-    virtual ~Calls() = default;
-    virtual int encode(unsigned char) { return 0; }
-    virtual void putuns8(unsigned char c) = 0;
-};
-
-struct BareSink final : Calls {
+struct BareSink final : Bench::BareStream {
     std::string text;
     void putuns8(unsigned char c) override { text.push_back(static_cast<char>(c)); }
+    void finish() override {}
 };
 
 void bareCalls(benchmark::State& state) {
     const Bytes bytes = input(state.range(0), state.range(1));
-    Sink encoded;
-    for (const unsigned char c : bytes) encoded.encode(c);
+    Sink once;
+    Bytes lengths;
+    for (std::size_t i = 0; i < bytes.size(); i += 4) {
+        const std::size_t before = once.text.size();
+        for (std::size_t k = 0; k < 4; ++k) once.encode(bytes[i + k]);
+        lengths.push_back(static_cast<unsigned char>(once.text.size() - before));
+    }
     BareSink sink;
     for (auto _ : state) {
         sink.text.clear();
-        Calls* stream = &sink;
-        benchmark::DoNotOptimize(stream);
-        const char* next = encoded.text.data();
-        const char* const end = next + encoded.text.size();
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            stream->encode(bytes[i]);
-            if (i % 4 != 3) continue;
-            for (int k = 0; k < 5 && next != end; ++k)
-                stream->putuns8(static_cast<unsigned char>(*next++));
-        }
-        while (next != end) stream->putuns8(static_cast<unsigned char>(*next++));
+        sink.start(once.text.data(), lengths.data());
+        Bench::BareStream& stream = sink;
+        benchmark::DoNotOptimize(&stream);
+        for (const unsigned char c : bytes) stream.encode(c);
         benchmark::DoNotOptimize(sink.text.data());
     }
     state.SetBytesProcessed(state.iterations() * state.range(0));
@@ -114,7 +112,7 @@ void plainLoop(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0));
 }
 
-#ifdef VASKEL_BENCH_MAGICK
+#if VASKEL_BENCH_MAGICK
 void graphicsMagick(benchmark::State& state) {
     const Bytes bytes = input(state.range(0), state.range(1));
     InitializeMagick(nullptr);
@@ -140,6 +138,31 @@ void graphicsMagick(benchmark::State& state) {
 }
 #endif
 
+#if VASKEL_BENCH_PODOFO
+struct TextStream final : PoDoFo::PdfOutputStream {
+    std::string text;
+    PoDoFo::pdf_long Write(const char* bytes, PoDoFo::pdf_long count) override {
+        text.append(bytes, static_cast<std::size_t>(count));
+        return count;
+    }
+    void Close() override {}
+};
+
+void podofo(benchmark::State& state) {
+    const Bytes bytes = input(state.range(0), state.range(1));
+    TextStream out;
+    const auto filter = PoDoFo::PdfFilterFactory::Create(PoDoFo::ePdfFilter_ASCII85Decode);
+    for (auto _ : state) {
+        out.text.clear();
+        filter->BeginEncode(&out);
+        filter->EncodeBlock(reinterpret_cast<const char*>(bytes.data()), state.range(0));
+        filter->EndEncode();
+        benchmark::DoNotOptimize(out.text.data());
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+#endif
+
 void sizes(benchmark::internal::Benchmark* bench) {
     for (const std::int64_t size : {4096, 65536, 1048576}) bench->Args({size, 0});
     bench->Args({65536, 50});
@@ -147,8 +170,11 @@ void sizes(benchmark::internal::Benchmark* bench) {
 BENCHMARK(engine)->Name("ascii85/vaskel")->Apply(sizes);
 BENCHMARK(bareCalls)->Name("ascii85/bare_calls")->Apply(sizes);
 BENCHMARK(plainLoop)->Name("ascii85/vaskel_loop_without_calls")->Apply(sizes);
-#ifdef VASKEL_BENCH_MAGICK
+#if VASKEL_BENCH_MAGICK
 BENCHMARK(graphicsMagick)->Name("ascii85/graphicsmagick")->Apply(sizes);
+#endif
+#if VASKEL_BENCH_PODOFO
+BENCHMARK(podofo)->Name("ascii85/podofo")->Apply(sizes);
 #endif
 
 }  // namespace

@@ -123,14 +123,14 @@ void sizes(benchmark::internal::Benchmark* b) {
 }
 void a4(benchmark::internal::Benchmark* b) { b->Arg(4)->Unit(benchmark::kMillisecond); }
 
-BENCHMARK(ours_copy)->Apply(a4);
-BENCHMARK(ours_tolerance1)->Apply(sizes);
-BENCHMARK(ours_tolerance2)->Apply(a4);
-BENCHMARK(ours_plain_tolerance1)->Apply(a4);
-BENCHMARK(ours_filter1)->Apply(sizes);
-BENCHMARK(ours_filter1_step3)->Apply(a4);
-BENCHMARK(ours_filter2)->Apply(a4);
-BENCHMARK(ours_plain_filter1)->Apply(a4);
+BENCHMARK(ours_copy)->Name("clean_nothing/vaskel")->Apply(a4);
+BENCHMARK(ours_tolerance1)->Name("clean_tolerance_1/vaskel")->Apply(sizes);
+BENCHMARK(ours_tolerance2)->Name("clean_tolerance_2/vaskel")->Apply(a4);
+BENCHMARK(ours_plain_tolerance1)->Name("clean_tolerance_1/vaskel_plain")->Apply(a4);
+BENCHMARK(ours_filter1)->Name("clean_filter_1/vaskel")->Apply(sizes);
+BENCHMARK(ours_filter1_step3)->Name("clean_filter_1_step_3/vaskel")->Apply(a4);
+BENCHMARK(ours_filter2)->Name("clean_filter_2/vaskel")->Apply(a4);
+BENCHMARK(ours_plain_filter1)->Name("clean_filter_1/vaskel_plain")->Apply(a4);
 
 #if VASKEL_BENCH_BOOST
 void boost_simplify(benchmark::State& state, double tolerance) {
@@ -155,8 +155,8 @@ void boost_simplify(benchmark::State& state, double tolerance) {
 }
 void peer_boost_simplify1(benchmark::State& s) { boost_simplify(s, 1); }
 void peer_boost_simplify2(benchmark::State& s) { boost_simplify(s, 2); }
-BENCHMARK(peer_boost_simplify1)->Apply(sizes);
-BENCHMARK(peer_boost_simplify2)->Apply(a4);
+BENCHMARK(peer_boost_simplify1)->Name("clean_tolerance_1/boost")->Apply(sizes);
+BENCHMARK(peer_boost_simplify2)->Name("clean_tolerance_2/boost")->Apply(a4);
 #endif
 
 #if VASKEL_BENCH_OPENCV
@@ -181,8 +181,8 @@ void opencv_approx(benchmark::State& state, double tolerance) {
 }
 void peer_opencv_approx1(benchmark::State& s) { opencv_approx(s, 1); }
 void peer_opencv_approx2(benchmark::State& s) { opencv_approx(s, 2); }
-BENCHMARK(peer_opencv_approx1)->Apply(sizes);
-BENCHMARK(peer_opencv_approx2)->Apply(a4);
+BENCHMARK(peer_opencv_approx1)->Name("clean_tolerance_1/opencv")->Apply(sizes);
+BENCHMARK(peer_opencv_approx2)->Name("clean_tolerance_2/opencv")->Apply(a4);
 #endif
 
 #if VASKEL_BENCH_GEOS
@@ -207,7 +207,7 @@ void geos_simplify(benchmark::State& state, double tolerance) {
     report(state, points);
 }
 void peer_geos_simplify1(benchmark::State& s) { geos_simplify(s, 1); }
-BENCHMARK(peer_geos_simplify1)->Apply(a4);
+BENCHMARK(peer_geos_simplify1)->Name("clean_tolerance_1/geos")->Apply(a4);
 #endif
 
 }  // namespace

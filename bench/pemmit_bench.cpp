@@ -170,14 +170,14 @@ void flattenCubic(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(appendPath)->RangeMultiplier(10)->Range(10, 1000000);
-BENCHMARK(appendVector)->RangeMultiplier(10)->Range(10, 1000000);
-BENCHMARK(walkPath)->RangeMultiplier(10)->Range(10, 1000000);
-BENCHMARK(walkJoined)->RangeMultiplier(10)->Range(100, 1000000);
-BENCHMARK(walkVector)->RangeMultiplier(10)->Range(10, 1000000);
-BENCHMARK(joinComb)->RangeMultiplier(10)->Ranges({{10, 100000}, {4, 4}});
-BENCHMARK(joinComb)->Args({12498, 4})->Args({12498, 100});
-BENCHMARK(smallOutlines)->RangeMultiplier(2)->Range(2, 128);
-BENCHMARK(flattenCubic)->RangeMultiplier(10)->Range(1, 1000);
+BENCHMARK(appendPath)->Name("append/vaskel")->RangeMultiplier(10)->Range(10, 1000000);
+BENCHMARK(appendVector)->Name("append/std_vector")->RangeMultiplier(10)->Range(10, 1000000);
+BENCHMARK(walkPath)->Name("walk/vaskel")->RangeMultiplier(10)->Range(10, 1000000);
+BENCHMARK(walkJoined)->Name("walk/vaskel_joined")->RangeMultiplier(10)->Range(100, 1000000);
+BENCHMARK(walkVector)->Name("walk/std_vector")->RangeMultiplier(10)->Range(10, 1000000);
+BENCHMARK(joinComb)->Name("join_comb/vaskel")->RangeMultiplier(10)->Ranges({{10, 100000}, {4, 4}});
+BENCHMARK(joinComb)->Name("join_comb/vaskel")->Args({12498, 4})->Args({12498, 100});
+BENCHMARK(smallOutlines)->Name("small_outlines/vaskel")->RangeMultiplier(2)->Range(2, 128);
+BENCHMARK(flattenCubic)->Name("flatten_cubic/vaskel")->RangeMultiplier(10)->Range(1, 1000);
 
 BENCHMARK_MAIN();

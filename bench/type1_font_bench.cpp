@@ -96,11 +96,11 @@ void t1asm(benchmark::State& state) {
     fs::remove_all(place);
 }
 
-BENCHMARK(drawing)->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(embeddingForm)->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(privateFast)->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(privatePlain)->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(t1asm)->Arg(10)->Arg(40)->Arg(1000)->UseRealTime();
+BENCHMARK(drawing)->Name("draw/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(embeddingForm)->Name("assemble/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(privateFast)->Name("private_part/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(privatePlain)->Name("private_part/vaskel_plain")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(t1asm)->Name("assemble/t1asm")->Arg(10)->Arg(40)->Arg(1000)->UseRealTime();
 
 }  // namespace
 

@@ -173,14 +173,14 @@ void sizes(benchmark::internal::Benchmark* b) {
 }
 void a4(benchmark::internal::Benchmark* b) { b->Arg(4)->Unit(benchmark::kMillisecond); }
 
-BENCHMARK(ours_plain_off)->Apply(a4);
-BENCHMARK(ours_off)->Apply(sizes);
-BENCHMARK(ours_off_from_bits)->Apply(a4);
-BENCHMARK(ours_smooth_off)->Apply(a4);
-BENCHMARK(ours_tolerance)->Apply(a4);
-BENCHMARK(ours_filter)->Apply(sizes);
-BENCHMARK(ours_filter_from_bits)->Apply(a4);
-BENCHMARK(ours_filter2)->Apply(a4);
+BENCHMARK(ours_plain_off)->Name("trace_uncleaned/vaskel_plain")->Apply(a4);
+BENCHMARK(ours_off)->Name("trace_uncleaned/vaskel")->Apply(sizes);
+BENCHMARK(ours_off_from_bits)->Name("trace_uncleaned/vaskel_from_bits")->Apply(a4);
+BENCHMARK(ours_smooth_off)->Name("trace_smoothed/vaskel")->Apply(a4);
+BENCHMARK(ours_tolerance)->Name("trace_tolerance/vaskel")->Apply(a4);
+BENCHMARK(ours_filter)->Name("trace_cleaned/vaskel")->Apply(sizes);
+BENCHMARK(ours_filter_from_bits)->Name("trace_cleaned/vaskel_from_bits")->Apply(a4);
+BENCHMARK(ours_filter2)->Name("trace_cleaned/vaskel_filter2")->Apply(a4);
 
 #if VASKEL_BENCH_POTRACE
 // polygons: no curves (alphamax 0) and no joining of curves.
@@ -212,8 +212,13 @@ void potrace(benchmark::State& state, bool polygons) {
 
 void peer_potrace_polygons(benchmark::State& s) { potrace(s, true); }
 void peer_potrace(benchmark::State& s) { potrace(s, false); }
-BENCHMARK(peer_potrace_polygons)->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
-BENCHMARK(peer_potrace)->Apply(a4);
+BENCHMARK(peer_potrace_polygons)
+    ->Name("trace_cleaned/potrace_polygons")
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(4)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(peer_potrace)->Name("trace_cleaned/potrace_curves")->Apply(a4);
 #endif
 
 #if VASKEL_BENCH_OPENCV
@@ -232,7 +237,7 @@ void peer_opencv_contours(benchmark::State& state) {
                                                   benchmark::Counter::kIsIterationInvariantRate);
     state.counters["outlines"] = static_cast<double>(outlines);
 }
-BENCHMARK(peer_opencv_contours)->Apply(sizes);
+BENCHMARK(peer_opencv_contours)->Name("trace_uncleaned/opencv")->Apply(sizes);
 #endif
 
 }  // namespace
