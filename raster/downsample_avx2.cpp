@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "raster/downsample_cells.h"
+#include "raster/downsample_packed.h"
 
 #define VASKEL_AVX2 __attribute__((target("avx2")))
 #define VASKEL_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
@@ -161,7 +161,7 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
 
 }  // namespace
 
-const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means};
+const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2};
 
 }  // namespace Vaskel
 

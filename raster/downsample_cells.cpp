@@ -204,8 +204,17 @@ std::atomic<const DownsampleForm*> gForced{nullptr};
 
 }  // namespace
 
-const DownsampleForm kDownsamplePlain = {"plain", accumulatePlain, meansPlain};
-const DownsampleForm kDownsampleTable = {"table", accumulateTable, meansPlain};
+const DownsampleForm kDownsamplePlain = {"plain", accumulatePlain, meansPlain, nullptr};
+const DownsampleForm kDownsampleTable = {"table", accumulateTable, meansPlain, nullptr};
+
+std::size_t wholePeriods(const DownsampleCells& cells, std::size_t bytesPerPixel,
+                         std::size_t reach) {
+    const std::size_t width = bytesPerPixel * cells.width;
+    if (width < reach) return 0;
+    const CellPattern& pattern = cells.pattern;
+    return std::min((width - reach) / (bytesPerPixel * pattern.pixels) + 1,
+                    cells.ends.size() / pattern.period);
+}
 
 void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,
                      float* sums) {

@@ -82,10 +82,13 @@ struct MeanRule {
 /// sums has channels floats for each cell and one cell more. Each sum is updated
 /// a pixel at a time, as float(double(sum) + product) with the product formed in
 /// double; images in documents depend on these bits.
+struct PackedForm;
 struct DownsampleForm {
     const char* name;
     void (*accumulate)(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
     void (*means)(const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out);
+    /// What takes the sums that fit 16 bits; null if the other two take them all.
+    const PackedForm* packed;
 };
 
 /// The rules themselves; faster forms are held to them.
@@ -119,6 +122,10 @@ const DownsampleForm& chosenDownsampleForm();
 /// The wide form of exact lines: bytes times shares are added in integers.
 void accumulateExactAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
 #endif
+
+/// How many periods a form can take that reads reach bytes from a period's first.
+std::size_t wholePeriods(const DownsampleCells& cells, std::size_t bytesPerPixel,
+                         std::size_t reach);
 
 /// The table form of exact lines, for the cells from first on.
 void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, std::size_t first,

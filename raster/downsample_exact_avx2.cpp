@@ -42,16 +42,6 @@ VASKEL_AVX2_INLINE void addTo(float* sums, __m128i cells, __m128 unit) {
     _mm_storeu_ps(sums, _mm_add_ps(_mm_loadu_ps(sums), products));
 }
 
-// How many periods a form can take that reads reach bytes from a period's first.
-std::size_t wholePeriods(const DownsampleCells& cells, std::size_t bytesPerPixel,
-                         std::size_t reach) {
-    const std::size_t width = bytesPerPixel * cells.width;
-    if (width < reach) return 0;
-    const CellPattern& pattern = cells.pattern;
-    return std::min((width - reach) / (bytesPerPixel * pattern.pixels) + 1,
-                    cells.ends.size() / pattern.period);
-}
-
 // ---- Four channels: two cells in a vector -----------------------------------
 
 // Two pixels a cell: eight pixels a vector, and four cells of it.

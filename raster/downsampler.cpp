@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/orlune.h"
-#include "raster/downsample_cells.h"
+#include "raster/downsample_packed.h"
 #include "raster/downsample_picks.h"
 #include "util/narrow.h"
 #include "vaskel/raster.h"
@@ -42,16 +42,23 @@ struct DownsampleSums {
     std::vector<float> values;
     std::size_t used = 0;  // all values behind are 0
 
+    // While the lines are exact, sums may be held packed: values are all 0 then.
+    PackedRule rule;
+    std::vector<std::uint16_t> packed;
+    enum { kNone, kPacked, kFloats } held = kNone;
+
     // Lines may be added in any order as long as their weights are multiples of
     // 1 / steps and the weights added so far do not exceed exactWeight.
     double steps = 0;
     double exactWeight = -1;
     double weight = 0;
     bool coarse = false;  // MeanRule::coarse
+    double factorY;
 
     // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
-    DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorY)
-        : values(count) {
+    DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
+        : values(count), rule(cells, factorDown), factorY(factorDown) {
+        if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) return;
         steps = std::ldexp(1, bits);
@@ -61,18 +68,36 @@ struct DownsampleSums {
         coarse = 2 * units * cells.factor * factorY <= 2048;
     }
 
-    // Whether a line of this weight leaves all sums exact.
-    bool add(double lineWeight) {
+    double weightWith(double lineWeight) const {
         const bool multiple =
             lineWeight >= 0 && lineWeight * steps == std::floor(lineWeight * steps);
-        weight += multiple ? lineWeight : std::numeric_limits<double>::infinity();
+        return weight + (multiple ? lineWeight : std::numeric_limits<double>::infinity());
+    }
+    // Whether a line of this weight leaves all sums exact.
+    bool add(double lineWeight) {
+        weight = weightWith(lineWeight);
         return exact();
     }
     bool exact() const { return weight <= exactWeight; }
+
+    // Whether a line of this weight can go to packed sums, which have four
+    // channels and hold an output line's weight, no more.
+    bool packs(int channels, double lineWeight) const {
+        return rule.area != 0 && channels == 4 && held != kFloats &&
+               weightWith(lineWeight) <= std::min(exactWeight, factorY);
+    }
+    void unpack() {
+        if (held != kPacked) return;
+        used = packed.size();
+        for (std::size_t i = 0; i < used; ++i)
+            values[i] = static_cast<float>(packed[i] * rule.unit);
+        held = kFloats;
+    }
     void clear() {
         std::fill_n(values.begin(), used, 0.0f);
         used = 0;
         weight = 0;
+        held = kNone;
     }
 };
 
@@ -92,18 +117,48 @@ struct DownsamplerInside {
         d.mSums = std::make_shared<DownsampleSums>(4 * (n + 2), *d.mCells, d.mFactorY);
     }
 
+    static PackedLine packedLine(const DownsampleSums& sums, const unsigned char* line,
+                                 double weight) {
+        return {line, static_cast<unsigned>(weight * sums.rule.unitsY)};
+    }
+
     static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
         DownsampleSums& sums = *d.mSums;
+        const DownsampleForm& form = chosenDownsampleForm();
+        if (form.packed && sums.packs(channels, weight)) {
+            const auto take = sums.held == sums.kPacked ? form.packed->add : form.packed->begin;
+            take(*d.mCells, sums.rule, packedLine(sums, line, weight), sums.packed.data());
+            sums.add(weight);
+            sums.held = sums.kPacked;
+            return;
+        }
+        sums.unpack();
+        sums.held = sums.kFloats;
         sums.used = std::max(sums.used, static_cast<std::size_t>(channels) * (outputWidth(d) + 1));
         const DownsampleLine toAdd{line, channels, weight, sums.add(weight)};
-        chosenDownsampleForm().accumulate(*d.mCells, toAdd, sums.values.data());
+        form.accumulate(*d.mCells, toAdd, sums.values.data());
     }
 
     static void makeBytes(downsampler& d, int channels) {
-        const DownsampleSums& sums = *d.mSums;
+        DownsampleSums& sums = *d.mSums;
+        sums.unpack();
         chosenDownsampleForm().means(
             {d.mFactorX * d.mFactorY, sums.exact() && sums.coarse}, sums.values.data(),
             outputWidth(d) * static_cast<std::size_t>(channels), d.mLine.get());
+    }
+
+    // The bytes of an output line, with its last line of input.
+    static void complete(downsampler& d, const unsigned char* line, int channels, double weight) {
+        DownsampleSums& sums = *d.mSums;
+        const DownsampleForm& form = chosenDownsampleForm();
+        if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
+            form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, weight),
+                                sums.packed.data(), d.mLine.get());
+        } else {
+            accumulate(d, line, channels, weight);
+            makeBytes(d, channels);
+        }
+        sums.clear();
     }
 
     static void pickLine(downsampler& d, const unsigned int* line) {
@@ -136,9 +191,7 @@ struct DownsamplerInside {
         // The line completes an output line and begins the next one with the
         // rest. get takes the completed lines off the row count.
         const double weight = 1 - (d.mRow - d.mFactorY);
-        accumulate(d, bytes, channels, weight);
-        makeBytes(d, channels);
-        d.mSums->clear();
+        complete(d, bytes, channels, weight);
         if (1 - weight != 0) accumulate(d, bytes, channels, 1 - weight);
     }
 
@@ -226,6 +279,7 @@ void downsampler::getlastline(unsigned char* line) {
         DownsamplerInside::copySlots(*this, line);
         return;
     }
+    mSums->unpack();
     const double cell = mFactorX * mFactorY;
     for (std::size_t i = 0; i < n; ++i) mLine[i] = clamp8(Orlune::iround(mSums->values[i] / cell));
     std::memcpy(line, mLine.get(), n);

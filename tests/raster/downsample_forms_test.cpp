@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "raster/downsample_cells.h"
+#include "raster/downsample_packed.h"
 #include "tests/support/guarded_bytes.h"
 #include "vaskel/raster.h"
 
@@ -28,8 +28,24 @@ struct ForcedForm {
 
 // Passes on to another form and counts lines, so that a test sees what ran.
 const DownsampleForm* gRecorded = nullptr;
-int gLines = 0, gExactLines = 0;
-const DownsampleForm kRecording = {
+int gLines = 0, gExactLines = 0, gPackedLines = 0;
+const PackedForm kRecordingPacked = {
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       std::uint16_t* sums) {
+        ++gPackedLines;
+        gRecorded->packed->begin(cells, rule, line, sums);
+    },
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       std::uint16_t* sums) {
+        ++gPackedLines;
+        gRecorded->packed->add(cells, rule, line, sums);
+    },
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       const std::uint16_t* sums, unsigned char* out) {
+        ++gPackedLines;
+        gRecorded->packed->finish(cells, rule, line, sums, out);
+    }};
+DownsampleForm gRecording = {
     "recording",
     [](const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
         ++gLines;
@@ -38,7 +54,14 @@ const DownsampleForm kRecording = {
     },
     [](const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out) {
         gRecorded->means(rule, sums, count, out);
-    }};
+    },
+    nullptr};
+
+void record(const DownsampleForm* form) {
+    gRecorded = form;
+    gRecording.packed = form->packed ? &kRecordingPacked : nullptr;
+    gLines = gExactLines = gPackedLines = 0;
+}
 
 struct Image {
     double factor;
@@ -50,10 +73,10 @@ struct Image {
 // All that an image gives, the sums of the last line included.
 template <class Unit>
 std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, unsigned seed,
-                               int* exactLines = nullptr, int* inOrderLines = nullptr) {
-    const ForcedForm forced(&kRecording);
-    gRecorded = form;
-    gLines = gExactLines = 0;
+                               int* exactLines = nullptr, int* inOrderLines = nullptr,
+                               int* packedLines = nullptr) {
+    const ForcedForm forced(&gRecording);
+    record(form);
     downsampler sampler(image.factor, 1, image.width, image.height);
     sampler.setFiltering(image.filtering);
     std::mt19937 random(seed);
@@ -76,9 +99,10 @@ std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, u
     }
     sampler.getlastline(reinterpret_cast<Unit*>(out.data()));
     take();
-    if (image.filtering) CHECK(gLines >= static_cast<int>(image.height));
+    if (image.filtering) CHECK(gLines + gPackedLines >= static_cast<int>(image.height));
     if (exactLines) *exactLines += gExactLines;
     if (inOrderLines) *inOrderLines += gLines - gExactLines;
+    if (packedLines) *packedLines += gPackedLines;
     return all;
 }
 
@@ -90,13 +114,18 @@ std::vector<Image> images() {
         for (unsigned width : {1u, 2u, 5u, 10u, 33u, 64u, 100u, 203u, 512u})
             for (bool filtering : {true, false})
                 all.push_back({factor, width, 23, filtering, filtering && width % 2 ? 5 : 0});
+    // Both directions divide.
+    for (double factor : {1.25, 1.5, 2.0, 2.5, 3.0, 4.0, 5.0, 6.0, 8.0, 10.0, 16.0})
+        for (unsigned n : {4u, 5u, 7u, 16u, 33u, 100u})
+            all.push_back({factor, static_cast<unsigned>(4 * n * factor),
+                           static_cast<unsigned>(4 * factor), true, n % 2 ? 2 : 0});
     return all;
 }
 
 }  // namespace
 
 TEST_CASE("downsampler: every form gives the plain form's bytes") {
-    int exact = 0, inOrder = 0;
+    int exact = 0, inOrder = 0, packed = 0;
     for (const Image& image : images()) {
         CAPTURE(image.factor);
         CAPTURE(image.width);
@@ -107,11 +136,12 @@ TEST_CASE("downsampler: every form gives the plain form's bytes") {
         for (const DownsampleForm* form : downsampleForms().subspan(1)) {
             CAPTURE(std::string(form->name));
             CHECK(run<unsigned char>(image, form, seed, &exact, &inOrder) == bytes);
-            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder) == pixels);
+            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder, &packed) == pixels);
         }
     }
     CHECK(exact > 1000);
     CHECK(inOrder > 1000);
+    if (downsampleForms().back()->packed) CHECK(packed > 500);
 }
 
 TEST_CASE("downsampler: random sizes and factors, every form") {
@@ -213,8 +243,8 @@ TEST_CASE("downsampler: cells number n or are begun n times, and have as many pi
 TEST_CASE("downsampler: assigned ones know what their sums hold") {
     for (const DownsampleForm* form : downsampleForms()) {
         CAPTURE(std::string(form->name));
-        gRecorded = form;
-        const ForcedForm forced(&kRecording);
+        record(form);
+        const ForcedForm forced(&gRecording);
         downsampler first(3, 1, 9, 10);  // 3 by 2.5, exact
         downsampler second(1, 1, 1, 1);
         second = first;

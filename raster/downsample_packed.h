@@ -1,0 +1,81 @@
+// Sums of exact lines in 16 bits a channel, and means of them in integers.
+//
+// Where factors have few bits behind the point, sums are small integers of some
+// unit. As such they take half the memory of floats, which for a line of 6000
+// pixels decides whether they stay in the nearest cache, and the line that
+// completes an output line need not store them at all.
+
+#ifndef RASTER_DOWNSAMPLE_PACKED_H
+#define RASTER_DOWNSAMPLE_PACKED_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "raster/downsample_cells.h"
+
+namespace Vaskel {
+
+/// Whether and how an image's sums are packed. Lines have four channels.
+///
+/// All cells have the same area, and with whole lines of weight unitsY the sum
+/// of a cell is at most 255 areas. Areas are limited so that this, and half an
+/// area more, stays below 2^16.
+struct PackedRule {
+    unsigned area = 0;    // of a cell, in units; 0 for images without packed sums
+    unsigned unitsY = 1;  // the weight of a whole line
+    double unit = 0;      // of a sum, in bytes
+
+    // The mean of a sum is (sum + half) / area, rounded down, and that is
+    // ((sum + half) * multiplier) >> (16 + shift).
+    unsigned half = 0;
+    unsigned multiplier = 0;
+    int shift = 0;
+
+    /// The shares of CellPattern as vectors take them: for each four cells of a
+    /// period those of the first and the third, then of the second and the
+    /// fourth; 32 bytes for four pixels of both, four times the shares of the
+    /// first cell's and four times those of the other's.
+    std::vector<unsigned char> shares;
+
+    PackedRule() = default;
+    PackedRule(const DownsampleCells& cells, double factorY);
+
+    unsigned mean(unsigned sum) const { return ((sum + half) * multiplier) >> (16 + shift); }
+    /// The same for an area by itself.
+    static PackedRule forArea(unsigned area);
+};
+
+struct PackedLine {
+    const unsigned char* bytes;  // four channels of a pixel side by side
+    unsigned weight;             // in units, at most unitsY
+};
+
+/// A way to do the work, on four sums for each cell. Integers: all give the same.
+struct PackedForm {
+    using Sums = void (*)(const DownsampleCells& cells, const PackedRule& rule,
+                          const PackedLine& line, std::uint16_t* sums);
+    Sums begin;  // whatever sums held
+    Sums add;
+    /// The means with this line added; sums stay as they are.
+    void (*finish)(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+                   const std::uint16_t* sums, unsigned char* out);
+};
+
+/// Cell by cell.
+extern const PackedForm kPackedPlain;
+
+/// The plain form's steps for the cells from first on.
+enum class PackedStep { kBegin, kAdd, kFinish };
+void packedCells(PackedStep step, std::size_t first, const DownsampleCells& cells,
+                 const PackedRule& rule, const PackedLine& line, std::uint16_t* sums,
+                 unsigned char* out);
+
+#if defined(__x86_64__)
+/// Four cells at a time.
+extern const PackedForm kPackedAvx2;
+#endif
+
+}  // namespace Vaskel
+
+#endif

@@ -1,0 +1,171 @@
+// Packed sums in vectors, four cells of four channels in each. The cells behind
+// the last whole period, and those from which a vector would reach behind the
+// line, are the plain form's.
+//
+// A line is taken in four parts side by side: most of the time goes into waiting
+// for memory, and a CPU fetches several pages ahead, each by itself. It is told
+// what comes next besides, since it does not look beyond the page's end. Telling
+// it never faults, also where the line ends.
+
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#include <algorithm>
+
+#include "raster/downsample_packed.h"
+
+#define VASKEL_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
+#define VASKEL_AVX2 __attribute__((target("avx2")))
+
+namespace Vaskel {
+namespace {
+
+constexpr std::size_t kAhead = 1024;  // bytes
+
+VASKEL_AVX2_INLINE __m256i load32(const void* from) {
+    return _mm256_loadu_si256(static_cast<const __m256i*>(from));
+}
+
+VASKEL_AVX2_INLINE __m128i load16(const unsigned char* from) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+
+// A pixel's channels of four pixels side by side, in each half.
+VASKEL_AVX2_INLINE __m256i byChannel(__m256i pixels) {
+    return _mm256_shuffle_epi8(pixels, _mm256_broadcastsi128_si256(_mm_setr_epi8(
+                                           0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)));
+}
+
+// The sums of four cells in one line, for the cells from k on in a period whose
+// first pixel is at from. Each says how many bytes behind the first pixel of the
+// period's last cell it reads.
+
+// Cells of two pixels.
+struct Pairs {
+    static std::size_t reach(const PackedRule&, const CellPattern&) { return 8; }
+    VASKEL_AVX2_INLINE static __m256i sums(const PackedRule&, const CellPattern&,
+                                           const unsigned char* from, std::size_t) {
+        const __m256i pairs = _mm256_broadcastsi128_si256(
+            _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
+        return _mm256_maddubs_epi16(_mm256_shuffle_epi8(load32(from), pairs), _mm256_set1_epi8(1));
+    }
+};
+
+// Cells of four pixels.
+struct Fours {
+    static std::size_t reach(const PackedRule&, const CellPattern&) { return 16; }
+    VASKEL_AVX2_INLINE static __m256i sums(const PackedRule&, const CellPattern&,
+                                           const unsigned char* from, std::size_t) {
+        const __m256i ones = _mm256_set1_epi8(1), wideOnes = _mm256_set1_epi16(1);
+        const __m256i a =
+            _mm256_madd_epi16(_mm256_maddubs_epi16(byChannel(load32(from)), ones), wideOnes);
+        const __m256i b =
+            _mm256_madd_epi16(_mm256_maddubs_epi16(byChannel(load32(from + 32)), ones), wideOnes);
+        return _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
+    }
+};
+
+// Any cells: kBlocks times four pixels each; 0 for as many as the shares say.
+template <std::size_t kBlocks>
+struct Blocks {
+    static std::size_t blocks(const CellPattern& pattern) {
+        return kBlocks ? kBlocks : (pattern.span + 3) / 4;
+    }
+    static std::size_t reach(const PackedRule&, const CellPattern& pattern) {
+        return 16 * blocks(pattern);
+    }
+    VASKEL_AVX2_INLINE static __m256i twoCells(const unsigned char* a, const unsigned char* b,
+                                               std::size_t count, const unsigned char* shares) {
+        __m256i cells = _mm256_setzero_si256();
+        for (std::size_t i = 0; i < count; ++i) {
+            const __m256i pixels = _mm256_inserti128_si256(
+                _mm256_castsi128_si256(load16(a + 16 * i)), load16(b + 16 * i), 1);
+            const __m256i products =
+                _mm256_maddubs_epi16(byChannel(pixels), load32(shares + 32 * i));
+            cells = _mm256_add_epi32(cells, _mm256_madd_epi16(products, _mm256_set1_epi16(1)));
+        }
+        return cells;
+    }
+    VASKEL_AVX2_INLINE static __m256i sums(const PackedRule& rule, const CellPattern& pattern,
+                                           const unsigned char* from, std::size_t k) {
+        const std::size_t count = blocks(pattern);
+        const std::uint32_t* const starts = &pattern.starts[k];
+        const unsigned char* const shares = &rule.shares[16 * count * k];
+        const auto at = [&](std::size_t cell) { return from + std::size_t{4} * starts[cell]; };
+        return _mm256_packus_epi32(twoCells(at(0), at(2), count, shares),
+                                   twoCells(at(1), at(3), count, shares + 32 * count));
+    }
+};
+
+template <PackedStep kStep, class Shape>
+VASKEL_AVX2 std::size_t wholeCells(const DownsampleCells& cells, const PackedRule& rule,
+                                   const PackedLine& line, std::uint16_t* sums,
+                                   unsigned char* out) {
+    const CellPattern& pattern = cells.pattern;
+    const std::size_t periods = wholePeriods(
+        cells, 4, std::size_t{4} * pattern.starts.back() + Shape::reach(rule, pattern));
+    const __m256i weight = _mm256_set1_epi16(static_cast<short>(line.weight));
+    const __m256i half = _mm256_set1_epi16(static_cast<short>(rule.half));
+    const __m256i multiplier = _mm256_set1_epi16(static_cast<short>(rule.multiplier));
+    const __m128i shift = _mm_cvtsi32_si128(rule.shift);
+    const std::size_t period = pattern.period, bytes = 4 * pattern.pixels;
+    const auto takePeriod = [&, sums, out ](const unsigned char* from, std::size_t place)
+        __attribute__((target("avx2"), always_inline)) {
+        _mm_prefetch(from + kAhead, _MM_HINT_T0);
+        for (std::size_t k = 0; k < period; k += 4, place += 16) {
+            __m256i four = _mm256_mullo_epi16(Shape::sums(rule, pattern, from, k), weight);
+            if constexpr (kStep != PackedStep::kBegin)
+                four = _mm256_add_epi16(four, load32(sums + place));
+            if constexpr (kStep == PackedStep::kFinish) {
+                const __m256i means = _mm256_srl_epi16(
+                    _mm256_mulhi_epu16(_mm256_add_epi16(four, half), multiplier), shift);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(out + place),
+                                 _mm_packus_epi16(_mm256_castsi256_si128(means),
+                                                  _mm256_extracti128_si256(means, 1)));
+            } else {
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums + place), four);
+            }
+        }
+    };
+    const std::size_t part = periods / 4;
+    const unsigned char* from = line.bytes;
+    std::size_t place = 0;
+    for (std::size_t i = 0; i < part; ++i, from += bytes, place += 4 * period) {
+        takePeriod(from, place);
+        takePeriod(from + part * bytes, place + part * 4 * period);
+        takePeriod(from + 2 * part * bytes, place + 2 * part * 4 * period);
+        takePeriod(from + 3 * part * bytes, place + 3 * part * 4 * period);
+    }
+    for (std::size_t i = 4 * part; i < periods; ++i)
+        takePeriod(line.bytes + i * bytes, i * 4 * period);
+    return periods * period;
+}
+
+template <PackedStep kStep>
+void take(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+          std::uint16_t* sums, unsigned char* out) {
+    const std::size_t blocks = (cells.pattern.span + 3) / 4;
+    const auto run = cells.factor == 2   ? wholeCells<kStep, Pairs>
+                     : cells.factor == 4 ? wholeCells<kStep, Fours>
+                     : blocks == 1       ? wholeCells<kStep, Blocks<1>>
+                     : blocks == 2       ? wholeCells<kStep, Blocks<2>>
+                                         : wholeCells<kStep, Blocks<0>>;
+    packedCells(kStep, run(cells, rule, line, sums, out), cells, rule, line, sums, out);
+}
+
+}  // namespace
+
+const PackedForm kPackedAvx2 = {
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       std::uint16_t* sums) { take<PackedStep::kBegin>(cells, rule, line, sums, nullptr); },
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       std::uint16_t* sums) { take<PackedStep::kAdd>(cells, rule, line, sums, nullptr); },
+    [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
+       const std::uint16_t* sums, unsigned char* out) {
+        take<PackedStep::kFinish>(cells, rule, line, const_cast<std::uint16_t*>(sums), out);
+    }};
+
+}  // namespace Vaskel
+
+#endif
