@@ -14,6 +14,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <new>
 #include <numeric>
 #include <vector>
 
@@ -153,14 +155,24 @@ void preparedPath::Index::buildTree() {
     for (mLeaves = 1; mLeaves < mX.size();) mLeaves *= 2;
     mNodes.resize(2 * mLeaves);
 
-    for (const Edge& edge : mEdges) visitNodes(edge, [&](std::size_t node) { ++mNodes[node].end; });
+    // Positions have 32 bits. A node holds an edge once, so that neither a
+    // node's count nor an edge's number exceeds the number of all entries. An
+    // edge has at most two nodes on each of at most 31 levels: fewer than 2^26
+    // edges never come to the limit.
+    std::size_t entries = 0;
+    for (const Edge& edge : mEdges)
+        visitNodes(edge, [&](std::size_t node) {
+            ++mNodes[node].end;
+            ++entries;
+        });
+    if (entries > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
     std::uint32_t sum = 0;
     for (Node& node : mNodes) {
         node.begin = sum;
         sum += node.end;
         node.end = node.begin;
     }
-    mEntries.resize(sum);
+    mEntries.resize(entries);
     for (std::uint32_t i = 0; i < mEdges.size(); ++i)
         visitNodes(mEdges[i], [&](std::size_t node) { mEntries[mNodes[node].end++] = i; });
 

@@ -66,8 +66,9 @@ VASKEL_API bool insidePath(int x, int y, const Pemmit::Path* path);
 /// log^2 n steps, one whose edges cross in as many steps more as edges lie
 /// across a crossing's neighbourhood.
 ///
-/// std::bad_alloc passes through. Asking changes nothing: one object may be
-/// asked on several threads at a time.
+/// std::bad_alloc passes through, and is thrown where the index would need 2^32
+/// entries or more, which fewer than 2^26 edges never do. Asking changes
+/// nothing: one object may be asked on several threads at a time.
 class VASKEL_API preparedPath {
  public:
     /// Null gives an object that holds nothing.
