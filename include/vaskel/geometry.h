@@ -119,12 +119,18 @@ VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int 
 ///   bow tie (0,0) (10,10) (10,0) (0,10), closed        is 1
 ///   open (0,0) (10,0) (5,0), which folds back          is 1
 ///
-/// Segments that cross, or overlap over some length, count; so does an outline
-/// that passes through another part of itself at a vertex. Touching without
-/// passing does not, with one exception that stored answers depend on: where
-/// two vertices meet, the neighbour looked at for the segment that the sweep
-/// enters is always the one at its first vertex, so that some touches count as
-/// crossings, depending on the walk's direction.
+/// Segments that cross, or overlap over some length, count. Where a segment
+/// ends on another one the outline's next point decides: it counts when the
+/// outline goes on to the other side (passes), not when it turns back or ends
+/// there (touches).
+///
+/// That next point is not always the right one, and stored answers depend on
+/// it. Where two vertices meet, the neighbour looked at for the segment that
+/// the sweep enters is always the one at its first vertex: some touches count
+/// and some passes do not, depending on the direction of the walks and on the
+/// order of the children. And where the vertex is repeated, the next point is
+/// the vertex itself: a pass through the inside of a segment does not count
+/// there, and one through another vertex not always.
 ///
 /// Calls Orlune::cancel(0, 0) before every 200th vertex, its result unused.
 /// std::bad_alloc passes through. Keeps no state: safe on any thread while

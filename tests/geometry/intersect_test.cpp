@@ -51,10 +51,19 @@ const Row kRows[] = {
     {"a single segment", false, {{0, 0}, {5, 5}}, 0},
     {"repeated points", true, {{0, 0}, {0, 0}, {10, 0}, {10, 10}, {10, 10}, {0, 10}}, 0},
     {"all points the same", true, {{3, 3}, {3, 3}, {3, 3}}, 0},
-    {"two squares that share a corner, passing through it",
+    {"two squares that share a corner, turning there: a touch",
      true,
-     // around the first, through (10, 10), around the second, back through it
+     // (10, 0) (10, 10) (20, 10) stays to the lower right of (10, 20) (10, 10) (0, 10)
      {{0, 0}, {10, 0}, {10, 10}, {20, 10}, {20, 20}, {10, 20}, {10, 10}, {0, 10}},
+     0},
+    {"two squares that share a corner, passing straight through it",
+     true,
+     // (10, 0) (10, 10) (10, 20) upwards, (20, 10) (10, 10) (0, 10) across
+     {{0, 0}, {10, 0}, {10, 10}, {10, 20}, {20, 20}, {20, 10}, {10, 10}, {0, 10}},
+     1},
+    {"passes through a segment at a repeated point, which hides it",
+     false,
+     {{0, 0}, {10, 0}, {10, 10}, {5, 0}, {5, 0}, {3, -5}},
      0},
 };
 
@@ -66,7 +75,7 @@ TEST_CASE("intersect: one contour") {
         CHECK(intersect(path.get()) == row.answer);
         ++rows;
     }
-    CHECK(rows == 22);
+    CHECK(rows == 24);
 }
 
 TEST_CASE("intersect: objects that are no path have no outline") {
@@ -122,6 +131,24 @@ TEST_CASE("intersect: a touch is judged by the neighbour at the first vertex") {
     const Points across = {{95, 100}, {100, 100}, {200, 100}};
     CHECK(intersect(compound({openPath(f).release(), openPath(across).release()}).get()) == 1);
     CHECK(intersect(compound({openPath(g).release(), openPath(across).release()}).get()) == 0);
+}
+
+// One outline turns back at (0, 0); the other one comes along between its arms
+// and goes on to the right: a pass. The segment (-10, 0) (0, 0) is tested
+// against the arms. Walked towards (0, 0) its neighbour is the one at (-10, 0),
+// behind it, which shows no pass; walked away from it, the one at (0, 0) does.
+// So does (0, 0) (10, 0), but it meets the arms in the sweep only when its
+// child comes first: otherwise they have ended before it is entered.
+TEST_CASE("intersect: which child comes first can hide a pass at a vertex") {
+    const Points turning = {{-10, 10}, {0, 0}, {-10, -10}};
+    const Points through = {{-20, 0}, {-10, 0}, {0, 0}, {10, 0}};
+    const Points back(through.rbegin(), through.rend());
+    const auto both = [](const Points& a, const Points& b) {
+        return intersect(compound({openPath(a).release(), openPath(b).release()}).get());
+    };
+    CHECK(both(turning, through) == 0);
+    CHECK(both(turning, back) == 1);
+    CHECK(both(through, turning) == 1);
 }
 
 TEST_CASE("intersect: asks the system before every 200th vertex") {
