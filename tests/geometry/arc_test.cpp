@@ -96,14 +96,80 @@ TEST_CASE("arccub: the handle is (4/3) tan(angle / 4) radii") {
     CHECK(b.p[1].y == doctest::Approx(r * kSixthHandle).epsilon(1e-5));
 }
 
-TEST_CASE("arccub: offsets beyond every integer and half circles do no harm") {
+// Every double of rows with fractions, worked out step by step in the written
+// order. Each other order or shortened form that was tried changes at least one
+// of them: 8/3 times the bracket first, times 8 and divided by 3, the bracket
+// before the factor, a root of each length, k from the end offset, the centre
+// added last, and fused multiply-add in k or in the points.
+TEST_CASE("arccub: the order of operations holds to the last bit") {
+    struct ExactRow {
+        const char* why;
+        arc a;
+        double p[4][2];
+    };
+    constexpr ExactRow rows[] = {
+        // du = -22, dv = 103, t = 165.821 / 103
+        {"divides by dv",
+         {-83.075, -2.825, 94.24, 33.449, 71.581, -69.829},
+         {{11.164999999999992, 30.624},
+          {23.952634755675014, -5.40418318559043},
+          {15.201798001555538, -45.288408100512},
+          {-11.494, -72.654}}},
+        // du = -33, dv = 116, t = -152.749 / 116
+        {"the other way round",
+         {99.173, -16.068, -59.68, 80.239, -93.069, -36.58},
+         {{39.493, 64.171},
+          {3.0162392628832606, 37.04038918990607},
+          {-10.525318757259317, -10.338703460378142},
+          {6.103999999999999, -52.647999999999996}}},
+        // du = 159, dv = 115, t = 27.979 / 159
+        {"divides by du",
+         {-14.933, 10.001, -69.728, 71.68, 89.946, -43.701},
+         {{-84.661, 81.68100000000001},
+          {-4.0386565849450875, 160.1078242416985},
+          {124.16586034572147, 67.46709404032546},
+          {75.013, -33.7}}},
+    };
+    for (const ExactRow& row : rows) {
+        CAPTURE(row.why);
+        Pemmit::bezier b;
+        arccub(row.a, b);
+        for (int i = 0; i < 4; ++i) {
+            CAPTURE(i);
+            CHECK(b.p[i].x == row.p[i][0]);
+            CHECK(b.p[i].y == row.p[i][1]);
+        }
+    }
+}
+
+TEST_CASE("arccub: the divisor saturates at the ends of the integers") {
+    const double h = 2.6666666666666665 * (std::sqrt(0.5) - 0.5);  // of t = 1
     Pemmit::bezier b;
-    arccub({0, 0, 1e300, 0, 0, -1e300}, b);
+    // du = dv = -3e9 counts as -2^31: t = 3e9 / -2^31 = -1.39698..., not -1.
+    arccub({0, 0, 3e9, 0, 0, 3e9}, b);
+    CHECK(b.p[1].x == 3e9);
+    CHECK(b.p[1].y == doctest::Approx(1.3969838619232178 * h * 3e9).epsilon(1e-14));
+    CHECK(b.p[2].x == doctest::Approx(1.3969838619232178 * h * 3e9).epsilon(1e-14));
+    CHECK(b.p[2].y == 3e9);
+    // du = dv = 3e9 counts as 2^31 - 1: t = 3e9 / (2^31 - 1), a little more.
+    arccub({0, 0, 0, 3e9, 3e9, 0}, b);
+    CHECK(b.p[1].x == doctest::Approx(1.3969838625737392 * h * 3e9).epsilon(1e-14));
+    CHECK(b.p[1].y == 3e9);
+}
+
+TEST_CASE("arccub: offsets whose squares overflow and half circles are not finite") {
+    Pemmit::bezier b;
+    arccub({0, 0, 1e300, 0, 0, -1e300}, b);  // k = infinity / infinity
+    CHECK(b.p[0].x == 1e300);
+    CHECK(b.p[3].y == -1e300);
+    CHECK(std::isnan(b.p[1].y));
+    CHECK(std::isnan(b.p[2].x));
     arccub({0, 0, 100, 0, -100, 0}, b);  // a half circle: the sum of the offsets is 0
     CHECK(!std::isfinite(b.p[1].y));
     const double nan = std::numeric_limits<double>::quiet_NaN();
     arccub({0, 0, nan, 0, 0, nan}, b);
     CHECK(std::isnan(b.p[0].x));
+    CHECK(std::isnan(b.p[1].y));
 }
 
 struct Collected {
