@@ -297,10 +297,12 @@ bool withinExactRange(const Outline& outline) {
     });
 }
 
-int sweepOrdered(const Outline& outline) {
+int sweepOrdered(const Outline& outline) { return sweepInSteps(outline, kFirstStep); }
+
+int sweepInSteps(const Outline& outline, Index firstStep) {
     OrderedSweep sweep(outline);
     const Index count = sweep.vertexCount();
-    for (Index clean = 0, limit = kFirstStep; clean < count;) {
+    for (Index clean = 0, limit = firstStep; clean < count;) {
         limit = std::min(limit, count);
         const Index found = sweep.run(limit);
         if (found != kNone) {

@@ -15,6 +15,10 @@ bool withinExactRange(const Outline& outline);
 /// sweepPlain for outlines within the exact range.
 int sweepOrdered(const Outline& outline);
 
+/// The same with a first step of firstStep vertices, above 0, for tests: each
+/// step sweeps anew over 8 times as many, and the system is asked in between.
+int sweepInSteps(const Outline& outline, Index firstStep);
+
 }  // namespace Vaskel::Intersect
 
 #endif

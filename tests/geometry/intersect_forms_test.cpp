@@ -23,7 +23,8 @@ struct Result {
     }
 };
 
-Result resultOf(int (*form)(const Outline&), const Outline& outline) {
+template <class Form>
+Result resultOf(Form form, const Outline& outline) {
     FakeHost host;
     const int answer = form(outline);
     return {answer, host.polls()};
@@ -73,10 +74,33 @@ TEST_CASE("intersect: the ordered sweep asks the system as often as the plain on
         CAPTURE(n);
         const Result want = resultOf(sweepPlain, outline);
         CHECK(resultOf(sweepOrdered, outline) == want);
+        for (const Index firstStep : {1, 24, 200, 333, 3000}) {
+            CAPTURE(firstStep);
+            const auto inSteps = [&](const Outline& o) { return sweepInSteps(o, firstStep); };
+            CHECK(resultOf(inSteps, outline) == want);
+        }
         crossing += want.answer;
     }
     CHECK(crossing > 50);
     CHECK(crossing < 250);
+}
+
+// A few segments, then thousands side by side, which take memory. A host that
+// throws when it is asked for the first time ends the test before that when
+// the first step is short: the sweep has not gone to the end before it asks.
+TEST_CASE("intersect: the ordered sweep asks the system between its steps") {
+    Contours contours{{{}}};
+    for (int i = 0; i < 400; ++i) contours.contours[0].push_back({i, i % 2});
+    for (int i = 0; i < 3000; ++i) contours.contours.push_back({{1000, i}, {2000, i}});
+    const Outline outline = contours.outline();
+    CHECK(resultOf(sweepOrdered, outline) == Result{0, (400 + 2 * 3000) / 200});
+    const auto allocationsUntilAsked = [&](Index firstStep) {
+        FakeHost host({.throwAtCall = 1});
+        const long before = allocationCount();
+        CHECK_THROWS_AS(sweepInSteps(outline, firstStep), HostFailure);
+        return allocationCount() - before;
+    };
+    CHECK(allocationsUntilAsked(200) < allocationsUntilAsked(1 << 21));
 }
 
 TEST_CASE("intersect: vertices are sorted like the plain sweep sorts them") {
