@@ -140,20 +140,10 @@ VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, Byte* ou
 template <bool kInBig, bool kBig>
 VASKEL_AVX2 BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, Byte* out);
 
-// ---- unicode_avx2_measure.cpp --------------------------------------------------
+// ---- unicode_avx2_size.cpp -----------------------------------------------------
 
 VASKEL_AVX2 std::size_t size16Avx2(const Byte* text);
 VASKEL_AVX2 std::size_t size32Avx2(const Byte* text);
-VASKEL_AVX2 std::size_t utf8Units16Avx2(const Byte* text, std::size_t size);
-VASKEL_AVX2 std::size_t utf8Units32Avx2(const Byte* text, std::size_t size);
-template <bool kInBig>
-VASKEL_AVX2 std::size_t utf16Bytes8Avx2(const Byte* text, std::size_t size);
-template <bool kInBig>
-VASKEL_AVX2 std::size_t utf16Units32Avx2(const Byte* text, std::size_t size);
-template <bool kInBig>
-VASKEL_AVX2 std::size_t utf32Bytes8Avx2(const Byte* text, std::size_t size);
-template <bool kInBig>
-VASKEL_AVX2 std::size_t utf32Units16Avx2(const Byte* text, std::size_t size);
 
 }  // namespace Vaskel
 

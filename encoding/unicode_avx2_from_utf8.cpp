@@ -323,12 +323,6 @@ constexpr UnicodeBlocks kBlocksAvx2 = {
                      {utf32ToUtf16Avx2<true, false>, utf32ToUtf16Avx2<true, true>}},
     .size16 = size16Avx2,
     .size32 = size32Avx2,
-    .utf8Units16 = utf8Units16Avx2,
-    .utf8Units32 = utf8Units32Avx2,
-    .utf16Bytes8 = {utf16Bytes8Avx2<false>, utf16Bytes8Avx2<true>},
-    .utf16Units32 = {utf16Units32Avx2<false>, utf16Units32Avx2<true>},
-    .utf32Bytes8 = {utf32Bytes8Avx2<false>, utf32Bytes8Avx2<true>},
-    .utf32Units16 = {utf32Units16Avx2<false>, utf32Units16Avx2<true>},
 };
 
 const UnicodeForm kUnicodeAvx2 = OnePassForm<kBlocksAvx2>::named("AVX2");

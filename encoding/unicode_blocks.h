@@ -52,16 +52,6 @@ struct UnicodeBlocks {
     /// The bytes in front of the zero unit.
     std::size_t (*size16)(const unsigned char* text);
     std::size_t (*size32)(const unsigned char* text);
-
-    /// How many units, or bytes for UTF-8, size bytes of good text become.
-    /// They only decide how much memory is asked for.
-    using Measure = std::size_t (*)(const unsigned char* text, std::size_t size);
-    Measure utf8Units16;
-    Measure utf8Units32;
-    Measure utf16Bytes8[2];
-    Measure utf16Units32[2];
-    Measure utf32Bytes8[2];
-    Measure utf32Units16[2];
 };
 
 extern const UnicodeForm kUnicodeOnePass;  // block functions that any CPU can run

@@ -9,7 +9,8 @@
 // The text is converted in chunks into a buffer on the stack, which stays in
 // the fastest cache, and each chunk is appended to the result: memory of the
 // result is written once, and never filled with zeros first. A text of one
-// chunk needs one allocation of the exact size.
+// chunk needs one allocation of the exact size; for longer ones, the first chunk
+// tells how much memory to ask for.
 
 #ifndef ENCODING_UNICODE_ONEPASS_H
 #define ENCODING_UNICODE_ONEPASS_H
@@ -191,18 +192,17 @@ struct Utf32ToUtf8Rule {
 template <class Rule>
 class OnePass {
  public:
-    OnePass(const Rule& rule, BlockFunction blocks, UnicodeBlocks::Measure measure)
-        : mRule(rule), mBlocks(blocks), mMeasure(measure) {}
+    OnePass(const Rule& rule, BlockFunction blocks) : mRule(rule), mBlocks(blocks) {}
 
     std::string convert(const Byte* text, std::size_t size) {
         putUnit(0xFEFF);
         const Byte *in = text, *const end = text + size;
         std::string result;
-        if (size > kChunk) result.reserve((mMeasure(text, size) + 2) * Rule::kOutUnit);
         while (static_cast<std::size_t>(end - in) > kChunk) {
             const Taken taken = takeWholeBlocks(in, in + kChunk, end);
             if (taken == Taken::Bad) return {};
             if (taken == Taken::EndedAtZero) return finish(result);
+            if (result.empty()) result.reserve(expectedSize(in - text, end - in));
             flush(result);
         }
         Taken taken = takeWholeBlocks(in, end, end);
@@ -268,6 +268,14 @@ class OnePass {
         }
     }
 
+    // The size of the result if the text goes on as it began, and a sixteenth
+    // more: so much memory is asked for, and more only if that turns out wrong.
+    // A chunk is less than 2^16 bytes and an address space at most 2^47.
+    std::size_t expectedSize(std::ptrdiff_t taken, std::ptrdiff_t left) const {
+        const std::int64_t made = mOut - mBuffer;
+        return static_cast<std::size_t>(made + left * std::int64_t{made + made / 16} / taken);
+    }
+
     void putUnit(std::uint32_t unit) {
         if constexpr (Rule::kOutUnit == 2) put16(mOut, unit, mRule.big);
         if constexpr (Rule::kOutUnit == 4) put32(mOut, unit, mRule.big);
@@ -290,7 +298,6 @@ class OnePass {
 
     Rule mRule;
     BlockFunction mBlocks;
-    UnicodeBlocks::Measure mMeasure;
     // Room for the mark, a chunk with what the rules go beyond its end, the
     // rest's blocks, the zero unit and the spill.
     alignas(64) Byte mBuffer[(kChunk + 2 * kZeros + kByRules + 8) * Rule::kGrowth + kBlockSpill];
@@ -304,13 +311,13 @@ struct OnePassForm {
 
     static std::string utf8ToUtf32(const char* text, bool big) {
         if (!startsAsUtf8(text)) return {};
-        OnePass<Utf8ToUtf32Rule> pass({big}, kBlocks.utf8ToUtf32[big], kBlocks.utf8Units32);
+        OnePass<Utf8ToUtf32Rule> pass({big}, kBlocks.utf8ToUtf32[big]);
         return pass.convert(bytes(text), std::strlen(text));
     }
 
     static std::string utf8ToUtf16(const char* text, bool big) {
         if (!startsAsUtf8(text)) return {};
-        OnePass<Utf8ToUtf16Rule> pass({big}, kBlocks.utf8ToUtf16[big], kBlocks.utf8Units16);
+        OnePass<Utf8ToUtf16Rule> pass({big}, kBlocks.utf8ToUtf16[big]);
         return pass.convert(bytes(text), std::strlen(text));
     }
 
@@ -318,8 +325,7 @@ struct OnePassForm {
         const ByteOrder order = utf16Mark(text);
         if (order == ByteOrder::Unmarked) return {};
         const bool inBig = order == ByteOrder::Big;
-        OnePass<Utf16ToUtf32Rule> pass({inBig, big}, kBlocks.utf16ToUtf32[inBig][big],
-                                       kBlocks.utf16Units32[inBig]);
+        OnePass<Utf16ToUtf32Rule> pass({inBig, big}, kBlocks.utf16ToUtf32[inBig][big]);
         return pass.convert(bytes(text) + 2, kBlocks.size16(bytes(text) + 2));
     }
 
@@ -327,8 +333,7 @@ struct OnePassForm {
         const ByteOrder order = utf16Mark(text);
         if (order == ByteOrder::Unmarked) return {};
         const bool inBig = order == ByteOrder::Big;
-        OnePass<Utf16ToUtf8Rule> pass({inBig}, kBlocks.utf16ToUtf8[inBig],
-                                      kBlocks.utf16Bytes8[inBig]);
+        OnePass<Utf16ToUtf8Rule> pass({inBig}, kBlocks.utf16ToUtf8[inBig]);
         return pass.convert(bytes(text) + 2, kBlocks.size16(bytes(text) + 2));
     }
 
@@ -336,8 +341,7 @@ struct OnePassForm {
         const ByteOrder order = utf32Mark(text);
         if (order == ByteOrder::Unmarked) return {};
         const bool inBig = order == ByteOrder::Big;
-        OnePass<Utf32ToUtf16Rule> pass({inBig, big}, kBlocks.utf32ToUtf16[inBig][big],
-                                       kBlocks.utf32Units16[inBig]);
+        OnePass<Utf32ToUtf16Rule> pass({inBig, big}, kBlocks.utf32ToUtf16[inBig][big]);
         return pass.convert(bytes(text) + 4, kBlocks.size32(bytes(text) + 4));
     }
 
@@ -345,8 +349,7 @@ struct OnePassForm {
         const ByteOrder order = utf32Mark(text);
         if (order == ByteOrder::Unmarked) return {};
         const bool inBig = order == ByteOrder::Big;
-        OnePass<Utf32ToUtf8Rule> pass({inBig}, kBlocks.utf32ToUtf8[inBig],
-                                      kBlocks.utf32Bytes8[inBig]);
+        OnePass<Utf32ToUtf8Rule> pass({inBig}, kBlocks.utf32ToUtf8[inBig]);
         return pass.convert(bytes(text) + 4, kBlocks.size32(bytes(text) + 4));
     }
 

@@ -261,3 +261,26 @@ TEST_CASE("unicode: every form gives the plain form's bytes for UTF-32") {
     CHECK(good > all / 2);
     CHECK(good < all);
 }
+
+// The first chunk of a long text tells how much memory to ask for.
+TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on otherwise") {
+    Random random{std::mt19937(kSeed)};
+    for (const unsigned first : {kAscii, kCjk, kEmoji}) {
+        for (const unsigned second : {kAscii, kGreek, kCjk, kEmoji}) {
+            CAPTURE(first);
+            CAPTURE(second);
+            std::string text8 = "a", text16 = utf16Of(0xFEFF, true),
+                        text32 = utf32Of(0xFEFF, false);
+            for (int i = 0; i < 30000; ++i) {
+                const std::uint32_t value = character(random, i < 9000 ? first : second);
+                text8 += utf8Of(value);
+                text32 += utf32Of(value, false);
+                if (value >= 0x10000) text16 += utf16Of(0xD800 | (value >> 10 & 0x3FF), true);
+                text16 += utf16Of(value < 0x10000 ? value : 0xDC00 | (value & 0x3FF), true);
+            }
+            CHECK(compareForms(kFrom8, text8 + '\0', 0) == 4);
+            CHECK(compareForms(kFrom16, text16 + utf16Of(0, true), 1) == 3);
+            CHECK(compareForms(kFrom32, text32 + utf32Of(0, false), 0) == 3);
+        }
+    }
+}
