@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "geometry/products.h"
+#include "platform/orlune.h"
 #include "util/narrow.h"
 #include "vaskel/geometry.h"
 
@@ -42,13 +43,14 @@ int roundedQuotient(Wide num, Wide den) {
 // False for not-a-number too.
 bool roundsToInt(double value) { return value > -2147483648.5 && value < 2147483647.5; }
 
-// Orlune::iround without the call, for a value that rounds to an int: to the
-// nearest, halves away from zero. Whole part and rest are exact, so that there
-// is only one right answer, and no host's can differ.
+// Orlune::iround, for a value that rounds to an int. Whole part and rest are
+// exact, so that the nearest integer is known without a call; which way a half
+// goes is the host's.
 int rounded(double value) {
     const auto whole = static_cast<std::int64_t>(value);
     const double rest = value - static_cast<double>(whole);
-    return static_cast<int>(whole + (rest >= 0.5) - (rest <= -0.5));
+    if (rest == 0.5 || rest == -0.5) return Orlune::iround(value);
+    return static_cast<int>(whole + (rest > 0.5) - (rest < -0.5));
 }
 
 }  // namespace
