@@ -53,6 +53,13 @@ bigint zeroDigits(std::size_t length) {
     return number;
 }
 
+// Makes number digits[0, count), which are not its own.
+void replaceDigits(bigint& number, const Digit* digits, std::size_t count) {
+    Access::reserve(number, count);
+    std::copy_n(digits, count, Access::digits(number));
+    Access::setLength(number, asLength(count));
+}
+
 // Digits that a function works with for a while, from the stack if they are few.
 class WorkRow {
  public:
@@ -264,25 +271,26 @@ bigint bigint::operator%(const bigint& divisor) const {
 
 void bigint::divmod(const bigint& divisor, bigint& quotient, bigint& remainder) const {
     const Digit* const d = Access::digits(divisor);
-    const std::size_t n = trimmedCount(d, size(divisor));
-    const std::size_t length = size(*this);
-    bigint result, rest = zeroDigits(length + kDivideSpare);
-    rest.mLength = mLength;
-    std::copy_n(Access::digits(*this), length, Access::digits(rest));
-    if (n == 0) {
-        Orlune::debug("bigint::divmod >> division by 0");
-    } else if (*this >= divisor) {
-        // Less by comparison needs no estimate in any place. Anything else
-        // does, and that is where zeros on top of the divisor cannot stay.
-        result = zeroDigits(length - n + 1);
-        Digit* const digits = Access::digits(result);
-        const std::size_t left =
-            divideRows(d, n, Access::digits(rest), length, digits, reportNegativeResult);
-        rest.mLength = static_cast<std::int32_t>(left);
-        result.mLength = static_cast<std::int32_t>(trimmedCount(digits, length - n + 1));
+    const std::size_t n = trimmedCount(d, size(divisor)), length = size(*this);
+    // Less by comparison needs no estimate in any place. Anything else does,
+    // and that is where zeros on top of the divisor cannot stay.
+    const bool divides = n != 0 && *this >= divisor;
+    if (n == 0) Orlune::debug("bigint::divmod >> division by 0");
+    if (!divides) {
+        if (&remainder != this) replaceDigits(remainder, Access::digits(*this), length);
+        quotient.mLength = 0;
+        return;
     }
-    Access::swap(quotient, result);
-    Access::swap(remainder, rest);
+    // Made apart: the results may be the operands, and a report may throw.
+    const std::size_t digits = length - n + 1;
+    WorkRow work(digits + length + kDivideSpare);
+    Digit *const result = work.digits(), *const rest = result + digits;
+    std::fill_n(std::copy_n(Access::digits(*this), length, rest), kDivideSpare, Digit(0));
+    const std::size_t left = divideRows(d, n, rest, length, result, reportNegativeResult);
+    const std::size_t used = trimmedCount(result, digits);
+    Access::reserve(quotient, used);
+    replaceDigits(remainder, rest, left);
+    replaceDigits(quotient, result, used);
 }
 
 void bigint::leftshift(int n) {

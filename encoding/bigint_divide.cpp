@@ -37,6 +37,7 @@
 
 #include <bit>
 
+#include "encoding/bigint_divide_short.h"
 #include "encoding/bigint_multiply.h"
 #include "encoding/bigint_row_divisor.h"
 
@@ -296,9 +297,16 @@ class BlockDivision : private DigitDivision<Base65536> {
 }  // namespace
 
 std::size_t divideRows(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
-                       Digit* quotient, void (*report)(), DivideCounts* counts) {
-    // Blocks pay from about ten digits on.
-    if (length - n < 10) return divideRowsPlain(divisor, n, rest, length, quotient, report);
+                       Digit* quotient, void (*report)()) {
+    if (n <= kShortDivisor) return divideRowsShort(divisor, n, rest, length, quotient, report);
+    // Blocks pay from about so many digits on.
+    if (length - n < kBlocksFrom)
+        return divideRowsPlain(divisor, n, rest, length, quotient, report);
+    return divideRowsByBlocks(divisor, n, rest, length, quotient, report);
+}
+
+std::size_t divideRowsByBlocks(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
+                               Digit* quotient, void (*report)(), DivideCounts* counts) {
     DivideCounts own;
     BlockDivision division(divisor, n, rest, length);
     return division.run(quotient, report, counts ? *counts : own);

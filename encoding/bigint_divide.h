@@ -220,16 +220,21 @@ struct DivideCounts {
 /// is not less than n. The quotient gets length - n + 1 digits, and rest the
 /// remainder, whose length is the result. rest has kDivideSpare zeros above
 /// length. Calls report for each negative result.
-///
-/// Digits are made in blocks, by true divisions of rows, wherever they are
-/// those of a true division and where a rest wraps again and again.
 std::size_t divideRows(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
-                       Digit* quotient, void (*report)(), DivideCounts* counts = nullptr);
+                       Digit* quotient, void (*report)());
 constexpr std::size_t kDivideSpare = 3 * kPerLimb;
 
 /// The same one digit at a time.
 std::size_t divideRowsPlain(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
                             Digit* quotient, void (*report)());
+
+/// The same with digits made in blocks, by true divisions of rows, wherever they
+/// are those of a true division and where a rest wraps again and again.
+std::size_t divideRowsByBlocks(const Digit* divisor, std::size_t n, Digit* rest, std::size_t length,
+                               Digit* quotient, void (*report)(), DivideCounts* counts = nullptr);
+
+/// From how many digits of the quotient on divideRows makes blocks.
+constexpr std::size_t kBlocksFrom = 32;
 
 }  // namespace Vaskel
 

@@ -99,14 +99,21 @@ void tryComparisons(const Digits& a, const Digits& b) {
 // Rows of a division; report counts.
 int gReports;
 
-Division byRows(const Digits& a, const Digits& d, bool plain) {
+enum class Form { ByDigits, ByBlocks, Chosen };
+
+Division byRows(const Digits& a, const Digits& d, Form form) {
     Digits rest = a, quotient(a.size() - d.size() + 1);
     rest.resize(a.size() + kDivideSpare);
     gReports = 0;
     const auto report = [] { ++gReports; };
+    const auto divide = [&](auto function) {
+        return function(d.data(), d.size(), rest.data(), a.size(), quotient.data(), report);
+    };
     const std::size_t left =
-        plain ? divideRowsPlain(d.data(), d.size(), rest.data(), a.size(), quotient.data(), report)
-              : divideRows(d.data(), d.size(), rest.data(), a.size(), quotient.data(), report);
+        form == Form::ByDigits ? divide(divideRowsPlain)
+        : form == Form::ByBlocks
+            ? divide([](auto... operands) { return divideRowsByBlocks(operands...); })
+            : divide(divideRows);
     require(trimmedCount(rest.data() + left, rest.size() - left) == 0);
     rest.resize(left);
     return {trimmed(quotient), rest, gReports};
@@ -134,8 +141,8 @@ void tryDivision(const Digits& a, const Digits& b) {
     if (x < y) {
         require(got == Division{{}, a, 0});
     } else {
-        require(byRows(a, divisor, true) == got);
-        require(byRows(a, divisor, false) == got);
+        for (const Form form : {Form::ByDigits, Form::ByBlocks, Form::Chosen})
+            require(byRows(a, divisor, form) == got);
     }
     if ((a.size() <= 2 || a.size() == divisor.size()) && trimmed(a) == a && divisor == b) {
         require(valueOf(got.quotient) == valueOf(a) / valueOf(b));

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "encoding/bigint_divide.h"
+#include "encoding/bigint_divide_short.h"
 #include "encoding/bigint_multiply.h"
 #include "encoding/bigint_row_divisor.h"
 #include "tests/encoding/bigint_support.h"
@@ -18,19 +19,30 @@ namespace {
 
 int gNegatives = 0;
 
+using DivideRows = std::size_t (*)(const unsigned short* divisor, std::size_t n,
+                                   unsigned short* rest, std::size_t length,
+                                   unsigned short* quotient, void (*report)());
+
+Vaskel::DivideCounts gCounts;  // of byBlocks
+
+constexpr DivideRows kByDigits = Vaskel::divideRowsPlain, kChosen = Vaskel::divideRows,
+                     kShort = Vaskel::divideRowsShort,
+                     kByBlocks = [](const unsigned short*divisor, std::size_t n,
+                                    unsigned short*rest, std::size_t length,
+                                    unsigned short*quotient, void (*report)()) {
+                         return Vaskel::divideRowsByBlocks(divisor, n, rest, length, quotient,
+                                                           report, &gCounts);
+                     };
+
 // Division by rows; what is above the remainder has to be zero.
-Division byRows(const Digits& dividend, const Digits& divisor, Vaskel::DivideCounts* counts) {
+Division byRows(const Digits& dividend, const Digits& divisor, DivideRows divide) {
     Division result;
     Digits rest(dividend.size() + Vaskel::kDivideSpare);
     std::copy(dividend.begin(), dividend.end(), rest.begin());
     result.quotient.resize(dividend.size() - divisor.size() + 1);
     gNegatives = 0;
-    const auto report = [] { ++gNegatives; };
-    const std::size_t left =
-        counts ? Vaskel::divideRows(divisor.data(), divisor.size(), rest.data(), dividend.size(),
-                                    result.quotient.data(), report, counts)
-               : Vaskel::divideRowsPlain(divisor.data(), divisor.size(), rest.data(),
-                                         dividend.size(), result.quotient.data(), report);
+    const std::size_t left = divide(divisor.data(), divisor.size(), rest.data(), dividend.size(),
+                                    result.quotient.data(), [] { ++gNegatives; });
     if (Vaskel::trimmedCount(rest.data() + left, rest.size() - left) != 0) return {};
     result.remainder.assign(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(left));
     result.quotient.resize(Vaskel::trimmedCount(result.quotient.data(), result.quotient.size()));
@@ -96,7 +108,7 @@ TEST_CASE("divide: digit by digit gives the literal loops' results in base 65536
         if (!literally<65536>(dividend, divisor, close ? 300000 : 2000, want)) continue;
         ++compared;
         wrapped += want.negatives != 0;
-        const Division got = byRows(dividend, divisor, nullptr);
+        const Division got = byRows(dividend, divisor, kByDigits);
         // A true quotient, times the divisor, and the remainder make the dividend.
         Digits back = product(want.quotient.empty() ? Digits{0} : want.quotient, divisor);
         back.resize(dividend.size() + 2);
@@ -120,39 +132,78 @@ TEST_CASE("divide: blocks of digits are those that come one at a time") {
     constexpr unsigned kSeed = 7303;
     std::mt19937 random(kSeed);
     withAllLoops([&](const Vaskel::LimbLoops&) {
-        Vaskel::DivideCounts counts;
+        gCounts = {};
         int wrong = 0;
         for (int round = 0; round < 12000; ++round) {
             const Digits divisor = awkwardDivisor(random, 1 + random() % 40);
             const Digits dividend = awkwardDividend(random, divisor, random() % 60);
-            const Division want = byRows(dividend, divisor, nullptr);
-            const Division got = byRows(dividend, divisor, &counts);
+            const Division want = byRows(dividend, divisor, kByDigits);
+            const Division got = byRows(dividend, divisor, kByBlocks);
             if (got == want || ++wrong > 10) continue;
             MESSAGE(shown(dividend) << " by " << shown(divisor) << ": got " << shown(got)
                                     << ", wanted " << shown(want));
         }
         CHECK(wrong == 0);
-        CHECK(counts.regular > 100000);
-        CHECK(counts.wrapped > 50000);
-        CHECK(counts.single > 50000);
-        CHECK(counts.stopped > 1000);
+        CHECK(gCounts.regular > 100000);
+        CHECK(gCounts.wrapped > 50000);
+        CHECK(gCounts.single > 50000);
+        CHECK(gCounts.stopped > 1000);
     });
 }
 
 TEST_CASE("divide: so they are where rows are divided by halves") {
     constexpr unsigned kSeed = 7304;
     std::mt19937 random(kSeed);
-    Vaskel::DivideCounts counts;
+    gCounts = {};
     for (int round = 0; round < 60; ++round) {
         CAPTURE(round);
         const Digits divisor = awkwardDivisor(random, 100 + random() % 600);
         const Digits dividend = awkwardDividend(random, divisor, 100 + random() % 900);
-        const Division want = byRows(dividend, divisor, nullptr);
-        const Division got = byRows(dividend, divisor, &counts);
+        const Division want = byRows(dividend, divisor, kByDigits);
+        const Division got = byRows(dividend, divisor, kByBlocks);
         CHECK((got == want));
     }
-    CHECK(counts.regular > 5000);
-    CHECK(counts.wrapped > 5000);
+    CHECK(gCounts.regular > 5000);
+    CHECK(gCounts.wrapped > 5000);
+}
+
+TEST_CASE("divide: divisors of up to four digits give the digits that come one at a time") {
+    constexpr unsigned kSeed = 7307;
+    std::mt19937 random(kSeed);
+    int wrong = 0, wrapped = 0, endsWrapped = 0;
+    for (int round = 0; round < 60000; ++round) {
+        Digits divisor = awkwardDivisor(random, 1 + random() % Vaskel::kShortDivisor);
+        // Powers of the base are their own kind: their remainders are zero.
+        if (random() % 16 == 0) {
+            std::fill(divisor.begin(), divisor.end(), static_cast<unsigned short>(0));
+            divisor.back() = 1;
+        }
+        const Digits dividend = awkwardDividend(random, divisor, random() % 40);
+        const Division want = byRows(dividend, divisor, kByDigits);
+        wrapped += want.negatives > 0;
+        endsWrapped += want.remainder.size() > divisor.size() + 2 && want.remainder.back() == 65535;
+        const Division got = byRows(dividend, divisor, kShort);
+        if (got == want || ++wrong > 10) continue;
+        MESSAGE(shown(dividend) << " by " << shown(divisor) << ": got " << shown(got) << ", wanted "
+                                << shown(want));
+    }
+    CHECK(wrong == 0);
+    CHECK(wrapped > 10000);
+    CHECK(endsWrapped > 3000);
+}
+
+TEST_CASE("divide: the form that the lengths choose gives the digits that come one at a time") {
+    constexpr unsigned kSeed = 7308;
+    std::mt19937 random(kSeed);
+    for (std::size_t n = 1; n < 12; ++n) {
+        for (std::size_t longer = 0; longer < 2 * Vaskel::kBlocksFrom; ++longer) {
+            CAPTURE(n);
+            CAPTURE(longer);
+            const Digits divisor = awkwardDivisor(random, n);
+            const Digits dividend = awkwardDividend(random, divisor, longer);
+            CHECK((byRows(dividend, divisor, kChosen) == byRows(dividend, divisor, kByDigits)));
+        }
+    }
 }
 
 TEST_CASE("row divisor: quotients by halves are those by rows, and true") {

@@ -287,8 +287,8 @@ TEST_CASE("bigint: memory that ends leaves all operands as they were") {
          }},
         {"=", 1, [](bigint& x, bigint& y, bigint&, bigint&) { y = x; }},
         {"divmod", 3, [](bigint& x, bigint& y, bigint& z, bigint& w) { x.divmod(y, z, w); }},
-        {"/=", 3, [](bigint& x, bigint& y, bigint&, bigint&) { x /= y; }},
-        {"%=", 3, [](bigint& x, bigint& y, bigint&, bigint&) { x %= y; }},
+        {"/=", 2, [](bigint& x, bigint& y, bigint&, bigint&) { x /= y; }},
+        {"%=", 2, [](bigint& x, bigint& y, bigint&, bigint&) { x %= y; }},
         {"leftshift", 1, [](bigint& x, bigint&, bigint&, bigint&) { Access::leftshift(x, 20); }},
         {"a + integer", 2, [](bigint& x, bigint&, bigint&, bigint&) { x += 5; }},
     };
@@ -312,6 +312,7 @@ TEST_CASE("bigint: memory that ends leaves all operands as they were") {
             CHECK(digitsOf(x) == a);
             CHECK(digitsOf(y) == b);
             CHECK(digitsOf(w) == Digits{5});
+            if (row.failures > 1) CHECK(digitsOf(z) == Digits{3, 4});
             ++failures;
             REQUIRE(n < 100);
         }
