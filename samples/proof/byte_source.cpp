@@ -103,7 +103,7 @@ std::unique_ptr<ByteSource> spool(const std::string& name, int pipe) {
 
 }  // namespace
 
-std::unique_ptr<ByteSource> openBytes(const std::string& path) {
+std::unique_ptr<ByteSource> openBytes(const std::string& path, EmptyFile empty) {
     const int file = path == "-" ? dup(STDIN_FILENO) : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) throw fileFailure(path, std::strerror(errno));
     struct stat status;
@@ -123,7 +123,7 @@ std::unique_ptr<ByteSource> openBytes(const std::string& path) {
         const FileBytes closer(path, file, 0);
         source = spool(path, file);
     }
-    if (source->size() == 0) throw fileFailure(path, "is empty");
+    if (source->size() == 0 && empty == EmptyFile::Refused) throw fileFailure(path, "is empty");
     return source;
 }
 

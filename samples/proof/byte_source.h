@@ -38,9 +38,11 @@ class ByteSource {
 
 /// Opens a file, or standard input for "-". What cannot be read twice (a
 /// pipe) is copied to an unnamed temporary file first, up to 4 GiB. Throws
-/// Failure that names the file and the reason; a directory and an empty file
-/// are reasons.
-std::unique_ptr<ByteSource> openBytes(const std::string& path);
+/// Failure that names the file and the reason; a directory is one, and so is
+/// an empty file unless it is permitted.
+enum class EmptyFile { Refused, Permitted };
+std::unique_ptr<ByteSource> openBytes(const std::string& path,
+                                      EmptyFile empty = EmptyFile::Refused);
 
 /// Bytes in memory, which the caller keeps alive.
 std::unique_ptr<ByteSource> memoryBytes(std::string name, std::span<const unsigned char> bytes);

@@ -20,6 +20,9 @@ void addTrace(CLI::App& app, Command& chosen);
 /// make -o PROOF.pdf: a proof of a scan, a font, a picture and colours.
 void addMake(CLI::App& app, Command& chosen);
 
+/// convert [INPUT] --to FORM: text from one Unicode form to another.
+void addConvert(CLI::App& app, Command& chosen);
+
 }  // namespace Proof
 
 #endif

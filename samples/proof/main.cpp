@@ -22,7 +22,7 @@ struct Arguments {
 
 void describe(CLI::App& app, Arguments& arguments) {
     app.name("vaskel-proof");
-    app.description("Makes outlines and proofs with VaskelLib.");
+    app.description("Makes outlines and proofs, and converts text, with VaskelLib.");
     app.footer(
         "vaskel-proof COMMAND --help tells more about a command.\n\n"
         "Exit codes: 0 done; 1 an input cannot be read or an output cannot be written;\n"
@@ -40,6 +40,7 @@ void describe(CLI::App& app, Arguments& arguments) {
     app.fallthrough();
     addTrace(app, arguments.command);
     addMake(app, arguments.command);
+    addConvert(app, arguments.command);
 }
 
 int run(const Arguments& arguments, Console& console) {
