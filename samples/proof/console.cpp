@@ -89,6 +89,12 @@ void Console::message(Vaskel::MessageSeverity severity, const std::string& text)
     std::fflush(mStream);
 }
 
+void Console::prompt(const std::string& text) {
+    endProgress();
+    std::fputs(text.c_str(), mStream);
+    std::fflush(mStream);
+}
+
 void Console::progress(const std::string& task, double percent) {
     if (!mTerminal) return;
     const Clock::time_point now = Clock::now();

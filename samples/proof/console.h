@@ -28,6 +28,9 @@ class Console {
     /// "vaskel-proof: warning: TEXT", on a line of its own.
     void message(Vaskel::MessageSeverity severity, const std::string& text);
 
+    /// The beginning of a line, whose end the user types.
+    void prompt(const std::string& text);
+
     /// Shows how far a task is, at most ten times a second. A new task begins
     /// a new estimate of the time left.
     void progress(const std::string& task, double percent);

@@ -1,5 +1,5 @@
 // vaskel-proof: the sample host. It installs itself as the library's host
-// (messages, progress, cancellation) and runs one of its commands.
+// (messages, questions, progress, cancellation) and runs one of its commands.
 
 #include <csignal>
 #include <cstdio>
@@ -9,6 +9,7 @@
 #include "samples/proof/commands.h"
 #include "samples/proof/console.h"
 #include "samples/proof/failure.h"
+#include "samples/proof/questions.h"
 #include "samples/proof/versions.h"
 
 namespace {
@@ -87,5 +88,6 @@ int main(int argc, char** argv) {
     }
     Console console(stderr, arguments.colour);
     const MessagesOnConsole messages(console);
+    const QuestionsOnConsole questions(console);
     return run(arguments, console);
 }

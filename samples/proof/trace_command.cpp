@@ -11,6 +11,7 @@
 #include "samples/proof/interrupt.h"
 #include "samples/proof/numbers.h"
 #include "samples/proof/output_file.h"
+#include "samples/proof/overwrite.h"
 #include "samples/proof/pdf_document.h"
 #include "samples/proof/pdf_writer.h"
 #include "samples/proof/svg_writer.h"
@@ -25,6 +26,7 @@ struct TraceCommand {
     TraceOptions options;
     std::vector<std::string> outputs;
     std::string format;  // "svg", "pdf" or empty: by the output's name
+    bool force = false;  // older files are replaced unasked
 };
 
 Format formatOf(const TraceCommand& command, const std::string& output) {
@@ -64,6 +66,7 @@ int runTrace(const TraceCommand& command, Console& console) {
     std::vector<Format> formats;
     for (const std::string& output : command.outputs) formats.push_back(formatOf(command, output));
     for (const std::string& output : command.outputs) OutputFile::probe(output);
+    requirePermission(command.outputs, command.force);
     const TracedScan traced = traceScan(command.options, console);
 
     const Interrupt interrupt;  // files are short work and are finished
@@ -162,6 +165,8 @@ void addTrace(CLI::App& app, Command& chosen) {
     trace->add_option("--format", command->format, "svg or pdf, whatever the names say")
         ->check(CLI::IsMember({"svg", "pdf"}).description(""))
         ->type_name("FORMAT")
+        ->group(group);
+    trace->add_flag("-f,--force", command->force, "replace older files without asking")
         ->group(group);
     trace->add_flag("-q,--quiet", command->options.quiet, "say nothing unless something is wrong")
         ->group(group);

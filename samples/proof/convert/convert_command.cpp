@@ -14,6 +14,7 @@
 #include "samples/proof/make/picture.h"
 #include "samples/proof/numbers.h"
 #include "samples/proof/output_file.h"
+#include "samples/proof/overwrite.h"
 
 namespace Proof {
 namespace {
@@ -25,6 +26,7 @@ struct ConvertOptions {
     std::string to = "utf8";
     bool ascii85 = false;
     bool lossy = false;
+    bool force = false;
     bool quiet = false;
 };
 
@@ -98,6 +100,7 @@ int runConvert(const ConvertOptions& options, Console& console) {
     const TextTarget target = targetOf(options);
     givenForm(options);
     OutputFile::probe(options.output);
+    requirePermission({options.output}, options.force);
     const std::string text = allOf(options.input);
     const TextForm form = formOf(text, options);
     ConvertedText result;
@@ -150,6 +153,7 @@ void addConvert(CLI::App& app, Command& chosen) {
     convert->add_flag("--ascii85", options->ascii85, "write the result's bytes as ASCII85");
     convert->add_flag("--lossy", options->lossy,
                       "convert also where the way back gives another text");
+    convert->add_flag("-f,--force", options->force, "replace an older file without asking");
     convert->add_flag("-q,--quiet", options->quiet, "say nothing unless something is wrong");
     convert->final_callback([options, &chosen] {
         chosen = [options](Console& console) { return runConvert(*options, console); };
