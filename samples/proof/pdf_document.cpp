@@ -6,6 +6,7 @@
 #include <qpdf/Pipeline.hh>
 #include <qpdf/QPDFWriter.hh>
 
+#include "samples/proof/pdf_text.h"
 #include "samples/proof/version.h"
 
 namespace Proof {
@@ -38,18 +39,24 @@ std::optional<std::time_t> documentDate(std::optional<std::time_t> otherwise) {
     return static_cast<std::time_t>(seconds);
 }
 
-void setDocumentInfo(QPDF& pdf, const std::string& title, std::optional<std::time_t> date) {
-    QPDFObjectHandle info = QPDFObjectHandle::newDictionary();
-    info.replaceKey("/Title", QPDFObjectHandle::newUnicodeString(title));
-    info.replaceKey("/Producer", QPDFObjectHandle::newUnicodeString("VaskelLib " VASKEL_VERSION));
+void setDocumentInfo(QPDF& pdf, const DocumentInfo& info) {
+    QPDFObjectHandle dict = QPDFObjectHandle::newDictionary();
+    const auto set = [&dict](const char* key, const std::string& text) {
+        if (!text.empty()) dict.replaceKey(key, QPDFObjectHandle::newString(pdfText(text)));
+    };
+    set("/Title", info.title);
+    set("/Author", info.author);
+    set("/Subject", info.subject);
+    set("/Creator", "vaskel-proof");
+    set("/Producer", "VaskelLib " VASKEL_VERSION);
     std::tm parts{};
-    if (date && gmtime_r(&*date, &parts)) {
+    if (info.date && gmtime_r(&*info.date, &parts)) {
         char text[40];
         std::strftime(text, sizeof text, "D:%Y%m%d%H%M%SZ", &parts);
-        info.replaceKey("/CreationDate", QPDFObjectHandle::newString(text));
-        info.replaceKey("/ModDate", QPDFObjectHandle::newString(text));
+        dict.replaceKey("/CreationDate", QPDFObjectHandle::newString(text));
+        dict.replaceKey("/ModDate", QPDFObjectHandle::newString(text));
     }
-    pdf.getTrailer().replaceKey("/Info", pdf.makeIndirectObject(info));
+    pdf.getTrailer().replaceKey("/Info", pdf.makeIndirectObject(dict));
 }
 
 void writeDocument(QPDF& pdf, PdfStreams streams, OutputFile& file) {

@@ -17,8 +17,14 @@ namespace Proof {
 /// the environment) where it holds a number, else what is given.
 std::optional<std::time_t> documentDate(std::optional<std::time_t> otherwise);
 
-/// Sets title, producer and the dates, which are left out when not known.
-void setDocumentInfo(QPDF& pdf, const std::string& title, std::optional<std::time_t> date);
+/// What a document says of itself, in UTF-8; what is empty is left out.
+struct DocumentInfo {
+    std::string title, author = {}, subject = {};
+    std::optional<std::time_t> date = {};
+};
+
+/// Sets the information, creator and producer. Texts are UTF-16 by pdfText.
+void setDocumentInfo(QPDF& pdf, const DocumentInfo& info);
 
 enum class PdfStreams {
     Compress,  // streams without a filter get one

@@ -59,7 +59,7 @@ void writePdf(const OutlinePage& page, const std::string& title, std::optional<s
               OutputFile& file) {
     QPDF pdf;
     pdf.emptyPDF();
-    setDocumentInfo(pdf, title, date);
+    setDocumentInfo(pdf, {.title = title, .date = date});
     QPDFObjectHandle object = QPDFObjectHandle::parse("<< /Type /Page /Resources << >> >>");
     const int unit = userUnit(page);
     QPDFObjectHandle box = QPDFObjectHandle::newArray();

@@ -4,7 +4,8 @@ set -eu
 build=$1
 out=$2
 samples=$(dirname "$(dirname "$0")")
-"$build/samples/vaskel-proof" make --scan "$samples/data/scan.tif" \
+"$build/samples/vaskel-proof" make --force --scan "$samples/data/scan.tif" \
     --image "$samples/data/picture.jpg" --cmyk-profile "$samples/data/FOGRA39L_coated.icc" \
     -o "$out/proof.pdf" --ps "$out/proof.ps" --json "$out/proof.json"
-"$build/samples/vaskel-proof" trace "$samples/data/scan.tif" -o "$out/scan.svg" -o "$out/scan.pdf"
+"$build/samples/vaskel-proof" trace --force "$samples/data/scan.tif" \
+    -o "$out/scan.svg" -o "$out/scan.pdf"

@@ -227,9 +227,9 @@ class LittleCms:
     FLAGS = 0x0040 | 0x0100  # no cache, no optimisation
     CMYK_8 = 6 << 16 | 4 << 3 | 1
     RGB_8 = 4 << 16 | 3 << 3 | 1
-    RELATIVE = 1
 
-    def __init__(self):
+    def __init__(self, intent):
+        self.intent = intent  # by the numbers of ICC.1
         self.lib = ctypes.CDLL(ctypes.util.find_library("lcms2") or "liblcms2.so.2")
         self.lib.cmsOpenProfileFromFile.restype = ctypes.c_void_p
         self.lib.cmsCreate_sRGBProfile.restype = ctypes.c_void_p
@@ -245,7 +245,7 @@ class LittleCms:
 
     def convert(self, pixels, source, source_format, target, target_format, channels):
         link = self.lib.cmsCreateTransform(source, source_format, target, target_format,
-                                           self.RELATIVE, self.FLAGS)
+                                           self.intent, self.FLAGS)
         assert link
         out = ctypes.create_string_buffer(len(pixels) * channels)
         self.lib.cmsDoTransform(link, b"".join(map(bytes, pixels)), out, len(pixels))
@@ -267,7 +267,8 @@ def judge_colours(report):
         check(len(found) == 1, f"{len(found)} rows of swatches about {words_of_label}")
         return found[0] if found else []
 
-    cms = LittleCms()
+    [intent] = [choice for choice in report["choices"] if choice["option"] == "--intent"]
+    cms = LittleCms(intent["value"])
     one = row(["one link"])
     inks = [[int(n) for n in re.findall(r"\d+", colour["numbers"])] for colour in one]
     check(cms.to_screen(inks) == [tuple(colour["rgb"]) for colour in one],

@@ -34,6 +34,8 @@ class Canvas {
     virtual void drawOutlines(double x, double y, const OutlinePage& page) = 0;
     /// The picture stretched to the area.
     virtual void drawPicture(const Area& area, const Picture& picture) = 0;
+    /// Leads from the area to a URL, where the reader can follow it.
+    virtual void linkArea(const Area& area, const std::string& url) = 0;
 };
 
 }  // namespace Proof

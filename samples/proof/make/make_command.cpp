@@ -1,15 +1,12 @@
 // vaskel-proof make: the whole proof as PDF, PostScript and a report.
 
 #include <sys/stat.h>
-#include <zlib.h>
-
 #include <cmath>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "embedded/profiles.h"
 #include "platform/libiccprofile.h"
@@ -18,12 +15,15 @@
 #include "samples/proof/console.h"
 #include "samples/proof/failure.h"
 #include "samples/proof/lengths.h"
+#include "samples/proof/make/make_options.h"
 #include "samples/proof/make/pdf_proof.h"
 #include "samples/proof/make/proof_page.h"
 #include "samples/proof/make/ps_proof.h"
+#include "samples/proof/make/report.h"
+#include "samples/proof/make/source_link.h"
+#include "samples/proof/make/utf8_text.h"
 #include "samples/proof/numbers.h"
-#include "samples/proof/pdf_document.h"
-#include "samples/proof/trace_job.h"
+#include "samples/proof/overwrite.h"
 #include "vaskel/units.h"
 
 namespace Proof {
@@ -41,17 +41,6 @@ constexpr const char* kBase14[14] = {
     "Helvetica",   "Helvetica-Bold", "Helvetica-Oblique", "Helvetica-BoldOblique",
     "Courier",     "Courier-Bold",   "Courier-Oblique",   "Courier-BoldOblique",
     "Symbol",      "ZapfDingbats"};
-
-struct MakeOptions {
-    TraceOptions trace;
-    std::string font = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf";
-    std::string image;
-    std::string cmykProfile;
-    std::string rgbProfile;  // empty: sRGB
-    std::string width = "148mm";
-    std::string pictureResolution = "150";
-    std::string pdf, ps, json;
-};
 
 // A file of the sample input: installed beside the program, or in the tree that
 // the program was built in, or below the working folder.
@@ -143,73 +132,60 @@ void addPictures(const MakeOptions& options, ProofContent& content) {
 ProofContent contentOf(const MakeOptions& options, const TracedScan& traced,
                        const OpenProfiles& profiles, const FontSource* font) {
     ProofContent content;
-    content.title = "VaskelLib proof";
+    content.title = options.title;
     content.scan = traced.page;
     const std::string unit = options.trace.unit;
     content.scanWidth = withUnit(traced.page.width / traced.page.xUnitsPerInch, unit);
     content.scanHeight = withUnit(traced.page.height / traced.page.yUnitsPerInch, unit);
     content.notes = {leaf(options.trace.input) + ": " + grouped(traced.page.outlines.count()) +
                          " outlines of " + grouped(traced.page.outlines.pointCount()) + " points",
-                     "press profile: " + Embedded::profileDescription(profiles.get().press)};
-    content.rows = swatchRows(profiles.get());
+                     "press profile: " + Embedded::profileDescription(profiles.get().press),
+                     std::string(options.intent.title) + ": " + options.intent.line()};
+    if (options.link != "none" && (!options.link.empty() || options.trace.input != "-"))
+        content.link = sourceUrl(options.link.empty() ? options.trace.input : options.link);
+    content.rows = swatchRows(profiles.get(), options.intent.model.GetSelection());
+    content.noiseLabel = "Random: noise of the seed " + std::to_string(options.seed);
+    content.noise = noiseSwatches(options.seed);
     addPictures(options, content);
     content.fontCaption = "Set in a Type 1 font built from " + leaf(options.font);
     if (font) content.fontCaption += " (" + font->name() + ")";
     return content;
 }
 
-nlohmann::json pictureReport(const char* name, const Picture& picture) {
-    const std::vector<unsigned char> samples = samplesOf(picture);
-    return {
-        {"name", name},
-        {"width", picture.width},
-        {"height", picture.height},
-        {"channels", picture.channels()},
-        {"bytes", samples.size()},
-        {"crc32", crc32(crc32(0, nullptr, 0), samples.data(), static_cast<uInt>(samples.size()))}};
+// What can be read from the options alone, before any work.
+void readOptions(MakeOptions& options) {
+    setLengthUnit(options.trace.unit);
+    options.unit.model.SetSelection(Vaskel::getuni());
+    options.intent.choose(options.intentName);
+    for (const auto& [name, text] :
+         {std::pair("--title", &options.title), std::pair("--author", &options.author)})
+        if (!text->empty() && utf32(*text).empty())
+            throw Failure(std::string(name) +
+                              " takes UTF-8 that does not begin with a character beyond U+FFFF",
+                          kExitUsage);
+    if (options.trace.input.empty()) options.trace.input = sampleFile("scan.tif");
+    if (options.image.empty()) options.image = sampleFile("picture.jpg");
+    if (options.cmykProfile.empty()) options.cmykProfile = sampleFile("FOGRA39L_coated.icc");
 }
 
-nlohmann::json report(const MakeOptions& options, const ProofContent& content,
-                      const ProofLayout& layout, const FontSource& source,
-                      const Fonts::Type1Font& font, bool embedded) {
-    nlohmann::json json;
-    json["inputs"] = {{"scan", leaf(options.trace.input)},
-                      {"font", leaf(options.font)},
-                      {"image", leaf(options.image)},
-                      {"imageFormat", content.averaged.format},
-                      {"cmykProfile", leaf(options.cmykProfile)}};
-    json["page"] = {{"width", layout.width}, {"height", layout.height}, {"unit", "pt"}};
-    json["scan"] = {{"width", content.scanWidth},
-                    {"height", content.scanHeight},
-                    {"outlines", content.scan.outlines.count()},
-                    {"points", content.scan.outlines.pointCount()}};
-    json["font"] = {{"name", font.getName()},
-                    {"embedded", embedded},
-                    {"characters", source.chars().size()},
-                    {"length1", font.getHeaderLength()},
-                    {"length2", font.getCharProcsLength()},
-                    {"length3", font.getZeroesLength()}};
-    json["pictures"] = {pictureReport("averaged", content.averaged),
-                        pictureReport("picked", content.picked),
-                        pictureReport("detail", content.detail)};
-    json["masks"] = nlohmann::json::array();
-    for (const Area& area : layout.inkPictures)
-        json["masks"].push_back({area.x, area.y, area.width, area.height});
-    for (const SwatchRow& row : content.rows) {
-        nlohmann::json swatches = nlohmann::json::array();
-        for (const Swatch& s : row.swatches)
-            swatches.push_back(
-                {{"rgb", {s.colour.r, s.colour.g, s.colour.b}}, {"numbers", s.numbers}});
-        json["swatches"].push_back({{"label", row.label}, {"colours", swatches}});
-    }
-    return json;
+// Throws where an output cannot be written, or may not be replaced.
+void checkOutputs(const MakeOptions& options) {
+    if (options.pdf.empty()) throw Failure("--output is required", kExitUsage);
+    std::vector<std::string> outputs;
+    for (const std::string& output : {options.pdf, options.ps, options.json})
+        if (!output.empty()) outputs.push_back(output);
+    for (const std::string& output : outputs) OutputFile::probe(output);
+    requirePermission(outputs, options.force);
 }
 
 int runMake(MakeOptions options, Console& console) {
     console.setQuiet(options.trace.quiet);
-    if (options.trace.input.empty()) options.trace.input = sampleFile("scan.tif");
-    if (options.image.empty()) options.image = sampleFile("picture.jpg");
-    if (options.cmykProfile.empty()) options.cmykProfile = sampleFile("FOGRA39L_coated.icc");
+    readOptions(options);
+    if (options.listChoices) {
+        std::fputs((options.intent.list() + options.unit.list()).c_str(), stdout);
+        return kExitDone;
+    }
+    checkOutputs(options);
 
     const OpenProfiles profiles(options);
     const TracedScan traced = traceScan(options.trace, console);
@@ -223,8 +199,9 @@ int runMake(MakeOptions options, Console& console) {
     const ProofLayout layout = layOut(content);
     const ProfileBytes press{fileBytes(options.cmykProfile),
                              Embedded::profileDescription(profiles.get().press), 4};
-    const std::optional<std::time_t> date = documentDate(
-        newest({options.trace.input, options.font, options.image, options.cmykProfile}));
+    const DocumentInfo info{options.title, options.author, "made from " + leaf(options.trace.input),
+                            documentDate(newest({options.trace.input, options.font, options.image,
+                                                 options.cmykProfile}))};
 
     // One font object holds one assembled form, so each form has its own.
     const auto font = source.build(source.name());
@@ -234,18 +211,18 @@ int runMake(MakeOptions options, Console& console) {
 
     std::vector<std::unique_ptr<OutputFile>> files;
     files.push_back(std::make_unique<OutputFile>(options.pdf));
-    pdf.write(content.title, "made from " + leaf(options.trace.input), date, *files.back());
+    pdf.write(info, *files.back());
     if (!options.ps.empty()) {
         const auto explicitFont = source.build(source.name() + "-Explicit");
         const auto hostFont = source.build(source.name() + "-Host");
         PsProof ps(layout.width, layout.height, source, *explicitFont, *hostFont);
         drawProof(content, source, ps);
         files.push_back(std::make_unique<OutputFile>(options.ps));
-        ps.write(content.title, date, *files.back());
+        ps.write(info, *files.back());
     }
     if (!options.json.empty()) {
         files.push_back(std::make_unique<OutputFile>(options.json));
-        files.back()->write(report(options, content, layout, source, *font, embed).dump(2) + "\n");
+        files.back()->write(report(options, content, layout, source, *font, embed));
     }
     for (const auto& file : files) file->commit();
     if (!options.trace.quiet)
@@ -272,27 +249,44 @@ void addMake(CLI::App& app, Command& chosen) {
     file("--image", options->image, "picture: JPEG, PNG or TIFF, RGB or CMYK");
     file("--cmyk-profile", options->cmykProfile, "ICC profile of the press");
     file("--rgb-profile", options->rgbProfile, "ICC profile of the screen; sRGB if not given");
-    const char* result = "The result";
+    const char* page = "The page";
+    const auto text = [&](const char* name, std::string& to, const char* kind, const char* help) {
+        make->add_option(name, to, help)->type_name(kind)->capture_default_str()->group(page);
+    };
+    text("--title", options->title, "TEXT", "heading of the page and title of the document");
+    text("--author", options->author, "TEXT", "author of the document");
+    text("--link", options->link, "PLACE",
+         "path or URL that the page's link leads to; the scan if not given, or none");
+    text("--intent", options->intentName, "NAME", "rendering intent of the colour links");
+    make->add_option("--seed", options->seed, "seed of the noise swatches")
+        ->type_name("N")
+        ->capture_default_str()
+        ->group(page);
     make->add_option("--unit", options->trace.unit, "unit of lengths")
         ->type_name("UNIT")
         ->capture_default_str()
-        ->group(result);
+        ->group(page);
     make->add_option("--width", options->width, "width of both pictures, side by side")
         ->type_name("LENGTH")
         ->capture_default_str()
-        ->group(result);
+        ->group(page);
     make->add_option("--picture-ppi", options->pictureResolution, "resolution of the pictures")
         ->type_name("PPI")
         ->capture_default_str()
-        ->group(result);
-    make->add_option("-o,--output", options->pdf, "PDF file to write")
-        ->required()
+        ->group(page);
+    const char* result = "The result";
+    make->add_option("-o,--output", options->pdf, "PDF file to write; required")
         ->type_name("FILE")
         ->group(result);
     make->add_option("--ps", options->ps, "PostScript file to write")
         ->type_name("FILE")
         ->group(result);
     make->add_option("--json", options->json, "report to write")->type_name("FILE")->group(result);
+    make->add_flag("--list-choices", options->listChoices,
+                   "print the names that --intent and --unit take, those chosen marked")
+        ->group(result);
+    make->add_flag("-f,--force", options->force, "replace older files without asking")
+        ->group(result);
     make->add_flag("-q,--quiet", options->trace.quiet, "say nothing unless something is wrong")
         ->group(result);
     make->final_callback([options, &chosen] {

@@ -4,14 +4,13 @@
 #ifndef SAMPLES_PROOF_MAKE_PDF_PROOF_H
 #define SAMPLES_PROOF_MAKE_PDF_PROOF_H
 
-#include <ctime>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "samples/proof/make/canvas.h"
 #include "samples/proof/make/font_source.h"
 #include "samples/proof/output_file.h"
+#include "samples/proof/pdf_document.h"
 
 namespace Proof {
 
@@ -34,10 +33,9 @@ class PdfProof : public Canvas {
     void drawText(double x, double y, double size, const std::string& text) override;
     void drawOutlines(double x, double y, const OutlinePage& page) override;
     void drawPicture(const Area& area, const Picture& picture) override;
+    void linkArea(const Area& area, const std::string& url) override;
 
-    /// Writes the file; keywords are shown in its information.
-    void write(const std::string& title, const std::string& source, std::optional<std::time_t> date,
-               OutputFile& file);
+    void write(const DocumentInfo& info, OutputFile& file);
 
  private:
     struct Image {
@@ -46,6 +44,15 @@ class PdfProof : public Canvas {
         std::string data;
     };
 
+    struct Link {
+        Area area;
+        std::string url;
+    };
+
+    QPDFObjectHandle imageStream(QPDF& pdf, const Image& image, QPDFObjectHandle profile) const;
+    QPDFObjectHandle annotations(QPDF& pdf) const;
+    QPDFObjectHandle outputIntent(QPDFObjectHandle profile) const;
+
     double mWidth, mHeight;
     const FontSource& mFont;
     const Fonts::Type1Font& mProgram;
@@ -53,6 +60,7 @@ class PdfProof : public Canvas {
     const ProfileBytes& mPress;
     std::string mContent;
     std::vector<Image> mImages;
+    std::vector<Link> mLinks;
 };
 
 }  // namespace Proof

@@ -11,9 +11,9 @@
 namespace Proof {
 
 /// Four bytes a pixel: cyan, magenta, yellow, black (255 is full ink), or red,
-/// green, blue and an unused 0.
+/// green, blue and an unused 0, or the same grey four times.
 struct Picture {
-    enum Space { Cmyk, Rgb };
+    enum Space { Cmyk, Rgb, Grey };
 
     std::string name;    // for the user
     std::string format;  // "JPEG, inverted inks"
@@ -21,7 +21,7 @@ struct Picture {
     int width = 0, height = 0;
     std::vector<std::uint32_t> pixels;
 
-    int channels() const { return space == Cmyk ? 4 : 3; }
+    int channels() const { return space == Cmyk ? 4 : space == Rgb ? 3 : 1; }
     const std::uint32_t* row(int y) const {
         return pixels.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
     }

@@ -12,6 +12,7 @@ constexpr double kPanelWidth = 432;
 constexpr double kTitleSize = 15, kNoteSize = 7.5, kCaptionSize = 6.5, kNumberSize = 4;
 constexpr double kSwatchHeight = 20;
 constexpr double kLabelBand = 20;  // below the scan, for its size
+constexpr Rgb kLinkColour = {0, 70, 160};
 
 double scanWidth(const ProofContent& c) { return c.scan.width / c.scan.xUnitsPerInch * 72; }
 double scanHeight(const ProofContent& c) { return c.scan.height / c.scan.yUnitsPerInch * 72; }
@@ -38,6 +39,15 @@ class Panel {
         mY -= size * 0.25;
     }
 
+    // A line that leads somewhere, underlined.
+    void linkedLine(double size, const std::string& text, const std::string& url) {
+        line(size, text);
+        if (!mCanvas || url.empty()) return;
+        const double width = mFont->widthOf(text) * size;
+        mCanvas->fillArea({mX, mY + size * 0.1, width, size * 0.05}, kLinkColour);
+        mCanvas->linkArea({mX, mY, width, size * 1.25}, url);
+    }
+
     Area picture(double dx, double width, const Picture& picture, const std::string& caption) {
         const Area area{mX + dx, mY - heightFor(picture, width), width, heightFor(picture, width)};
         if (mCanvas) {
@@ -48,24 +58,39 @@ class Panel {
     }
 
     void swatches(const SwatchRow& row, double width) {
-        line(kCaptionSize, row.label);
-        const double step =
-            width / static_cast<double>(std::max<std::size_t>(1, row.swatches.size()));
-        mY -= kSwatchHeight;
-        for (std::size_t i = 0; i < row.swatches.size() && mCanvas; ++i) {
-            const Area area{mX + static_cast<double>(i) * step, mY, step - 3, kSwatchHeight};
+        framed(row.label, width, row.swatches.size(), [&](const Area& area, std::size_t i) {
             mCanvas->fillArea(area, row.swatches[i].colour);
+            return row.swatches[i].numbers;
+        });
+    }
+
+    void noise(const ProofContent& content, double width) {
+        framed(content.noiseLabel, width, content.noise.size(),
+               [&](const Area& area, std::size_t i) {
+                   mCanvas->drawPicture(area, content.noise[i].picture);
+                   return content.noise[i].draw;
+               });
+    }
+
+ private:
+    // A row of framed areas under a label; fill gives each one's caption.
+    template <class Fill>
+    void framed(const std::string& label, double width, std::size_t count, Fill fill) {
+        line(kCaptionSize, label);
+        const double step = width / static_cast<double>(std::max<std::size_t>(1, count));
+        mY -= kSwatchHeight;
+        for (std::size_t i = 0; i < count && mCanvas; ++i) {
+            const Area area{mX + static_cast<double>(i) * step, mY, step - 3, kSwatchHeight};
+            const std::string caption = fill(area, i);
             mCanvas->frameArea(area);
-            // Numbers longer than their swatch are set smaller.
-            const std::string& numbers = row.swatches[i].numbers;
+            // Captions longer than their swatch are set smaller.
             const double size =
-                std::min(kNumberSize, (step - 3) / std::max(1.0, mFont->widthOf(numbers)));
-            mCanvas->drawText(area.x, mY - kNumberSize * 1.2, size, numbers);
+                std::min(kNumberSize, (step - 3) / std::max(1.0, mFont->widthOf(caption)));
+            mCanvas->drawText(area.x, mY - kNumberSize * 1.2, size, caption);
         }
         mY -= kNumberSize * 1.6;
     }
 
- private:
     double mX, mTop, mY;
     Canvas* mCanvas;
     const FontSource* mFont;
@@ -78,7 +103,8 @@ struct PicturePlaces {
 
 PicturePlaces drawPanel(const ProofContent& content, Panel& panel) {
     panel.line(kTitleSize, content.title);
-    for (const std::string& note : content.notes) panel.line(kNoteSize, note);
+    for (std::size_t i = 0; i < content.notes.size(); ++i)
+        panel.linkedLine(kNoteSize, content.notes[i], i == 0 ? content.link : "");
     panel.skip(6);
 
     PicturePlaces places;
@@ -90,6 +116,7 @@ PicturePlaces drawPanel(const ProofContent& content, Panel& panel) {
     panel.skip(places.detail.height + kCaptionSize * 2.6);
 
     for (const SwatchRow& row : content.rows) panel.swatches(row, panelWidth(content));
+    panel.noise(content, panelWidth(content));
     panel.skip(4);
     panel.line(kNoteSize, content.fontCaption);
     return places;
@@ -108,12 +135,13 @@ double panelX(const ProofContent& content) { return kMargin + scanWidth(content)
 
 std::string ProofContent::allText() const {
     std::string text = title + scanWidth + scanHeight + pictureCaption + pickedCaption +
-                       detailCaption + fontCaption + " \u00d7";
+                       detailCaption + fontCaption + noiseLabel + " \u00d7";
     for (const std::string& note : notes) text += note;
     for (const SwatchRow& row : rows) {
         text += row.label;
         for (const Swatch& swatch : row.swatches) text += swatch.numbers;
     }
+    for (const NoiseSwatch& swatch : noise) text += swatch.draw;
     return text;
 }
 

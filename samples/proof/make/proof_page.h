@@ -8,6 +8,7 @@
 
 #include "samples/proof/make/canvas.h"
 #include "samples/proof/make/font_source.h"
+#include "samples/proof/make/noise.h"
 #include "samples/proof/make/swatches.h"
 
 namespace Proof {
@@ -15,12 +16,15 @@ namespace Proof {
 struct ProofContent {
     std::string title;
     std::vector<std::string> notes;  // under the title
+    std::string link;                // URL to which the first note leads; empty for none
     OutlinePage scan;
     std::string scanWidth, scanHeight;  // with their unit
     Picture averaged, picked, detail;
     double pictureWidth = 0;  // points, of the two pictures and the gap together
     std::string pictureCaption, pickedCaption, detailCaption;
     std::vector<SwatchRow> rows;
+    std::string noiseLabel;
+    std::vector<NoiseSwatch> noise;
     std::string fontCaption;
 
     /// Every text that is drawn, for a font that has all its characters.

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "samples/proof/make/page_text.h"
+#include "samples/proof/pdf_text.h"
 #include "samples/proof/pdf_writer.h"
 
 namespace Proof {
@@ -35,6 +36,17 @@ std::string hostEncoding(const Fonts::Type1Font& font) {
     return text + "put\n";
 }
 
+std::string informationMark(const DocumentInfo& info) {
+    const std::pair<const char*, std::string> entries[] = {{"Title", info.title},
+                                                           {"Author", info.author},
+                                                           {"Subject", info.subject},
+                                                           {"Creator", "vaskel-proof"}};
+    std::string text = "[";
+    for (const auto& [key, value] : entries)
+        if (!value.empty()) text += std::string(" /") + key + " " + hex(pdfText(value)) + "\n";
+    return text + " /DOCINFO pdfmark\n";
+}
+
 constexpr const char* kProcedures =
     "%%BeginResource: procset VaskelProof 1.0 0\n"
     "/ProofDict 20 dict def ProofDict begin\n"
@@ -42,6 +54,7 @@ constexpr const char* kProcedures =
     "/re {4 2 roll moveto 1 index 0 rlineto 0 exch rlineto neg 0 rlineto closepath} bind def\n"
     "/tx {findfont exch scalefont setfont moveto show} bind def\n"
     "end\n"
+    "/pdfmark where {pop} {userdict /pdfmark /cleartomark load put} ifelse\n"
     "%%EndResource\n";
 
 }  // namespace
@@ -77,40 +90,48 @@ void PsProof::drawOutlines(double x, double y, const OutlinePage& page) {
 }
 
 void PsProof::drawPicture(const Area& area, const Picture& picture) {
-    const bool inks = picture.space == Picture::Cmyk;
+    const char* const decode[] = {"0 1 0 1 0 1 0 1", "0 1 0 1 0 1", "0 1"};
+    const char* const space[] = {"/DeviceCMYK", "/DeviceRGB", "/DeviceGray"};
     const std::string data = ascii85(samplesOf(picture));
     std::string image = "<< /ImageType 1 /Width " + std::to_string(picture.width) + " /Height " +
                         std::to_string(picture.height) + " /BitsPerComponent 8 /Decode [" +
-                        (inks ? "0 1 0 1 0 1 0 1" : "0 1 0 1 0 1") + "] /ImageMatrix [" +
-                        std::to_string(picture.width) + " 0 0 -" + std::to_string(picture.height) +
-                        " 0 " + std::to_string(picture.height) +
+                        decode[picture.space] + "] /ImageMatrix [" + std::to_string(picture.width) +
+                        " 0 0 -" + std::to_string(picture.height) + " 0 " +
+                        std::to_string(picture.height) +
                         "] /DataSource currentfile /ASCII85Decode filter >> image\n" + data;
     if (image.back() != '\n') image += '\n';
     mBody += "gsave " + numbers({area.x, area.y}) + "translate " +
-             numbers({area.width, area.height}) + "scale " + (inks ? "/DeviceCMYK" : "/DeviceRGB") +
+             numbers({area.width, area.height}) + "scale " + space[picture.space] +
              " setcolorspace\n";
     // Lines of a stream may begin with two percent signs: they are data.
     mBody += "%%BeginData: " + std::to_string(image.size()) + " ASCII Bytes\n" + image +
              "%%EndData\ngrestore\n";
 }
 
-void PsProof::write(const std::string& title, std::optional<std::time_t> date,
-                    OutputFile& file) const {
+void PsProof::linkArea(const Area& area, const std::string& url) {
+    mBody += "[ /Rect [" + numbers({area.x, area.y, area.x + area.width, area.y + area.height}) +
+             "] /Border [0 0 0]\n/Action << /Subtype /URI /URI " + hex(url) +
+             " >> /Subtype /Link /ANN pdfmark\n";
+}
+
+void PsProof::write(const DocumentInfo& info, OutputFile& file) const {
     char created[40] = "";
     std::tm parts{};
-    if (date && gmtime_r(&*date, &parts))
+    if (info.date && gmtime_r(&*info.date, &parts))
         std::strftime(created, sizeof created, "(%Y-%m-%d %H:%M:%S UTC)", &parts);
     const std::string box = std::to_string(static_cast<int>(std::ceil(mWidth))) + " " +
                             std::to_string(static_cast<int>(std::ceil(mHeight)));
     const std::string fonts = std::string("font ") + mWithEncoding.getName() + "\n%%+ font " +
                               mWithHostEncoding.getName();
-    file.write("%!PS-Adobe-3.0\n%%Title: " + commentText(title) + "\n%%Creator: (VaskelLib)\n");
+    file.write("%!PS-Adobe-3.0\n%%Title: " + commentText(info.title) +
+               "\n%%Creator: (VaskelLib)\n");
     if (created[0]) file.write(std::string("%%CreationDate: ") + created + "\n");
     file.write("%%LanguageLevel: 3\n%%DocumentData: Binary\n%%BoundingBox: 0 0 " + box +
                "\n%%HiResBoundingBox: 0 0 " + numbers({mWidth, mHeight}) +
                "\n%%Pages: 1\n%%DocumentSuppliedResources: procset VaskelProof 1.0 0\n%%+ " +
                fonts + "\n%%EndComments\n%%BeginProlog\n" + kProcedures +
                hostEncoding(mWithHostEncoding) + "%%EndProlog\n%%BeginSetup\n");
+    file.write(informationMark(info));
     file.write(resource(mWithEncoding, true));
     file.write(resource(mWithHostEncoding, false));
     file.write("%%EndSetup\n%%Page: 1 1\n%%BeginPageSetup\n<< /PageSize [" +

@@ -4,19 +4,21 @@
 #ifndef SAMPLES_PROOF_MAKE_PS_PROOF_H
 #define SAMPLES_PROOF_MAKE_PS_PROOF_H
 
-#include <ctime>
-#include <optional>
 #include <string>
 
 #include "samples/proof/make/canvas.h"
 #include "samples/proof/make/font_source.h"
 #include "samples/proof/output_file.h"
+#include "samples/proof/pdf_document.h"
 
 namespace Proof {
 
 /// The font comes as two resources: one spells its encoding out, the other looks
 /// it up in userdict as DravixEncoding, which the prolog defines. Texts take
 /// them in turns, so that both are seen to work.
+///
+/// Document information and links stand as pdfmark operators, which programs
+/// that make PDF of the file understand and others skip.
 class PsProof : public Canvas {
  public:
     PsProof(double width, double height, const FontSource& font,
@@ -27,8 +29,9 @@ class PsProof : public Canvas {
     void drawText(double x, double y, double size, const std::string& text) override;
     void drawOutlines(double x, double y, const OutlinePage& page) override;
     void drawPicture(const Area& area, const Picture& picture) override;
+    void linkArea(const Area& area, const std::string& url) override;
 
-    void write(const std::string& title, std::optional<std::time_t> date, OutputFile& file) const;
+    void write(const DocumentInfo& info, OutputFile& file) const;
 
  private:
     double mWidth, mHeight;

@@ -11,7 +11,6 @@
 namespace Proof {
 namespace {
 
-constexpr unsigned int kRelative = 1;  // media-relative colorimetric
 constexpr int kColumns = 8;
 
 struct Inks {
@@ -111,13 +110,13 @@ SwatchRow pressRow(void* press, void* screen) {
 // Screen to press and back: what the press can show of screen colours. The
 // chain makes the links and owns what it is given, so it gets profiles of its
 // own.
-SwatchRow roundTripRow(const Profiles& profiles) {
+SwatchRow roundTripRow(const Profiles& profiles, unsigned int intent) {
     const std::uint32_t rgb = Embedded::colourSpaceOf(profiles.screen);
     const std::uint32_t cmyk = Embedded::colourSpaceOf(profiles.press);
     Vaskel::colsynlnk chain;
-    chain.add(profiles.openScreen(), kRelative, rgb);
-    chain.add(profiles.openPress(), kRelative, cmyk);
-    chain.add(profiles.openScreen(), kRelative, rgb);
+    chain.add(profiles.openScreen(), intent, rgb);
+    chain.add(profiles.openPress(), intent, cmyk);
+    chain.add(profiles.openScreen(), intent, rgb);
     if (!chain.isvalid(rgb, rgb))
         throw Failure("the profiles make no chain: " + Embedded::lastProfileError());
     std::vector<unsigned char> pixels;
@@ -182,13 +181,14 @@ std::vector<SwatchRow> blackRows() {
 
 }  // namespace
 
-std::vector<SwatchRow> swatchRows(const Profiles& profiles) {
-    LibICCProfile::SetProfileRenderingIntent(profiles.press, kRelative);
-    LibICCProfile::SetProfileRenderingIntent(profiles.screen, kRelative);
+std::vector<SwatchRow> swatchRows(const Profiles& profiles, int intent) {
+    const auto number = static_cast<unsigned int>(intent);
+    LibICCProfile::SetProfileRenderingIntent(profiles.press, number);
+    LibICCProfile::SetProfileRenderingIntent(profiles.screen, number);
     std::vector<SwatchRow> rows = modelRows();
     rows.push_back(pressRow(profiles.press, profiles.screen));
     rows.push_back(screenRow());
-    rows.push_back(roundTripRow(profiles));
+    rows.push_back(roundTripRow(profiles, number));
     for (SwatchRow& row : rampRows()) rows.push_back(std::move(row));
     for (SwatchRow& row : blackRows()) rows.push_back(std::move(row));
     return rows;

@@ -30,8 +30,9 @@ struct Profiles {
     std::function<void*()> openPress, openScreen;
 };
 
-/// All rows of the proof. Throws Failure where the profiles do not fit.
-std::vector<SwatchRow> swatchRows(const Profiles& profiles);
+/// All rows of the proof, with a rendering intent of ICC.1 (0 to 3) in the
+/// links. Throws Failure where the profiles do not fit.
+std::vector<SwatchRow> swatchRows(const Profiles& profiles, int intent);
 
 }  // namespace Proof
 
