@@ -110,7 +110,7 @@ VASKEL_AVX2 std::size_t wholeCells(const DownsampleCells& cells, const PackedRul
     const __m256i multiplier = _mm256_set1_epi16(static_cast<short>(rule.multiplier));
     const __m128i shift = _mm_cvtsi32_si128(rule.shift);
     const std::size_t period = pattern.period, bytes = 4 * pattern.pixels;
-    const auto takePeriod = [&, sums, out ](const unsigned char* from, std::size_t place)
+    const auto takePeriod = [&](const unsigned char* from, std::size_t place)
         __attribute__((target("avx2"), always_inline)) {
         _mm_prefetch(from + kAhead, _MM_HINT_T0);
         for (std::size_t k = 0; k < period; k += 4, place += 16) {
