@@ -100,13 +100,15 @@ constexpr InkRunForm kForms[] = {
     {"table", inkRunTable},
 #if defined(__x86_64__)
     {"avx2", inkRunAvx2},
+    {"avx512", inkRunAvx512},
 #endif
 };
 
 std::size_t usableForms() {
 #if defined(__x86_64__)
     if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma"))
-        return std::size(kForms) - 1;
+        return std::size(kForms) - 2;
+    if (!__builtin_cpu_supports("avx512f")) return std::size(kForms) - 1;
 #endif
     return std::size(kForms);
 }

@@ -21,9 +21,13 @@ void inkRunTable(unsigned char* pixels, int count);
 /// and pixels that lie within it of a half go through the table form.
 void inkRunAvx2(unsigned char* pixels, int count);
 
-/// How many of count pixels' groups inkRunAvx2 hands to the table form, without
-/// changing pixels.
+/// How many of count pixels inkRunAvx2 hands to the table form, without changing
+/// them; those behind the last group of eight are not counted.
 int inkRunAvx2Declines(const unsigned char* pixels, int count);
+
+/// The same with sixteen pixels at a time.
+void inkRunAvx512(unsigned char* pixels, int count);
+int inkRunAvx512Declines(const unsigned char* pixels, int count);
 #endif
 
 struct InkRunForm {

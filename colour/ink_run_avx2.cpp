@@ -1,16 +1,4 @@
-// The wide form of ink runs.
-//
-// A channel is 255 times four factors 1 - (255 - ink) / 65025 * amount, here
-// times 2^15, so that its integer part holds the byte and 15 bits behind the
-// point. In units of 2^-24 of the whole scale the error is at most
-//
-//   2      for 255 * 2^15 times the first factor: its coefficient and its sum
-//   3 * 1.5  for the other factors: the coefficient, and a sum below 1
-//   3      for the three products
-//
-// 9.5 together, or 4.8 of the integer's units, and half a unit for the
-// conversion. What lies 8 units or less from a half is left to the table form,
-// whose own error, in double precision, is far below one unit.
+// The wide form of ink runs, eight pixels at a time.
 
 #if defined(__x86_64__)
 
@@ -19,6 +7,7 @@
 #include <algorithm>
 
 #include "colour/ink_run.h"
+#include "colour/ink_run_float.h"
 
 #define VASKEL_AVX2 __attribute__((target("avx2,fma")))
 #define VASKEL_AVX2_INLINE __attribute__((target("avx2,fma"), always_inline)) inline
@@ -26,55 +15,49 @@
 namespace Vaskel {
 namespace {
 
-constexpr int kBits = 15;
-constexpr int kHalf = 1 << (kBits - 1);
-constexpr int kGuard = 8;
-constexpr float kScale = 255 << kBits;  // below 2^24
+using namespace InkRunFloat;
 
 struct Inks {
-    __m256 cyan, magenta, yellow, black;
+    __m256 cyan, magenta, yellow, black;  // times 1, 2^8, 2^16 and 1
 };
 
-constexpr float coefficient(int inkColour) {
-    return static_cast<float>((255 - inkColour) / 65025.0);
-}
-constexpr float scaledCoefficient(int inkColour) {
-    return static_cast<float>((255 - inkColour) / 65025.0 * kScale);
-}
-
-VASKEL_AVX2_INLINE __m256 factor(__m256 amount, int inkColour) {
-    return _mm256_fnmadd_ps(amount, _mm256_set1_ps(coefficient(inkColour)), _mm256_set1_ps(1));
+// 1 - (255 - ink) / 65025 * amount, for amounts that are scale times as large.
+VASKEL_AVX2_INLINE __m256 factor(__m256 amount, int inkColour, int scale) {
+    return _mm256_fnmadd_ps(amount, _mm256_set1_ps(coefficient(inkColour, 1.0 / scale)),
+                            _mm256_set1_ps(1));
 }
 
-// The channel in 15 bits behind the point, half and guard added.
-VASKEL_AVX2_INLINE __m256i channel(const Inks& inks, int cyan, int magenta, int yellow, int black) {
-    const __m256 first = _mm256_fnmadd_ps(inks.cyan, _mm256_set1_ps(scaledCoefficient(cyan)),
-                                          _mm256_set1_ps(kScale));
-    const __m256 light =
-        _mm256_mul_ps(_mm256_mul_ps(first, factor(inks.magenta, magenta)),
-                      _mm256_mul_ps(factor(inks.yellow, yellow), factor(inks.black, black)));
-    return _mm256_add_epi32(_mm256_cvtps_epi32(light), _mm256_set1_epi32(kHalf + kGuard));
+// A channel as the bits of a float from 256 on; blackFactor is the black ink's.
+VASKEL_AVX2_INLINE __m256i channel(const Inks& inks, int cyan, int magenta, int yellow,
+                                   __m256 blackFactor) {
+    const __m256 first =
+        _mm256_fnmadd_ps(inks.cyan, _mm256_set1_ps(coefficient(cyan, 255)), _mm256_set1_ps(255));
+    const __m256 light = _mm256_fmadd_ps(
+        _mm256_mul_ps(first, factor(inks.magenta, magenta, 1 << 8)),
+        _mm256_mul_ps(factor(inks.yellow, yellow, 1 << 16), blackFactor), _mm256_set1_ps(kOffset));
+    return _mm256_castps_si256(light);
 }
 
-VASKEL_AVX2_INLINE __m256 amounts(__m256i pixels, int shift) {
-    return _mm256_cvtepi32_ps(
-        _mm256_and_si256(_mm256_srli_epi32(pixels, shift), _mm256_set1_epi32(255)));
+VASKEL_AVX2_INLINE __m256 amounts(__m256i pixels, int mask) {
+    return _mm256_cvtepi32_ps(_mm256_and_si256(pixels, _mm256_set1_epi32(mask)));
 }
 
-// The results of eight pixels; close has a bit set where one is open.
-VASKEL_AVX2_INLINE __m256i eightPixels(__m256i pixels, int& close) {
-    const Inks inks = {amounts(pixels, 0), amounts(pixels, 8), amounts(pixels, 16),
-                       amounts(pixels, 24)};
-    const __m256i red = channel(inks, 0, 194, 245, 31);
-    const __m256i green = channel(inks, 143, 0, 227, 31);
-    const __m256i blue = channel(inks, 219, 89, 0, 33);
-    const __m256i rest = _mm256_set1_epi32((1 << kBits) - 1);
+// The results of eight pixels; open has a bit set for each of them that is open.
+VASKEL_AVX2_INLINE __m256i eightPixels(__m256i pixels, unsigned& open) {
+    const Inks inks = {amounts(pixels, 0xFF), amounts(pixels, 0xFF00), amounts(pixels, 0xFF0000),
+                       _mm256_cvtepi32_ps(_mm256_srli_epi32(pixels, 24))};
+    const __m256 black = factor(inks.black, 31, 1);
+    const __m256i red = channel(inks, 0, 194, 245, black);
+    const __m256i green = channel(inks, 143, 0, 227, black);
+    const __m256i blue = channel(inks, 219, 89, 0, factor(inks.black, 33, 1));
+    const __m256i rest = _mm256_set1_epi32(kOpenBits);
     const __m256i least = _mm256_min_epi32(
         _mm256_and_si256(red, rest),
         _mm256_min_epi32(_mm256_and_si256(green, rest), _mm256_and_si256(blue, rest)));
-    close = _mm256_movemask_epi8(_mm256_cmpgt_epi32(_mm256_set1_epi32(2 * kGuard + 1), least));
+    const __m256i isOpen = _mm256_cmpeq_epi32(least, _mm256_setzero_si256());
+    open = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(isOpen)));
     return _mm256_or_si256(
-        _mm256_srli_epi32(blue, kBits),
+        _mm256_and_si256(_mm256_srli_epi32(blue, kBits), _mm256_set1_epi32(0xFF)),
         _mm256_or_si256(
             _mm256_and_si256(_mm256_srli_epi32(green, kBits - 8), _mm256_set1_epi32(0xFF00)),
             _mm256_and_si256(_mm256_slli_epi32(red, 16 - kBits), _mm256_set1_epi32(0xFF0000))));
@@ -89,12 +72,15 @@ VASKEL_AVX2_INLINE __m256i load8(const unsigned char* pixels) {
 VASKEL_AVX2 void inkRunAvx2(unsigned char* pixels, int count) {
     int left = std::max(count, 0);
     for (; left >= 8; left -= 8, pixels += 32) {
-        int close;
-        const __m256i result = eightPixels(load8(pixels), close);
-        if (__builtin_expect(close != 0, 0))
-            inkRunTable(pixels, 8);
-        else
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels), result);
+        _mm_prefetch(pixels + kAhead, _MM_HINT_T0);
+        unsigned open;
+        const __m256i inks = load8(pixels);
+        const __m256i result = eightPixels(inks, open);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(pixels), result);
+        if (__builtin_expect(open == 0, 1)) continue;
+        unsigned char before[32];
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(before), inks);
+        finishOpen(pixels, before, open);
     }
     inkRunTable(pixels, left);
 }
@@ -102,9 +88,9 @@ VASKEL_AVX2 void inkRunAvx2(unsigned char* pixels, int count) {
 VASKEL_AVX2 int inkRunAvx2Declines(const unsigned char* pixels, int count) {
     int declines = 0;
     for (int left = count; left >= 8; left -= 8, pixels += 32) {
-        int close;
-        eightPixels(load8(pixels), close);
-        declines += close != 0;
+        unsigned open;
+        eightPixels(load8(pixels), open);
+        declines += __builtin_popcount(open);
     }
     return declines;
 }
