@@ -161,7 +161,7 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
 
 }  // namespace
 
-const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2};
+const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2, splitLineAvx2};
 
 }  // namespace Vaskel
 

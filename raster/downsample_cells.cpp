@@ -204,8 +204,8 @@ std::atomic<const DownsampleForm*> gForced{nullptr};
 
 }  // namespace
 
-const DownsampleForm kDownsamplePlain = {"plain", accumulatePlain, meansPlain, nullptr};
-const DownsampleForm kDownsampleTable = {"table", accumulateTable, meansPlain, nullptr};
+const DownsampleForm kDownsamplePlain = {"plain", accumulatePlain, meansPlain, nullptr, nullptr};
+const DownsampleForm kDownsampleTable = {"table", accumulateTable, meansPlain, nullptr, nullptr};
 
 std::size_t wholePeriods(const DownsampleCells& cells, std::size_t bytesPerPixel,
                          std::size_t reach) {

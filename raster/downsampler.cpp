@@ -40,7 +40,8 @@ constexpr double kExactIntegers = 16777216;  // 2^24
 /// share both.
 struct DownsampleSums {
     std::vector<float> values;
-    std::size_t used = 0;  // all values behind are 0
+    std::vector<float> next;  // of the output line after this one, while a line is split
+    std::size_t used = 0;     // all values behind are 0
 
     // While the lines are exact, sums may be held packed: values are all 0 then.
     PackedRule rule;
@@ -57,7 +58,7 @@ struct DownsampleSums {
 
     // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
     DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
-        : values(count), rule(cells, factorDown), factorY(factorDown) {
+        : values(count), next(count), rule(cells, factorDown), factorY(factorDown) {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) return;
@@ -147,18 +148,34 @@ struct DownsamplerInside {
             outputWidth(d) * static_cast<std::size_t>(channels), d.mLine.get());
     }
 
-    // The bytes of an output line, with its last line of input.
+    // The line completes an output line, whose bytes are made, and begins the
+    // next one with the rest.
     static void complete(downsampler& d, const unsigned char* line, int channels, double weight) {
         DownsampleSums& sums = *d.mSums;
         const DownsampleForm& form = chosenDownsampleForm();
+        const double rest = 1 - weight;
         if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
             form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, weight),
                                 sums.packed.data(), d.mLine.get());
+        } else if (form.split && channels == 4 && weight >= 0 && weight < 1 &&
+                   sums.weightWith(weight) > sums.exactWeight) {
+            sums.unpack();
+            sums.add(weight);
+            form.split(*d.mCells, {line, weight, rest}, sums.values.data(), sums.next.data());
+            makeBytes(d, channels);
+            // All sums in use are written by the next split line.
+            sums.values.swap(sums.next);
+            sums.weight = 0;
+            sums.add(rest);
+            sums.held = sums.kFloats;
+            sums.used = 4 * (outputWidth(d) + 1);
+            return;
         } else {
             accumulate(d, line, channels, weight);
             makeBytes(d, channels);
         }
         sums.clear();
+        if (rest != 0) accumulate(d, line, channels, rest);
     }
 
     static void pickLine(downsampler& d, const unsigned int* line) {
@@ -188,11 +205,8 @@ struct DownsamplerInside {
             accumulate(d, bytes, channels, 1);
             return;
         }
-        // The line completes an output line and begins the next one with the
-        // rest. get takes the completed lines off the row count.
-        const double weight = 1 - (d.mRow - d.mFactorY);
-        complete(d, bytes, channels, weight);
-        if (1 - weight != 0) accumulate(d, bytes, channels, 1 - weight);
+        // get takes the completed lines off the row count.
+        complete(d, bytes, channels, 1 - (d.mRow - d.mFactorY));
     }
 
     // The low bytes of the picked slots.

@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,6 +64,54 @@ TEST_CASE("downsampler cells: every form gives the plain form's sums") {
         }
     }
     CHECK(exactLines > 1000);
+}
+
+// Weights and sums of every size that comes up, so that roundings fall on both
+// sides of halves, on them, and across powers of two.
+TEST_CASE("downsampler cells: split lines give both lines' sums, bit for bit") {
+    std::mt19937 engine(29);
+    const auto random = [&] { return static_cast<std::uint32_t>(engine()); };
+    int forms = 0;
+    for (const DownsampleForm* form : downsampleForms()) {
+        if (!form->split) continue;
+        ++forms;
+        CAPTURE(std::string(form->name));
+        for (int round = 0; round < 4000; ++round) {
+            const std::uint32_t width = 1 + random() % 90;
+            const double n = 1 + random() % width;
+            const DownsampleCells cells(width / n, width);
+            const double weights[] = {0,
+                                      0.5,
+                                      0.25 + 1.0 / 16777216,
+                                      1e-16,
+                                      1 - 1.0 / 9007199254740992,
+                                      1.0 / 3,
+                                      (random() % 4096) / 4096.0,
+                                      random() / 4294967296.0,
+                                      random() / 4294967296.0 / 65536};
+            const double weight = weights[round % 9];
+            const std::size_t count = 4 * (cells.ends.size() + 1);
+            std::vector<float> done(count), next(count), wantNext(count);
+            for (float& sum : done) {
+                const double large = std::ldexp(random() / 4294967296.0, random() % 16);
+                sum = round % 3 ? static_cast<float>(large) : static_cast<float>(random() % 5000);
+                if (random() % 8 == 0) sum = 0;
+            }
+            for (float& sum : next) sum = -7;  // whatever it holds
+            std::vector<float> wantDone = done;
+            GuardedBytes pixels(4 * std::size_t{width});
+            for (std::size_t i = 0; i < pixels.size(); ++i)
+                pixels[i] = static_cast<unsigned char>(round % 5 ? random() : random() % 2 * 255);
+            kDownsamplePlain.accumulate(cells, {pixels.data(), 4, weight, false}, wantDone.data());
+            kDownsamplePlain.accumulate(cells, {pixels.data(), 4, 1 - weight, false},
+                                        wantNext.data());
+            form->split(cells, {pixels.data(), weight, 1 - weight}, done.data(), next.data());
+            CAPTURE(round);
+            REQUIRE(std::memcmp(done.data(), wantDone.data(), 4 * count) == 0);
+            REQUIRE(std::memcmp(next.data(), wantNext.data(), 4 * count) == 0);
+        }
+    }
+    CHECK(forms == (downsampleForms().size() > 2 ? 1 : 0));
 }
 
 }  // namespace

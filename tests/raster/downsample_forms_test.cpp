@@ -28,7 +28,7 @@ struct ForcedForm {
 
 // Passes on to another form and counts lines, so that a test sees what ran.
 const DownsampleForm* gRecorded = nullptr;
-int gLines = 0, gExactLines = 0, gPackedLines = 0;
+int gLines = 0, gExactLines = 0, gPackedLines = 0, gSplitLines = 0;
 const PackedForm kRecordingPacked = {
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums) {
@@ -55,12 +55,18 @@ DownsampleForm gRecording = {
     [](const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out) {
         gRecorded->means(rule, sums, count, out);
     },
-    nullptr};
+    nullptr, nullptr};
+
+void recordSplit(const DownsampleCells& cells, const SplitLine& line, float* done, float* next) {
+    ++gSplitLines;
+    gRecorded->split(cells, line, done, next);
+}
 
 void record(const DownsampleForm* form) {
     gRecorded = form;
     gRecording.packed = form->packed ? &kRecordingPacked : nullptr;
-    gLines = gExactLines = gPackedLines = 0;
+    gRecording.split = form->split ? recordSplit : nullptr;
+    gLines = gExactLines = gPackedLines = gSplitLines = 0;
 }
 
 struct Image {
@@ -74,7 +80,7 @@ struct Image {
 template <class Unit>
 std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, unsigned seed,
                                int* exactLines = nullptr, int* inOrderLines = nullptr,
-                               int* packedLines = nullptr) {
+                               int* packedLines = nullptr, int* splitLines = nullptr) {
     const ForcedForm forced(&gRecording);
     record(form);
     downsampler sampler(image.factor, 1, image.width, image.height);
@@ -99,10 +105,12 @@ std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, u
     }
     sampler.getlastline(reinterpret_cast<Unit*>(out.data()));
     take();
-    if (image.filtering) CHECK(gLines + gPackedLines >= static_cast<int>(image.height));
+    if (image.filtering)
+        CHECK(gLines + gPackedLines + gSplitLines >= static_cast<int>(image.height));
     if (exactLines) *exactLines += gExactLines;
     if (inOrderLines) *inOrderLines += gLines - gExactLines;
     if (packedLines) *packedLines += gPackedLines;
+    if (splitLines) *splitLines += gSplitLines;
     return all;
 }
 
@@ -125,7 +133,7 @@ std::vector<Image> images() {
 }  // namespace
 
 TEST_CASE("downsampler: every form gives the plain form's bytes") {
-    int exact = 0, inOrder = 0, packed = 0;
+    int exact = 0, inOrder = 0, packed = 0, split = 0;
     for (const Image& image : images()) {
         CAPTURE(image.factor);
         CAPTURE(image.width);
@@ -136,12 +144,14 @@ TEST_CASE("downsampler: every form gives the plain form's bytes") {
         for (const DownsampleForm* form : downsampleForms().subspan(1)) {
             CAPTURE(std::string(form->name));
             CHECK(run<unsigned char>(image, form, seed, &exact, &inOrder) == bytes);
-            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder, &packed) == pixels);
+            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder, &packed, &split) ==
+                  pixels);
         }
     }
     CHECK(exact > 1000);
     CHECK(inOrder > 1000);
     if (downsampleForms().back()->packed) CHECK(packed > 500);
+    if (downsampleForms().back()->split) CHECK(split > 500);
 }
 
 TEST_CASE("downsampler: random sizes and factors, every form") {
