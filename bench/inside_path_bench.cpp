@@ -3,7 +3,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <random>
+#include <string>
+#include <vector>
 
 #include "bench/support/peers.h"
 #include "bench/support/polygons.h"
@@ -13,18 +16,26 @@ namespace {
 
 using namespace Bench;
 
-std::vector<Vertex> questions() {
+// Points at random within the polygon's box.
+std::vector<Vertex> questionsAbout(const Polygon& polygon) {
+    Pemmit::Box box;
+    for (const Vertex& v : polygon) {
+        box.minX = std::min(box.minX, v.x);
+        box.minY = std::min(box.minY, v.y);
+        box.maxX = std::max(box.maxX, v.x);
+        box.maxY = std::max(box.maxY, v.y);
+    }
     std::mt19937 random(5);
-    std::uniform_int_distribution<int> any(-(1 << 24), 1 << 24);
+    std::uniform_int_distribution<int> x(box.minX, box.maxX), y(box.minY, box.maxY);
     std::vector<Vertex> points(1024);
-    for (Vertex& p : points) p = {any(random), any(random)};
+    for (Vertex& p : points) p = {x(random), y(random)};
     return points;
 }
 
 // Asks one question an iteration, all of them in turn.
 template <class Ask>
-void ask(benchmark::State& state, Ask inside) {
-    const std::vector<Vertex> points = questions();
+void ask(benchmark::State& state, const Polygon& polygon, Ask inside) {
+    const std::vector<Vertex> points = questionsAbout(polygon);
     std::size_t i = 0;
     for (auto _ : state) {
         const Vertex& p = points[i++ % points.size()];
@@ -45,38 +56,45 @@ void registerAll() {
         const std::string many = std::string("preparedPath_") + shape.name;
         const auto sized = [](auto* bench) { bench->RangeMultiplier(10)->Range(1000, 1000000); };
         sized(RegisterBenchmark((one + "/vaskel").c_str(), [shape](State& state) {
-            const DocumentPath path(made(state, shape));
-            ask(state, [&](int x, int y) { return Vaskel::insidePath(x, y, path.get()); });
+            const Polygon outline = made(state, shape);
+            const DocumentPath path(outline);
+            ask(state, outline, [&](int x, int y) { return Vaskel::insidePath(x, y, path.get()); });
         }));
         sized(RegisterBenchmark((one + "/boost").c_str(), [shape](State& state) {
-            const BoostPolygon polygon(made(state, shape));
-            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+            const Polygon outline = made(state, shape);
+            const BoostPolygon polygon(outline);
+            ask(state, outline, [&](int x, int y) { return polygon.covers(x, y); });
         }));
 #if VASKEL_BENCH_CGAL
         sized(RegisterBenchmark((one + "/cgal").c_str(), [shape](State& state) {
-            const CgalPolygon polygon(made(state, shape));
-            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+            const Polygon outline = made(state, shape);
+            const CgalPolygon polygon(outline);
+            ask(state, outline, [&](int x, int y) { return polygon.covers(x, y); });
         }));
 #endif
 #if VASKEL_BENCH_OPENCV
         sized(RegisterBenchmark((one + "/opencv").c_str(), [shape](State& state) {
-            const OpencvPolygon polygon(made(state, shape));
-            ask(state, [&](int x, int y) { return polygon.covers(x, y); });
+            const Polygon outline = made(state, shape);
+            const OpencvPolygon polygon(outline);
+            ask(state, outline, [&](int x, int y) { return polygon.covers(x, y); });
         }));
 #endif
         sized(RegisterBenchmark((many + "/vaskel").c_str(), [shape](State& state) {
-            const DocumentPath path(made(state, shape));
+            const Polygon outline = made(state, shape);
+            const DocumentPath path(outline);
             const Vaskel::preparedPath prepared(path.get());
-            ask(state, [&](int x, int y) { return prepared.inside(x, y); });
+            ask(state, outline, [&](int x, int y) { return prepared.inside(x, y); });
         }));
 #if VASKEL_BENCH_GEOS
         sized(RegisterBenchmark((many + "/geos_prepared").c_str(), [shape](State& state) {
-            const GeosPolygon polygon(made(state, shape));
-            ask(state, [&](int x, int y) { return polygon.preparedCovers(x, y); });
+            const Polygon outline = made(state, shape);
+            const GeosPolygon polygon(outline);
+            ask(state, outline, [&](int x, int y) { return polygon.preparedCovers(x, y); });
         }));
 #endif
         sized(RegisterBenchmark((many + "_build/vaskel").c_str(), [shape](State& state) {
-            const DocumentPath path(made(state, shape));
+            const Polygon outline = made(state, shape);
+            const DocumentPath path(outline);
             for (auto _ : state)
                 benchmark::DoNotOptimize(Vaskel::preparedPath(path.get()).inside(0, 0));
         }));

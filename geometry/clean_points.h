@@ -3,10 +3,11 @@
 #ifndef GEOMETRY_CLEAN_POINTS_H
 #define GEOMETRY_CLEAN_POINTS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/pemmit.h"
+#include "geometry/point_runs.h"
 
 namespace Vaskel {
 
@@ -25,13 +26,39 @@ class WalkedPoints {
     /// Reads the next batch.
     void refill() {
         mCount = 0;
-        while (mCount < kBatch && mWalk.scanex(&mX[mCount], &mY[mCount]) >= 0) ++mCount;
+        while (mCount < kBatch) {
+            if (mTaken == mRun.count) {
+                mTaken = 0;
+                if (!mWalk.next(mRun)) {
+                    mRun.count = 0;
+                    break;
+                }
+            }
+            const auto left = static_cast<std::size_t>(mRun.count - mTaken);
+            const auto count = static_cast<int>(std::min(left, kBatch - mCount));
+            if (mRun.step > 0)
+                take<1>(mRun.first + mTaken, count);
+            else
+                take<-1>(mRun.first - mTaken, count);
+            mTaken += count;
+            mCount += static_cast<std::size_t>(count);
+        }
     }
 
  private:
     static constexpr std::size_t kBatch = 256;
 
-    Pemmit::scan mWalk;
+    template <int step>
+    void take(const WalkPoint* from, int count) {
+        for (std::ptrdiff_t i = 0; i < count; ++i) {
+            mX[mCount + static_cast<std::size_t>(i)] = from[i * step].x;
+            mY[mCount + static_cast<std::size_t>(i)] = from[i * step].y;
+        }
+    }
+
+    RunWalk mWalk;
+    PointRun mRun{nullptr, 1, 0};
+    int mTaken = 0;  // points of the run
     std::size_t mCount;
     std::int32_t mX[kBatch], mY[kBatch];
 };

@@ -1,7 +1,9 @@
 // Point in path: a vertical ray from the point towards decreasing y, and an
 // inside flag that every crossed edge flips.
 
+#include "geometry/edge_run.h"
 #include "geometry/edge_test.h"
+#include "geometry/point_runs.h"
 #include "platform/pemmit.h"
 #include "vaskel/geometry.h"
 
@@ -21,18 +23,19 @@ bool endsLieOnBothSides(int x, const Pemmit::Object* contour) {
 }
 
 // Flips inside at every crossing; true when the point lies on an edge.
-bool walkContour(int x, int y, const Pemmit::Object* contour, bool& inside) {
-    Pemmit::scan walk(contour, 0, -1);
-    int px = 0, py = 0, cx = 0, cy = 0;
-    if (walk.scanex(&px, &py) < 0) return false;
-    while (walk.scanex(&cx, &cy) >= 0) {
-        const EdgeAnswer answer = testEdge(x, y, px, py, cx, cy);
-        if (answer == EdgeAnswer::kHoldsPoint) return true;
-        if (answer == EdgeAnswer::kCrosses) inside = !inside;
-        px = cx;
-        py = cy;
+bool walkContour(int x, int y, const Pemmit::Object* contour, const EdgeRunForm& edges,
+                 bool& inside) {
+    RunWalk walk(contour, 0, -1);
+    PointRun run;
+    if (!walk.next(run)) return false;
+    for (;;) {
+        if (edges.run(x, y, run, inside)) return true;
+        const WalkPoint last = run[run.count - 1];
+        if (!walk.next(run)) return false;
+        const EdgeAnswer between = testEdge(x, y, last.x, last.y, run[0].x, run[0].y);
+        if (between == EdgeAnswer::kHoldsPoint) return true;
+        if (between == EdgeAnswer::kCrosses) inside = !inside;
     }
-    return false;
 }
 
 }  // namespace
@@ -42,6 +45,7 @@ bool insidePath(int x, int y, const Pemmit::Path* path) {
     const Pemmit::Box& box = path->box;
     if (x < box.minX || x > box.maxX || y < box.minY || y > box.maxY) return false;
 
+    const EdgeRunForm& edges = chosenEdgeRunForm();
     bool inside = false;
     Pemmit::queryseq contours;
     const Pemmit::Object* contour = contours.quebeg(path, nullptr);
@@ -54,7 +58,7 @@ bool insidePath(int x, int y, const Pemmit::Path* path) {
         if (y > own.maxY) {
             if (endsLieOnBothSides(x, contour)) inside = !inside;
         } else if (y >= own.minY) {
-            if (walkContour(x, y, contour, inside)) return true;
+            if (walkContour(x, y, contour, edges, inside)) return true;
         }
     }
     return inside;

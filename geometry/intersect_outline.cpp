@@ -1,11 +1,18 @@
 #include "geometry/intersect_outline.h"
 
+#include "geometry/point_runs.h"
+
 namespace Vaskel::Intersect {
 
 void WalkedOutline::add(const Pemmit::Object* path) {
     const auto begin = static_cast<Index>(points.size());
-    Pemmit::scan walk(path, 0, -1);
-    for (int x, y; walk.scanex(&x, &y) >= 0;) points.push_back(packed(x, y));
+    RunWalk walk(path, 0, -1);
+    for (PointRun run; walk.next(run);) {
+        const std::size_t before = points.size();
+        points.resize(before + static_cast<std::size_t>(run.count));
+        for (int i = 0; i < run.count; ++i)
+            points[before + static_cast<std::size_t>(i)] = packed(run[i].x, run[i].y);
+    }
     auto end = static_cast<Index>(points.size());
     bool closed = false;
     if (end - begin == 1) {

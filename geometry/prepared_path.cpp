@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "geometry/edge_test.h"
+#include "geometry/point_runs.h"
 #include "vaskel/geometry.h"
 
 namespace Vaskel {
@@ -103,10 +104,18 @@ preparedPath::Index::Index(const Pemmit::Path* path) {
 }
 
 void preparedPath::Index::collect(const Pemmit::Object* contour) {
-    Pemmit::scan walk(contour, 0, -1);
-    int px = 0, py = 0, cx = 0, cy = 0;
-    if (walk.scanex(&px, &py) < 0) return;
-    for (; walk.scanex(&cx, &cy) >= 0; px = cx, py = cy) addEdge(px, py, cx, cy);
+    RunWalk walk(contour, 0, -1);
+    PointRun run;
+    if (!walk.next(run)) return;
+    WalkPoint last = run[0];
+    int begin = 1;
+    do {
+        for (int i = begin; i < run.count; ++i) {
+            addEdge(last.x, last.y, run[i].x, run[i].y);
+            last = run[i];
+        }
+        begin = 0;
+    } while (walk.next(run));
 }
 
 void preparedPath::Index::addEdge(int px, int py, int cx, int cy) {

@@ -9,4 +9,8 @@
 
 #define PLATFORM_API __attribute__((visibility("default")))
 
+// Marks what a host may leave out. Where it does, the address is null, and the
+// engines do without.
+#define PLATFORM_OPTIONAL __attribute__((weak))
+
 #endif

@@ -6,6 +6,8 @@
 
 #include "platform/pemmit/walk.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <new>
 #include <type_traits>
@@ -114,6 +116,17 @@ int scan::scanex(int* x, int* y) {
     walk.at += walk.step;
     --walk.left;
     return 0;
+}
+
+int scan::scarun(scan* walk, const PointBase<int>** points, int* step) {
+    Walk& state = *walkIn(walk->mHost);
+    if (state.left == 0 && !nextRun(state)) return -1;
+    const int count = static_cast<int>(std::min<std::int64_t>(state.left, INT_MAX));
+    *points = state.at;
+    *step = static_cast<int>(state.step);
+    state.at += state.step * count;
+    state.left -= count;
+    return count;
 }
 
 void scan::scaend() { *walkIn(mHost) = Walk{}; }

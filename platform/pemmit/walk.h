@@ -3,6 +3,7 @@
 #ifndef PLATFORM_PEMMIT_WALK_H
 #define PLATFORM_PEMMIT_WALK_H
 
+#include "platform/pemmit/bezier.h"
 #include "platform/pemmit/object.h"
 
 namespace Pemmit {
@@ -46,6 +47,18 @@ class PLATFORM_API scan {
     /// value and leaves *x and *y alone when there are no more. Called once a
     /// point: a few nanoseconds.
     int scanex(int* x, int* y);
+
+    /// Delivers many points at a time; a host may leave this call out. The engines
+    /// look for it when they are loaded and use scanex otherwise, with the same
+    /// results; on outlines of many points they are several times as fast with it.
+    ///
+    /// Takes as many of the next points of walk as lie side by side in memory,
+    /// stores where the first of them is and which way the others follow (*step
+    /// is 1, or -1 where they lie back to front), and returns how many there are,
+    /// at least 1. They count as delivered: scanex goes on behind them. Returns a
+    /// negative value and leaves *points and *step alone when there are no more.
+    /// The points stay where they are until the object changes.
+    PLATFORM_OPTIONAL static int scarun(scan* walk, const PointBase<int>** points, int* step);
 
     /// Ends the walk; scanex returns a negative value from now on. May be
     /// called any number of times.

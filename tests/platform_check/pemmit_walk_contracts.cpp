@@ -157,3 +157,38 @@ TEST_CASE("Pemmit::scan: walks over one object may run on several threads") {
     for (std::thread& thread : threads) thread.join();
     for (int count : wrong) CHECK(count == 0);
 }
+
+TEST_CASE("Pemmit::scan::scarun: where it is offered, the points that scanex delivers") {
+    if (&Pemmit::scan::scarun == nullptr) {
+        MESSAGE("not offered, which is allowed");
+        return;
+    }
+    PointList points;
+    for (int i = 0; i < 3000; ++i) points.push_back({i, i % 11});
+    for (const PathPtr& path : {closedPath(points), openPath(points), openPath({{5, 6}})})
+        for (int direction : {0, 1})
+            for (int start : {-1, 0, Pemmit::patsiz(path.get()) / 2}) {
+                CAPTURE(direction);
+                CAPTURE(start);
+                const PointList want = walk(path.get(), direction, start);
+                PointList got;
+                Pemmit::scan scan(path.get(), direction, start);
+                int x = 0, y = 0;
+                if (scan.scanex(&x, &y) == 0) got.push_back({x, y});  // runs go on behind it
+                const Pemmit::PointBase<int>* run = nullptr;
+                int step = 0;
+                for (int count; (count = Pemmit::scan::scarun(&scan, &run, &step)) >= 0;) {
+                    REQUIRE(count > 0);
+                    REQUIRE((step == 1 || step == -1));
+                    REQUIRE(got.size() + static_cast<std::size_t>(count) <= want.size());
+                    for (int i = 0; i < count; ++i, run += step) got.push_back({run->x, run->y});
+                }
+                CHECK(got == want);
+                CHECK(scan.scanex(&x, &y) < 0);
+                run = nullptr;
+                step = 77;
+                CHECK(Pemmit::scan::scarun(&scan, &run, &step) < 0);
+                CHECK(run == nullptr);
+                CHECK(step == 77);
+            }
+}

@@ -92,6 +92,17 @@ int scan::scanex(int* x, int* y) {
     return next(this, x, y);
 }
 
+int scan::scarun(scan* walk, const PointBase<int>** points, int* step) {
+    static auto* const next = real<int(scan*, const PointBase<int>**, int*)>(
+        "_ZN6Pemmit4scan6scarunEPS0_PPKNS_9PointBaseIiEEPi");
+    const int count = next(walk, points, step);
+    if (fault("runs-are-never-turned-round") && count > 1 && *step < 0) {
+        *points -= count - 1;
+        *step = 1;
+    }
+    return count;
+}
+
 void scan::scaend() {
     static auto* const next = real<void(scan*)>("_ZN6Pemmit4scan6scaendEv");
     if (!fault("scaend-does-nothing")) next(this);

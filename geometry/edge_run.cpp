@@ -1,0 +1,111 @@
+#include "geometry/edge_run.h"
+
+#include <atomic>
+
+#include "geometry/edge_run_blocks.h"
+
+#if defined(__x86_64__)
+#include <emmintrin.h>
+#endif
+
+namespace Vaskel {
+namespace {
+
+bool runPlain(int x, int y, const PointRun& points, bool& inside) {
+    for (int i = 1; i < points.count; ++i) {
+        const WalkPoint &p = points[i - 1], &c = points[i];
+        const EdgeAnswer answer = testEdge(x, y, p.x, p.y, c.x, c.y);
+        if (answer == EdgeAnswer::kHoldsPoint) return true;
+        if (answer == EdgeAnswer::kCrosses) inside = !inside;
+    }
+    return false;
+}
+
+#if defined(__x86_64__)
+
+// One coordinate of 16 points.
+struct Lanes {
+    __m128i at[4];
+};
+
+template <int select>
+inline Lanes lanesOf(const WalkPoint* points) {
+    const auto load = [&](int i) {
+        return _mm_castsi128_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(points + 2 * i)));
+    };
+    Lanes lanes;
+    for (int i = 0; i < 4; ++i)
+        lanes.at[i] = _mm_castps_si128(_mm_shuffle_ps(load(2 * i), load(2 * i + 1), select));
+    return lanes;
+}
+inline Lanes xOf(const WalkPoint* points) { return lanesOf<0x88>(points); }
+inline Lanes yOf(const WalkPoint* points) { return lanesOf<0xDD>(points); }
+
+inline PointBits bits(__m128i a, __m128i b, __m128i c, __m128i d) {
+    const __m128i bytes = _mm_packs_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
+    return static_cast<PointBits>(_mm_movemask_epi8(bytes));
+}
+inline PointBits above(const Lanes& v, __m128i limit) {
+    return bits(_mm_cmpgt_epi32(v.at[0], limit), _mm_cmpgt_epi32(v.at[1], limit),
+                _mm_cmpgt_epi32(v.at[2], limit), _mm_cmpgt_epi32(v.at[3], limit));
+}
+inline PointBits equal(const Lanes& v, __m128i value) {
+    return bits(_mm_cmpeq_epi32(v.at[0], value), _mm_cmpeq_epi32(v.at[1], value),
+                _mm_cmpeq_epi32(v.at[2], value), _mm_cmpeq_epi32(v.at[3], value));
+}
+
+bool runSse2(int x, int y, const PointRun& run, bool& inside) {
+    constexpr int kBlock = 16;
+    constexpr PointBits kAll = 0xFFFF;
+    const EdgeBlocks blocks(x, y, run);
+    const __m128i wideX = _mm_set1_epi32(x), wideY = _mm_set1_epi32(y);
+    PointBits lastRight = blocks.points[0].x > x, lastAt = blocks.points[0].x == x;
+    int begin = 1;
+    for (; begin + kBlock <= blocks.count; begin += kBlock) {
+        const WalkPoint* const points = blocks.points + begin;
+        const Lanes xs = xOf(points);
+        const PointBits right = above(xs, wideX), at = equal(xs, wideX);
+        const PointBits spanned = (right ^ (right << 1 | lastRight)) & kAll;
+        const PointBits upright = at & (at << 1 | lastAt);
+        lastRight = right >> (kBlock - 1);
+        lastAt = at >> (kBlock - 1);
+        if ((spanned | upright) == 0) continue;
+        const Lanes ys = yOf(points);
+        const PointBits up = above(ys, wideY), level = equal(ys, wideY);
+        if (blocks.testBits(begin, spanned, upright, ~(up | level), up, inside)) return true;
+    }
+    return blocks.testEach(begin, blocks.count, inside);
+}
+
+#endif
+
+#if defined(__x86_64__)
+constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain, &kEdgeRunSse2, &kEdgeRunAvx2};
+std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 3 : 2; }
+#else
+constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain};
+std::size_t usableForms() { return 1; }
+#endif
+
+std::atomic<const EdgeRunForm*> gForced{nullptr};
+
+}  // namespace
+
+const EdgeRunForm kEdgeRunPlain = {"plain", runPlain};
+#if defined(__x86_64__)
+const EdgeRunForm kEdgeRunSse2 = {"sse2", runSse2};
+#endif
+
+std::span<const EdgeRunForm* const> edgeRunForms() {
+    return std::span(kForms).first(usableForms());
+}
+
+void forceEdgeRunForm(const EdgeRunForm* form) { gForced.store(form, std::memory_order_relaxed); }
+
+const EdgeRunForm& chosenEdgeRunForm() {
+    if (const EdgeRunForm* form = gForced.load(std::memory_order_relaxed)) return *form;
+    static const EdgeRunForm* const best = edgeRunForms().back();
+    return *best;
+}
+
+}  // namespace Vaskel

@@ -1,0 +1,57 @@
+// A walk's points in stretches of memory, however the host delivers them.
+
+#ifndef GEOMETRY_POINT_RUNS_H
+#define GEOMETRY_POINT_RUNS_H
+
+#include <cstddef>
+
+#include "platform/pemmit.h"
+
+namespace Vaskel {
+
+using WalkPoint = Pemmit::PointBase<int>;
+
+/// count points, at least 1; the i-th is first[i * step], step being 1 or -1.
+struct PointRun {
+    const WalkPoint* first;
+    int step;
+    int count;
+
+    const WalkPoint& operator[](int i) const { return first[std::ptrdiff_t{i} * step]; }
+};
+
+/// Whether walks are read by Pemmit::scan::scarun: true where the host has it.
+bool usesHostRuns();
+
+/// For tests: without, points are asked for one by one whatever the host has.
+/// With changes nothing where it has none.
+void setHostRuns(bool with);
+
+/// A walk over a contour's points, or a path's.
+class RunWalk {
+ public:
+    RunWalk(const Pemmit::Object* object, int direction, int start)
+        : mWalk(object, direction, start) {}
+
+    /// The next points; false when there are no more. The run before is no
+    /// longer valid.
+    bool next(PointRun& run) {
+        if (usesHostRuns()) {
+            run.count = Pemmit::scan::scarun(&mWalk, &run.first, &run.step);
+            return run.count > 0;
+        }
+        return gather(run);
+    }
+
+ private:
+    static constexpr int kBatch = 128;
+
+    bool gather(PointRun& run);
+
+    Pemmit::scan mWalk;
+    WalkPoint mBatch[kBatch];  // where the host delivers points one by one
+};
+
+}  // namespace Vaskel
+
+#endif
