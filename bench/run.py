@@ -1,0 +1,151 @@
+#!/usr/bin/env python3
+"""Runs benchmarks, ours and the peers' interleaved, and writes the results.
+
+usage: run.py BUILD_DIR [ENGINE...]
+
+Without names all engines run and the results go to docs/: bench/results.json,
+bench/results.md, the plots, and the table of aims in benchmarks.md. With names
+only these run, and the results go to out/bench. How often each benchmark is
+repeated stands in settings.json: enough for ratios, short enough for a coffee.
+"""
+
+import json
+import os
+import pathlib
+import shlex
+import subprocess
+import sys
+import time
+
+import footprint
+import plots
+import report
+
+HERE = pathlib.Path(__file__).resolve().parent
+UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+# What the benchmark library adds to a name when other clocks than the thread's
+# are read, or the amount of work is set.
+ADDED = ("real_time", "process_time", "manual_time", "iterations:", "min_time:", "repeats:",
+         "threads:")
+
+
+def output_of(*command):
+    try:
+        return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+    except (OSError, subprocess.CalledProcessError):
+        return ""
+
+
+def cpu_model():
+    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+        if line.startswith("model name"):
+            return line.split(":", 1)[1].strip()
+    return "unknown"
+
+
+def compiler_and_flags(build):
+    """As the build compiled an engine: no literal that could be out of date."""
+    for command in json.loads((build / "compile_commands.json").read_text()):
+        if command["file"].endswith("/encoding/ascii85.cpp"):
+            words = shlex.split(command["command"])
+            compiler = next(w for w in words if "/" in w and "ccache" not in w)
+            version = output_of(compiler, "--version").splitlines()[0]
+            flags, skip = [], False
+            for word in words[words.index(compiler) + 1:]:
+                if skip or word in ("-o", "-c", "-MT", "-MF", "-isystem"):
+                    skip = not skip
+                elif word.startswith(("-O", "-f", "-m", "-D", "-std", "-g")):
+                    flags.append(word)
+            return version, " ".join(flags)
+    sys.exit("run.py: the build has no engines")
+
+
+def machine(build):
+    compiler, flags = compiler_and_flags(build)
+    return {
+        "cpu": cpu_model(),
+        "cores": len(os.sched_getaffinity(0)),
+        "compiler": compiler,
+        "flags": flags,
+        "c_library": " ".join(output_of("getconf", "GNU_LIBC_VERSION").split()),
+        "load_before": round(os.getloadavg()[0], 1),
+    }
+
+
+def peers(build):
+    """Name, package and version of each peer; no version: not installed."""
+    found = {}
+    for line in (build / "bench" / "peers.txt").read_text().splitlines():
+        name, package, state = line.split()
+        version = output_of("dpkg-query", "-W", "-f=${Version}", package)
+        found[name] = {"package": package,
+                       "version": (version or "?") if state == "found" else None}
+    return found
+
+
+def result_of(run):
+    """(work, who, size, ns) of an entry of the benchmark library's file."""
+    parts = run["run_name"].split("/")
+    clock = "real_time" if {"real_time", "manual_time"} & set(parts) else "cpu_time"
+    parts = [part for part in parts if not part.startswith(ADDED)]
+    if len(parts) < 2:
+        sys.exit(f"run.py: {run['run_name']} is not named WORK/WHO or WORK/WHO/SIZE")
+    return parts[0], parts[1], "/".join(parts[2:]), run[clock] * UNITS[run["time_unit"]]
+
+
+def measure(program, raw, settings):
+    started = time.monotonic()
+    subprocess.run([program, "--benchmark_enable_random_interleaving=true",
+                    f"--benchmark_repetitions={settings['repetitions']}",
+                    f"--benchmark_min_time={settings['min_time']}",
+                    "--benchmark_report_aggregates_only=true",
+                    f"--benchmark_out={raw}", "--benchmark_out_format=json"],
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True,
+                   env={**os.environ, "LC_ALL": "C", "VIPS_CONCURRENCY": "1"})
+    works = {}
+    for run in json.loads(raw.read_text())["benchmarks"]:
+        if run.get("aggregate_name") == "median" and not run.get("error_occurred"):
+            work, who, size, ns = result_of(run)
+            works.setdefault(work, {}).setdefault(size, {})[who] = float(f"{ns:.4g}")
+    return {"seconds": round(time.monotonic() - started), **settings, "works": works}
+
+
+def main():
+    build, chosen = pathlib.Path(sys.argv[1]), sys.argv[2:]
+    settings = json.loads((HERE / "settings.json").read_text())
+    programs = {p.name.removesuffix("_bench"): p
+                for p in sorted((build / "bench").glob("*_bench"))}
+    for name in chosen:
+        if name not in programs:
+            sys.exit(f"run.py: no benchmark of {name}; there are {', '.join(programs)}")
+    raw = pathlib.Path("out/bench/raw")
+    raw.mkdir(parents=True, exist_ok=True)
+
+    results = {"machine": machine(build), "peers": peers(build), "engines": {}}
+    print(report.head(results))
+    for engine in chosen or programs:
+        print(f"{engine} ... ", end="", flush=True)
+        limits = {**settings["default"], **settings["engines"].get(engine, {})}
+        done = measure(programs[engine], raw / f"{engine}.json", limits)
+        results["engines"][engine] = done
+        print(f"{done['seconds']} s: {report.short(done['works'])}")
+    results["machine"]["load_after"] = round(os.getloadavg()[0], 1)
+    results["footprint"] = footprint.measure(build)
+    wanted = [aim for aim in json.loads((HERE / "aims.json").read_text())
+              if aim["engine"] in results["engines"]]
+    results["aims"] = report.aims(results, wanted)
+
+    folder = pathlib.Path("out/bench" if chosen else "docs/bench")
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "results.json").write_text(report.to_json(results))
+    (folder / "results.md").write_text(report.markdown(results))
+    plots.draw(results, json.loads((HERE / "plots.json").read_text()), folder)
+    if not chosen:
+        report.update_page(results, pathlib.Path("docs/benchmarks.md"))
+    print(report.aims_table(results["aims"]))
+    print(report.footprint_table(results["footprint"]))
+    print(f"{folder}/results.md, {folder}/results.json, {folder}/*.svg")
+
+
+if __name__ == "__main__":
+    main()

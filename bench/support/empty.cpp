@@ -1,0 +1,1 @@
+// A library with nothing in it, for the least that loading one costs.
