@@ -9,8 +9,7 @@
 // places of characters are certain, and if it holds none of the values that the
 // rules treat apart. All other blocks are left to the rules.
 
-#include "encoding/unicode_avx2.h"
-#include "encoding/unicode_onepass.h"
+#include "encoding/unicode_avx2_threes.h"
 
 #if defined(__x86_64__)
 
@@ -22,13 +21,33 @@ struct Planes {
     __m256i lo, hi;
 };
 
-// What the loop needs of constants, where the compiler can only keep them.
-struct Constants {
-    __m256i x07 = kept(all8(0x07)), x0F = kept(all8(0x0F)), x3F = kept(all8(0x3F)),
-            xA0 = kept(all8(0xA0)), xC0 = kept(all8(0xC0)), xD8 = kept(all8(0xD8)),
-            xDF = kept(all8(0xDF)), xE0 = kept(all8(0xE0)), xEF = kept(all8(0xEF)),
-            xF0 = kept(all8(0xF0)), xF8 = kept(all8(0xF8)), xFE = kept(all8(0xFE));
-    VASKEL_AVX2 Constants() {}
+// The constants, a row of equal bytes each. Left to the compiler, one that is
+// not in a register is made anew in every turn, by three instructions.
+// clang-format off
+enum ByteRow { k03, k07, k0F, k10, k1C, k3F, k40, k90, kA0, kC0,
+               kD8, kDC, kDF, kE0, kEF, kF0, kF7, kF8, kFE };
+// clang-format on
+constexpr Byte kBytes[] = {0x03, 0x07, 0x0F, 0x10, 0x1C, 0x3F, 0x40, 0x90, 0xA0, 0xC0,
+                           0xD8, 0xDC, 0xDF, 0xE0, 0xEF, 0xF0, 0xF7, 0xF8, 0xFE};
+
+struct alignas(32) Rows {
+    Byte bytes[std::size(kBytes)][32] = {};
+};
+constexpr Rows makeRows() {
+    Rows rows;
+    for (std::size_t i = 0; i < std::size(kBytes); ++i)
+        for (Byte& byte : rows.bytes[i]) byte = kBytes[i];
+    return rows;
+}
+constexpr Rows kRows = makeRows();
+
+class Constants {
+ public:
+    Constants() : mRows(kRows.bytes) { __asm__("" : "+r"(mRows)); }
+    VASKEL_AVX2 __m256i operator[](ByteRow row) const { return load(mRows[row]); }
+
+ private:
+    const Byte (*mRows)[32];  // the compiler does not know that it is kRows
 };
 
 // ---- Output -----------------------------------------------------------------
@@ -103,10 +122,10 @@ VASKEL_AVX2 inline Byte* storeAscii(const Byte* in, __m256i b0, Byte* out) {
 
 // Where no byte is above DF: what a lead byte exceeds C0 by, and six bits.
 VASKEL_AVX2 inline Planes valuesBelow800(__m256i b0, __m256i b1, const Constants& k) {
-    const __m256i lead = _mm256_subs_epu8(b0, k.xC0);  // 0 for ASCII
-    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(lead, 6), k.xC0),
-                                       _mm256_and_si256(b1, k.x3F));
-    return {_mm256_blendv_epi8(b0, lo, b0), _mm256_and_si256(_mm256_srli_epi16(lead, 2), k.x07)};
+    const __m256i lead = _mm256_subs_epu8(b0, k[kC0]);  // 0 for ASCII
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(lead, 6), k[kC0]),
+                                       _mm256_and_si256(b1, k[k3F]));
+    return {_mm256_blendv_epi8(b0, lo, b0), _mm256_and_si256(_mm256_srli_epi16(lead, 2), k[k07])};
 }
 
 // The last two bytes of two or three are x and y; the lower plane has two bits
@@ -116,10 +135,10 @@ VASKEL_AVX2 inline Planes valuesBelow10000(__m256i b0, __m256i b1, __m256i b2, _
                                            const Constants& k) {
     const __m256i x = _mm256_blendv_epi8(b0, b1, three);
     const __m256i y = _mm256_blendv_epi8(b1, b2, three);
-    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(x, 6), k.xC0),
-                                       _mm256_and_si256(y, k.x3F));
-    const __m256i lead = _mm256_and_si256(_mm256_slli_epi16(b0, 4), k.xF0);
-    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(x, 2), k.x0F),
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(x, 6), k[kC0]),
+                                       _mm256_and_si256(y, k[k3F]));
+    const __m256i lead = _mm256_and_si256(_mm256_slli_epi16(b0, 4), k[kF0]);
+    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(x, 2), k[k0F]),
                                        _mm256_and_si256(lead, three));
     return {_mm256_blendv_epi8(b0, lo, b0), _mm256_blendv_epi8(_mm256_setzero_si256(), hi, b0)};
 }
@@ -128,19 +147,19 @@ VASKEL_AVX2 inline Planes valuesBelow10000(__m256i b0, __m256i b1, __m256i b2, _
 // overlong form: some of these are zeros. Of all places only those of
 // characters can have D8 to DF in the upper plane.
 VASKEL_AVX2 inline __m256i apart(__m256i b0, __m256i b1, const Planes& p, const Constants& k) {
-    const __m256i two = _mm256_cmpeq_epi8(_mm256_and_si256(b0, k.xFE), k.xC0);
+    const __m256i two = _mm256_cmpeq_epi8(_mm256_and_si256(b0, k[kFE]), k[kC0]);
     const __m256i three =
-        _mm256_and_si256(_mm256_cmpeq_epi8(b0, k.xE0), _mm256_cmpgt_epi8(k.xA0, b1));
-    const __m256i surrogates = _mm256_cmpeq_epi8(_mm256_and_si256(p.hi, k.xF8), k.xD8);
+        _mm256_and_si256(_mm256_cmpeq_epi8(b0, k[kE0]), _mm256_cmpgt_epi8(k[kA0], b1));
+    const __m256i surrogates = _mm256_cmpeq_epi8(_mm256_and_si256(p.hi, k[kF8]), k[kD8]);
     return _mm256_or_si256(surrogates, _mm256_or_si256(two, three));
 }
 
 // Whether a block with bytes >= 0xF0 (fours) holds one >= 0xF8, or F0 with a
 // follower below 90: an overlong form.
-VASKEL_AVX2 inline bool oddFours(__m256i b0, __m256i b1, __m256i fours) {
-    const __m256i five = _mm256_cmpgt_epi8(b0, all8(0xF7));
+VASKEL_AVX2 inline bool oddFours(__m256i b0, __m256i b1, __m256i fours, const Constants& k) {
+    const __m256i five = _mm256_cmpgt_epi8(b0, k[kF7]);
     const __m256i low =
-        _mm256_and_si256(_mm256_cmpeq_epi8(b0, all8(0xF0)), _mm256_cmpgt_epi8(all8(0x90), b1));
+        _mm256_and_si256(_mm256_cmpeq_epi8(b0, k[kF0]), _mm256_cmpgt_epi8(k[k90], b1));
     return !isZero(_mm256_and_si256(fours, _mm256_or_si256(five, low)));
 }
 
@@ -150,80 +169,35 @@ VASKEL_AVX2 inline bool oddFours(__m256i b0, __m256i b1, __m256i fours) {
 // with c1 and c2 the first followers' six bits: the subtraction borrows from
 // the lead's part where c1 < 0x10.
 VASKEL_AVX2 inline void putPairs(__m256i b0, __m256i b1, __m256i b2, __m256i fours,
-                                 __m256i foursBefore, Planes& p) {
-    const __m256i c1 = _mm256_and_si256(b1, all8(0x3F));
-    const __m256i c2Top = _mm256_and_si256(_mm256_srli_epi16(b2, 4), all8(0x03));
+                                 __m256i foursBefore, const Constants& k, Planes& p) {
+    const __m256i c1 = _mm256_and_si256(b1, k[k3F]);
+    const __m256i c2Top = _mm256_and_si256(_mm256_srli_epi16(b2, 4), k[k03]);
     const __m256i highLo =
-        _mm256_sub_epi8(_mm256_or_si256(_mm256_slli_epi16(c1, 2), c2Top), all8(0x40));
-    const __m256i borrow = _mm256_cmpgt_epi8(all8(0x10), c1);
+        _mm256_sub_epi8(_mm256_or_si256(_mm256_slli_epi16(c1, 2), c2Top), k[k40]);
+    const __m256i borrow = _mm256_cmpgt_epi8(k[k10], c1);
     const __m256i highHi =
-        _mm256_or_si256(all8(0xD8), _mm256_and_si256(_mm256_add_epi8(b0, borrow), all8(0x03)));
+        _mm256_or_si256(k[kD8], _mm256_and_si256(_mm256_add_epi8(b0, borrow), k[k03]));
     p.lo = _mm256_blendv_epi8(p.lo, highLo, fours);
     p.hi = _mm256_blendv_epi8(p.hi, highHi, fours);
     // The places of fours, one further on.
     const __m256i crossing = _mm256_permute2x128_si256(foursBefore, fours, 0x21);
     const __m256i low = _mm256_alignr_epi8(fours, crossing, 15);
-    p.lo = _mm256_blendv_epi8(p.lo, _mm256_and_si256(b2, all8(0x3F)), low);
-    p.hi = _mm256_blendv_epi8(p.hi, all8(0xDC), low);
+    p.lo = _mm256_blendv_epi8(p.lo, _mm256_and_si256(b2, k[k3F]), low);
+    p.hi = _mm256_blendv_epi8(p.hi, k[kDC], low);
 }
 
 // Values of four bytes into the planes; their bits from 16 on.
 VASKEL_AVX2 inline __m256i putFours(__m256i b0, __m256i b1, __m256i b2, __m256i b3, __m256i fours,
-                                    Planes& p) {
-    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b2, 6), all8(0xC0)),
-                                       _mm256_and_si256(b3, all8(0x3F)));
-    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b1, 4), all8(0xF0)),
-                                       _mm256_and_si256(_mm256_srli_epi16(b2, 2), all8(0x0F)));
-    const __m256i top = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b0, 2), all8(0x1C)),
-                                        _mm256_and_si256(_mm256_srli_epi16(b1, 4), all8(0x03)));
+                                    const Constants& k, Planes& p) {
+    const __m256i lo = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b2, 6), k[kC0]),
+                                       _mm256_and_si256(b3, k[k3F]));
+    const __m256i hi = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b1, 4), k[kF0]),
+                                       _mm256_and_si256(_mm256_srli_epi16(b2, 2), k[k0F]));
+    const __m256i top = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(b0, 2), k[k1C]),
+                                        _mm256_and_si256(_mm256_srli_epi16(b1, 4), k[k03]));
     p.lo = _mm256_blendv_epi8(p.lo, lo, fours);
     p.hi = _mm256_blendv_epi8(p.hi, hi, fours);
     return _mm256_and_si256(top, fours);
-}
-
-// ---- Runs of characters of three bytes --------------------------------------
-
-// Eight characters in 24 bytes as 32-bit lanes: third byte, second, first, 0.
-VASKEL_AVX2 inline __m256i loadThrees(const Byte* in) {
-    const __m256i bytes = _mm256_inserti128_si256(
-        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + 12)), 1);
-    const __m256i order = _mm256_setr_epi8(2, 1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1, 2,
-                                           1, 0, -1, 5, 4, 3, -1, 8, 7, 6, -1, 11, 10, 9, -1);
-    return _mm256_shuffle_epi8(bytes, kept(order));
-}
-
-VASKEL_AVX2 inline bool areThrees(__m256i threes) {
-    const __m256i pattern = _mm256_and_si256(threes, all32(0x00F0C0C0));
-    return mask8(_mm256_cmpeq_epi32(pattern, all32(0x00E08080))) == 0xFFFFFFFF;
-}
-
-// From in on, where eight such characters begin, as many of them as begin at
-// or before last, by eights. Stops in front of one that the rules treat apart.
-template <bool kWide, bool kBig>
-VASKEL_AVX2 BlockStop threesRun(const Byte* in, const Byte* last, Byte* out) {
-    __m256i threes = loadThrees(in);
-    do {
-        const __m256i bits = _mm256_and_si256(threes, all32(0x000F3F3F));
-        const __m256i parts = _mm256_maddubs_epi16(bits, all32(0x00014001));  // 64 * second + third
-        const __m256i values = _mm256_madd_epi16(parts, all32(0x10000001));   // + 4096 * first
-        if (kWide) {
-            store(out, kBig ? swapped32(values) : values);
-            out += 32;
-        } else {
-            const __m256i top = _mm256_and_si256(values, all32(0xF800));
-            const __m256i odd = _mm256_or_si256(_mm256_cmpeq_epi32(top, all32(0xD800)),
-                                                _mm256_cmpeq_epi32(top, _mm256_setzero_si256()));
-            if (!isZero(odd)) break;
-            __m256i units = _mm256_packus_epi32(values, values);
-            if (kBig) units = swapped16(units);
-            store(out, _mm256_castsi256_si128(_mm256_permute4x64_epi64(units, 0x08)));
-            out += 16;
-        }
-        in += 24;
-        threes = loadThrees(in);
-    } while (in <= last && areThrees(threes));
-    return {in, out};
 }
 
 // ---- The loop ---------------------------------------------------------------
@@ -247,15 +221,15 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
             in += 32;
             continue;
         }
-        const std::uint32_t cont = mask8(_mm256_cmpgt_epi8(k.xC0, b0));
+        const std::uint32_t cont = mask8(_mm256_cmpgt_epi8(k[kC0], b0));
         const std::uint32_t two = high & ~cont;
-        const __m256i threeV = _mm256_cmpgt_epi8(b0, k.xDF);
+        const __m256i threeV = _mm256_cmpgt_epi8(b0, k[kDF]);
         const std::uint32_t three = mask8(threeV) & high;
         const __m256i b1 = load(in + 1);
         if ((three | fours >> 31) == 0) {
             const std::uint64_t follow = carry | std::uint64_t{two} << 1;
             std::uint32_t wrong = static_cast<std::uint32_t>(follow) ^ cont;
-            if (!kWide) wrong |= mask8(_mm256_cmpeq_epi8(_mm256_and_si256(b0, k.xFE), k.xC0));
+            if (!kWide) wrong |= mask8(_mm256_cmpeq_epi8(_mm256_and_si256(b0, k[kFE]), k[kC0]));
             if (wrong != 0) break;
             leads = ~cont;
             fours = 0;
@@ -264,7 +238,7 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
             in += 32;
             continue;
         }
-        const std::uint32_t four = mask8(_mm256_cmpgt_epi8(b0, k.xEF)) & high;
+        const std::uint32_t four = mask8(_mm256_cmpgt_epi8(b0, k[kEF])) & high;
         const std::uint64_t follow =
             carry | std::uint64_t{two} << 1 | std::uint64_t{three} << 2 | std::uint64_t{four} << 3;
         if (static_cast<std::uint32_t>(follow) != cont) break;
@@ -285,14 +259,14 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
         if ((four | fours >> 31) == 0) {
             out = storePlanes<kWide, kBig>(p, ~cont, out);
         } else {
-            const __m256i foursV = _mm256_and_si256(_mm256_cmpgt_epi8(b0, k.xEF),
+            const __m256i foursV = _mm256_and_si256(_mm256_cmpgt_epi8(b0, k[kEF]),
                                                     _mm256_cmpgt_epi8(_mm256_setzero_si256(), b0));
-            if (oddFours(b0, b1, foursV)) break;
+            if (oddFours(b0, b1, foursV, k)) break;
             if (kWide) {
-                const __m256i top = putFours(b0, b1, b2, load(in + 3), foursV, p);
+                const __m256i top = putFours(b0, b1, b2, load(in + 3), foursV, k, p);
                 out = storePlanes<kBig>(p, top, ~cont, out);
             } else {
-                putPairs(b0, b1, b2, foursV, foursBefore, p);
+                putPairs(b0, b1, b2, foursV, foursBefore, k, p);
                 out = storePlanes<kWide, kBig>(p, ~cont | four << 1 | fours >> 31, out);
                 foursBefore = foursV;
             }

@@ -284,3 +284,43 @@ TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on
         }
     }
 }
+
+// Runs of three bytes have a way of their own.
+TEST_CASE(
+    "unicode: every form gives the plain form's bytes for runs of characters of three bytes") {
+    constexpr const char* kBetween[] = {"a",
+                                        " ",
+                                        "ab",
+                                        "\xC3\xA9",
+                                        "\xDF\xBF",
+                                        "\xF0\x9F\x98\x80",
+                                        "\x7F",
+                                        "\xE0\x9F\xBF",
+                                        "\xED\xA0\x80",
+                                        "\xED\xBF\xBF",
+                                        "\xE0\x80\x80",
+                                        "\xE4"
+                                        "AB",
+                                        "\x80",
+                                        "\xC0\x80",
+                                        "\xF8",
+                                        "\xE4\xB8"};
+    constexpr std::size_t kGood = 7;  // of the first ones
+    Random random{std::mt19937(kSeed)};
+    int good = 0;
+    for (int round = 0; round < 6000; ++round) {
+        std::string text(random.below(3), 'a');
+        const std::size_t kinds = random.below(4) == 0 ? std::size(kBetween) : kGood;
+        for (std::uint32_t runs = 1 + random.below(6); runs > 0; --runs) {
+            for (std::uint32_t left = random.below(70); left > 0; --left) {
+                constexpr std::uint32_t kEdges[] = {0x800, 0xFFF, 0xD7FF, 0xE000, 0xFFFF};
+                text += utf8Of(random.below(8) == 0 ? kEdges[random.below(std::size(kEdges))]
+                                                    : 0x800 + random.below(0xD000));
+            }
+            text += kBetween[random.below(static_cast<std::uint32_t>(kinds))];
+        }
+        good += compareForms(kFrom8, text + '\0', random.below(4));
+    }
+    CHECK(good > 4 * 3000);
+    CHECK(good < 4 * 5900);
+}
