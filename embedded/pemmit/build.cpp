@@ -109,7 +109,7 @@ void store(Node& node, int x, int y) {
 [[gnu::noinline]] void appendToFull(Node& node, int x, int y) {
     Contour* const contour = contourOf(&node);
     if (!contour) return;  // an object with children has no points of its own
-    contour->makeRoom(1);
+    if (!contour->beginInBody()) contour->makeRoom(1);
     store(node, x, y);
     if (node.parent) growBox(*node.parent, node.box);
 }
@@ -153,7 +153,7 @@ void patlinee(Path* p, Path* q) {
     Contour* const start = first->mate;
     Contour* const end = second->mate;
     if (start == second || (!start && !end)) {
-        first->append(second->take().reversed());
+        if (!first->takeFewReversed(*second)) first->append(second->take().reversed());
         growBox(*first, second->box);
         emptyBox(*second);
         first->mate = second->mate = nullptr;

@@ -27,6 +27,9 @@ constexpr std::uint32_t kMostCopied = 8192;
 // a few runs.
 constexpr std::uint32_t kFewPieces = 8;
 
+// Up to this many points are copied rather than linked.
+constexpr std::int64_t kFewPoints = 16;
+
 // patsiz counts in an int, the repeated first point included.
 constexpr std::int64_t kMostPoints = INT_MAX - 1;
 
@@ -160,6 +163,19 @@ Stretch Contour::take() noexcept {
         holders.store(2, std::memory_order_relaxed);
     }
     return {std::exchange(chain, Chain()), std::exchange(before, 0), std::exchange(pieces, 0)};
+}
+
+bool Contour::takeFewReversed(Contour& other) noexcept {
+    if (!write || other.pieces != 1 || other.closingCurve) return false;
+    const std::int64_t count = other.pointCount();
+    const End first = other.chain.end[0];
+    if (count > kFewPoints || count > limit - write || first.piece()->curves) return false;
+    const Point* const points = first.piece()->points();
+    for (std::int64_t i = 0; i < count; ++i)
+        *write++ = points[first.side() == 0 ? count - 1 - i : i];
+    other.pause();
+    other.freePieces();
+    return true;
 }
 
 void Contour::append(const Stretch& more) noexcept {

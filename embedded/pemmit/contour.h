@@ -72,11 +72,29 @@ struct Contour : Node {
     /// The memory that the contour holds.
     std::size_t bytes() const;
 
+    /// Makes room in a contour without points, if its own block has some; the
+    /// short way of makeRoom, which every contour goes once.
+    bool beginInBody() noexcept {
+        Piece* const piece = ownPiece();
+        if (own != kUnused || hasPoints() || piece->capacity == 0) return false;
+        own = kHere;
+        chain.end[0] = {piece, 0};
+        chain.end[1] = {piece, 1};
+        pieces = 1;
+        write = piece->points();
+        limit = write + piece->capacity;
+        return true;
+    }
     /// Makes room for n more points at write. Throws std::bad_alloc and leaves
     /// the contour as it was.
     void makeRoom(std::uint32_t n);
     /// Empties the contour and hands its pieces over.
     Stretch take() noexcept;
+    /// Copies the points of another contour, back to front, behind this one's if
+    /// they are few and there is room, and empties the other: an outline of few
+    /// points is then one block of memory, and the other one free for the next
+    /// contour while it is still in the cache. Else returns false.
+    bool takeFewReversed(Contour& other) noexcept;
     /// Hangs pieces behind or before the contour's own.
     void append(const Stretch& more) noexcept;
     void prepend(const Stretch& more) noexcept;

@@ -82,6 +82,42 @@ TEST_CASE("a hundred thousand joins allocate nothing and touch no other point") 
     CHECK(Embedded::bytesOf(comb.ends[0]) <= points + 300);
 }
 
+// Most outlines of a scan are specks of four points.
+TEST_CASE("a closed outline of few points is one block") {
+    Pemmit::Path* const empty = Pemmit::patbeg();
+    const std::size_t block = Embedded::bytesOf(empty);
+    Pemmit::objrem(empty);
+    struct Row {
+        int first, second;  // points of the two sides
+        std::size_t blocks;
+    };
+    constexpr Row rows[] = {{1, 1, 1},  {2, 2, 1}, {7, 7, 1},  {13, 1, 1},
+                            {1, 13, 1}, {7, 8, 2}, {14, 1, 2}, {1, 14, 2}};
+    for (const Row& row : rows) {
+        CAPTURE(row.first);
+        CAPTURE(row.second);
+        Pair pair;
+        append(pair.p, 1, row.first);
+        append(pair.q, 2, row.second);
+        const long before = allocationCount();
+        Pemmit::patlinee(pair.p, pair.q);
+        CHECK(allocationCount() == before);
+        Points want;
+        for (int i = 0; i < row.first; ++i) want.push_back({1, i});
+        for (int i = row.second; i-- > 0;) want.push_back({2, i});
+        want.push_back(want.front());
+        CHECK(walk(pair.p) == want);
+        CHECK(pair.p->box.maxX == 2);
+        CHECK(Pemmit::patsiz(pair.q) == 0);
+        Pemmit::patlin(pair.q, 3, 3);  // the other one can begin again
+        CHECK(walk(pair.q) == Points{{3, 3}, {3, 3}});
+        Pemmit::objrem(pair.q);
+        CHECK(Embedded::bytesOf(pair.p) == row.blocks * block);
+        CHECK(walk(pair.p) == want);
+        Pemmit::objrem(pair.p);
+    }
+}
+
 TEST_CASE("a closing without memory leaves pieces, which walk the same from every start") {
     Comb want(40, 3), got(40, 3);
     Pemmit::patlinee(want.ends[0], want.ends[1]);
