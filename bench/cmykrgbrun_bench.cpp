@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "colour/ink_run.h"
@@ -39,6 +40,16 @@ void ours(benchmark::State& state, void (*run)(unsigned char*, int)) {
     state.SetItemsProcessed(state.iterations() * kCount);
 }
 
+void moveBytes(benchmark::State& state) {
+    const std::vector<unsigned char>& pixels = image();
+    std::vector<unsigned char> out(pixels.size());
+    for (auto _ : state) {
+        std::memcpy(out.data(), pixels.data(), pixels.size());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kCount);
+}
+
 void littleCms(benchmark::State& state) {
     const std::vector<unsigned char>& pixels = image();
     const cmsHPROFILE press =
@@ -65,8 +76,11 @@ int main(int argc, char** argv) {
         benchmark::RegisterBenchmark(name, function, arguments...)->Unit(benchmark::kMillisecond);
     };
     work("ink_run/vaskel", ours, Vaskel::inkRunForms().back().run);
+    for (const Vaskel::InkRunForm& form : Vaskel::inkRunForms().subspan(2))
+        work(("ink_run/vaskel_" + std::string(form.name)).c_str(), ours, form.run);
     work("ink_run/vaskel_table", ours, Vaskel::inkRunTable);
     work("ink_run/vaskel_plain", ours, Vaskel::inkRunPlain);
+    work("ink_run/memcpy", moveBytes);
     work("ink_run/lcms2", littleCms);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -56,6 +57,28 @@ void ours(benchmark::State& state, const Vaskel::DownsampleForm* form, bool filt
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
 
+// What no form can do without: all lines that count are read, all output lines
+// written. Each memcpy has one side in the cache.
+template <class Pixel>
+void moveBytes(benchmark::State& state, bool filtering) {
+    const std::vector<Pixel>& pixels = image<Pixel>();
+    const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
+    const std::size_t n = sizes.resize(kWidth), lines = sizes.resizeY(kHeight);
+    const std::size_t read = filtering ? kHeight : lines;
+    std::vector<Pixel> line(kWidth), out(n * lines);
+    for (auto _ : state) {
+        for (std::size_t y = 0; y < read; ++y) {
+            std::memcpy(line.data(), &pixels[kWidth * (y * kHeight / read)],
+                        kWidth * sizeof(Pixel));
+            benchmark::ClobberMemory();
+        }
+        for (std::size_t y = 0; y < lines; ++y)
+            std::memcpy(&out[n * y], line.data(), n * sizeof(Pixel));
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+
 // adjust alone, on each input line of which pick_1 takes one.
 void adjust(benchmark::State& state, const Vaskel::PickForm* form) {
     Vaskel::forcePickForm(form);
@@ -102,6 +125,7 @@ void registerWork(const std::string& work, bool filtering, std::initializer_list
         sized(benchmark::RegisterBenchmark((work + who).c_str(), ours<Pixel>, chosen, filtering));
     };
     form("/vaskel", nullptr);
+    sized(benchmark::RegisterBenchmark((work + "/memcpy").c_str(), moveBytes<Pixel>, filtering));
     if (filtering) {
         form("/vaskel_table", &Vaskel::kDownsampleTable);
         form("/vaskel_plain", &Vaskel::kDownsamplePlain);

@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -72,6 +73,20 @@ void plain(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
 }
 
+// What no form can do without: a line in the cache copied to all output lines.
+void moveBytes(benchmark::State& state) {
+    const double factor = factorOf(state);
+    const auto n = static_cast<std::size_t>(kWidth * factor);
+    const std::vector<unsigned int> line(n, 6);
+    std::vector<unsigned int> out(n * static_cast<std::size_t>(kHeight * factor));
+    for (auto _ : state) {
+        for (std::size_t at = 0; at < out.size(); at += n)
+            std::memcpy(&out[at], line.data(), 4 * n);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
+}
+
 #if VASKEL_BENCH_OPENCV
 void openCv(benchmark::State& state) {
     cv::setNumThreads(1);
@@ -98,6 +113,7 @@ int main(int argc, char** argv) {
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel", ours, nullptr));
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel_table", ours, &Vaskel::kReplicateTable));
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel_plain", plain));
+    sized(benchmark::RegisterBenchmark("repeat_4/memcpy", moveBytes));
 #if VASKEL_BENCH_OPENCV
     sized(benchmark::RegisterBenchmark("repeat_4/opencv", openCv));
 #endif
