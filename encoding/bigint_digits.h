@@ -6,6 +6,7 @@
 #ifndef ENCODING_BIGINT_DIGITS_H
 #define ENCODING_BIGINT_DIGITS_H
 
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -69,8 +70,13 @@ extern const LimbLoops kLimbLoopsAdx;    // x86-64 with BMI2 and ADX
 /// All that this CPU can run, the plain one first, the one in use last.
 std::span<const LimbLoops* const> limbLoopForms();
 
-/// What operations use.
-const LimbLoops& limbLoops();
+/// What operations use: chosen at the first use, or by a test.
+extern std::atomic<const LimbLoops*> gLimbLoops;
+const LimbLoops& chooseLimbLoops();
+inline const LimbLoops& limbLoops() {
+    const LimbLoops* const loops = gLimbLoops.load(std::memory_order_relaxed);
+    return loops ? *loops : chooseLimbLoops();
+}
 
 /// For tests: the loops to use from now on; null gives the choice back.
 void forceLimbLoops(const LimbLoops* loops);

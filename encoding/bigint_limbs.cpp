@@ -1,7 +1,5 @@
 // The long loops of big integers in plain C++, and the choice among all forms.
 
-#include <atomic>
-
 #if defined(__x86_64__)
 #include <cpuid.h>
 #endif
@@ -56,8 +54,6 @@ namespace {
 constexpr LimbLoops kPlain = {"plain", addLimbsPlain, subtractLimbsPlain, addMultiplePlain,
                               subtractMultiplePlain};
 
-std::atomic<const LimbLoops*> gForced{nullptr};
-
 #if defined(__x86_64__)
 constexpr const LimbLoops* kForms[] = {&kPlain, &kLimbLoopsCarry, &kLimbLoopsAdx};
 
@@ -76,14 +72,17 @@ std::size_t usableForms() { return 1; }
 
 }  // namespace
 
+constinit std::atomic<const LimbLoops*> gLimbLoops{nullptr};
+
 std::span<const LimbLoops* const> limbLoopForms() { return std::span(kForms).first(usableForms()); }
 
-const LimbLoops& limbLoops() {
-    if (const LimbLoops* forced = gForced.load(std::memory_order_relaxed)) return *forced;
-    static const LimbLoops* const best = limbLoopForms().back();
+// Two threads may make the choice at once; both make the same.
+const LimbLoops& chooseLimbLoops() {
+    const LimbLoops* const best = limbLoopForms().back();
+    gLimbLoops.store(best, std::memory_order_relaxed);
     return *best;
 }
 
-void forceLimbLoops(const LimbLoops* loops) { gForced.store(loops, std::memory_order_relaxed); }
+void forceLimbLoops(const LimbLoops* loops) { gLimbLoops.store(loops, std::memory_order_relaxed); }
 
 }  // namespace Vaskel
