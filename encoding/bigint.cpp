@@ -195,29 +195,32 @@ bigint& bigint::operator*=(unsigned short factor) {
 // more, so n by m digits give n + m - 1, and another if it is not 0. The one
 // exception: a sum that is the single digit 0 is not shifted, so that with
 // n = 1 the leading zeros of the reversed digits leave no places behind.
-bigint& bigint::operator*=(const bigint& other) {
-    const std::size_t n = size(*this);
-    std::size_t m = size(other);
-    if (m == 0) mLength = 0;
-    if (n == 0 || m == 0) return *this;
-    const Digit* const a = Access::digits(*this);
-    const Digit* factor = Access::digits(other);
+void BigintAccess::multiply(const bigint& a, const bigint& b, bigint& product) {
+    const std::size_t n = size(a);
+    std::size_t m = size(b);
+    if (n == 0 || m == 0) {
+        setLength(product, 0);
+        return;
+    }
+    const Digit* const row = digits(a);
+    const Digit* factor = digits(b);
     if (n == 1) {
-        while (m > 1 && (*factor == 0 || a[0] == 0)) ++factor, --m;
+        while (m > 1 && (*factor == 0 || row[0] == 0)) ++factor, --m;
     }
     if (n + m <= kFewDigits) {
-        Digit product[kFewDigits], reversed[kFewDigits];
+        Digit made[kFewDigits], reversed[kFewDigits];
         std::reverse_copy(factor, factor + m, reversed);
-        multiplyRowsPlain(a, n, reversed, m, product);
-        Access::reserve(*this, n + m);
-        std::copy_n(product, n + m, Access::digits(*this));
-        std::size_t used = n + m;
-        if (used > 1 && product[used - 1] == 0) --used;
-        mLength = asLength(used);
+        multiplyRowsPlain(row, n, reversed, m, made);
+        const std::size_t used = n + m;
+        replaceDigits(product, made, used > 1 && made[used - 1] == 0 ? used - 1 : used);
     } else {
-        bigint product = multiplied(a, n, factor, m);
-        Access::swap(*this, product);
+        bigint made = multiplied(row, n, factor, m);
+        swap(product, made);
     }
+}
+
+bigint& bigint::operator*=(const bigint& other) {
+    Access::multiply(*this, other, *this);
     return *this;
 }
 
@@ -246,8 +249,8 @@ bigint bigint::operator-(const bigint& other) const {
 }
 
 bigint bigint::operator*(const bigint& other) const {
-    bigint product(*this);
-    product *= other;
+    bigint product;
+    Access::multiply(*this, other, product);
     return product;
 }
 

@@ -35,6 +35,9 @@ struct BigintAccess {
         if (count > number.mDigits.mCapacity) number.mDigits[count - 1];
     }
 
+    /// product = a * b by the rule of digits in reverse order; it may be a or b.
+    static void multiply(const bigint& a, const bigint& b, bigint& product);
+
     /// Exchanges the digits of two numbers; never fails.
     static void swap(bigint& a, bigint& b);
 };
