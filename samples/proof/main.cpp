@@ -26,7 +26,7 @@ void describe(CLI::App& app, Arguments& arguments) {
     app.description("Makes outlines and proofs, and converts text, with VaskelLib.");
     app.footer(
         "vaskel-proof COMMAND --help tells more about a command.\n\n"
-        "Exit codes: 0 done; 1 an input cannot be read or an output cannot be written;\n"
+        "Exit codes: 0 done; 1 an input cannot be read or converted, or an output not written;\n"
         "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText());

@@ -58,10 +58,20 @@ def judge_information(program, folder):
     # The library changes what lies beyond U+FFFF: such titles are right all the same.
     pdf, _, _ = make(program, folder / "beyond", "proof", "--title", "smile 😀")
     check(pdfinfo(pdf).get("Title") == "smile 😀", "a title beyond U+FFFF")
-    for bad in ("😀", "\udcff"):
+    for bad in ("😀", "\udcff", "a\udcc3A", "cut off \udce4\udcb8"):
         ended = subprocess.run([program, "make", "-o", folder / "bad.pdf", "--title", bad],
                                stderr=subprocess.PIPE)
         check(ended.returncode == 2 and b"--title takes" in ended.stderr, f"title {bad!a}")
+
+
+def judge_odd_names(program, folder):
+    """A file name of any bytes does not stand in the way."""
+    scan = folder / "odd \udcff.tif"
+    shutil.copy(SAMPLES / "scan.tif", scan)
+    pdf, _, report = make(program, folder / "odd", "proof", "--scan", scan)
+    check(json.loads(report.read_text())["inputs"]["scan"] == "odd \ufffd.tif", "an odd name")
+    check(pdfinfo(pdf).get("Subject", "").startswith("made from odd "), "an odd subject")
+    check(links_of(pdf)[0]["/A"]["/URI"].startswith("u:file://"), "an odd name's link")
 
 
 # --- the link -------------------------------------------------------------------------
@@ -242,6 +252,7 @@ def main():
     with tempfile.TemporaryDirectory() as place:
         folder = pathlib.Path(place)
         judge_information(program, folder)
+        judge_odd_names(program, folder)
         judge_links(program, folder)
         judge_noise(program, folder)
         judge_choices(program, folder)

@@ -21,9 +21,9 @@
 #include "samples/proof/make/ps_proof.h"
 #include "samples/proof/make/report.h"
 #include "samples/proof/make/source_link.h"
-#include "samples/proof/make/utf8_text.h"
 #include "samples/proof/numbers.h"
 #include "samples/proof/overwrite.h"
+#include "vaskel/encoding.h"
 #include "vaskel/units.h"
 
 namespace Proof {
@@ -152,6 +152,12 @@ ProofContent contentOf(const MakeOptions& options, const TracedScan& traced,
     return content;
 }
 
+// Whether the library reads the text as what it is.
+bool isPlainUtf8(const std::string& text) {
+    const std::string units = Vaskel::ConvertUTF8ToUTF32String(text.c_str(), true);
+    return Vaskel::ConvertUTF32ToUTF8String(units.c_str()) == text;
+}
+
 // What can be read from the options alone, before any work.
 void readOptions(MakeOptions& options) {
     setLengthUnit(options.trace.unit);
@@ -159,9 +165,10 @@ void readOptions(MakeOptions& options) {
     options.intent.choose(options.intentName);
     for (const auto& [name, text] :
          {std::pair("--title", &options.title), std::pair("--author", &options.author)})
-        if (!text->empty() && utf32(*text).empty())
+        if (!isPlainUtf8(*text))
             throw Failure(std::string(name) +
-                              " takes UTF-8 that does not begin with a character beyond U+FFFF",
+                              " takes well-formed UTF-8 that does not begin with a character"
+                              " beyond U+FFFF",
                           kExitUsage);
     if (options.trace.input.empty()) options.trace.input = sampleFile("scan.tif");
     if (options.image.empty()) options.image = sampleFile("picture.jpg");

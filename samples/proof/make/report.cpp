@@ -75,7 +75,8 @@ std::string report(const MakeOptions& options, const ProofContent& content,
                 {{"rgb", {s.colour.r, s.colour.g, s.colour.b}}, {"numbers", s.numbers}});
         json["swatches"].push_back({{"label", row.label}, {"colours", swatches}});
     }
-    return json.dump(2) + "\n";
+    // Names of files may be no UTF-8.
+    return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace Proof
