@@ -1,5 +1,6 @@
 // Images of 24 megapixels (6000 by 4000) reduced line by line: averaging beside
-// OpenCV's INTER_AREA, picking beside its INTER_NEAREST, on one thread each.
+// OpenCV's INTER_AREA, picking beside its INTER_NEAREST, and both beside the
+// other scalers that are installed, on one thread each.
 // Sizes are factors times 100.
 
 #include <benchmark/benchmark.h>
@@ -9,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/support/scalers.h"
 #include "raster/downsample_cells.h"
 #include "raster/downsample_picks.h"
 #include "vaskel/raster.h"
@@ -116,6 +118,17 @@ void openCv(benchmark::State& state, int interpolation) {
 #endif
 
 template <class Pixel>
+void peer(benchmark::State& state, const Bench::Scaler& scaler, bool filtering) {
+    const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
+    const auto run = scaler.prepare({image<Pixel>().data(), kWidth, kHeight, sizeof(Pixel),
+                                     static_cast<int>(sizes.resize(kWidth)),
+                                     static_cast<int>(sizes.resizeY(kHeight)), filtering});
+    if (!run) return state.SkipWithError("the peer has no such operation");
+    for (auto _ : state) run();
+    state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
+}
+
+template <class Pixel>
 void registerWork(const std::string& work, bool filtering, std::initializer_list<int> factors) {
     const auto sized = [&](auto* bench) {
         for (int factor : factors) bench->Arg(factor);
@@ -134,6 +147,12 @@ void registerWork(const std::string& work, bool filtering, std::initializer_list
     sized(benchmark::RegisterBenchmark((work + "/opencv").c_str(), openCv<Pixel>,
                                        filtering ? cv::INTER_AREA : cv::INTER_NEAREST));
 #endif
+    for (const Bench::Scaler& scaler : Bench::scalers()) {
+        auto* const bench = benchmark::RegisterBenchmark((work + "/" + scaler.name).c_str(),
+                                                         peer<Pixel>, scaler, filtering);
+        sized(bench);
+        if (scaler.threads) bench->MeasureProcessCPUTime();
+    }
 }
 
 }  // namespace

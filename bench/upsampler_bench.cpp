@@ -1,12 +1,15 @@
 // Lines of 32-bit pixels repeated: 6 megapixels (3000 by 2000) beside OpenCV's
-// INTER_NEAREST on one thread. Sizes are factors times 100.
+// INTER_NEAREST and the other scalers that are installed, on one thread each.
+// Sizes are factors times 100.
 
 #include <benchmark/benchmark.h>
 
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "bench/support/scalers.h"
 #include "raster/replicate.h"
 #include "vaskel/raster.h"
 
@@ -102,6 +105,15 @@ void openCv(benchmark::State& state) {
 }
 #endif
 
+void peer(benchmark::State& state, const Bench::Scaler& scaler) {
+    const Vaskel::upsampler settings(1, factorOf(state), kWidth);
+    const int width = settings.resize(kWidth), height = settings.resize(kHeight);
+    const auto run = scaler.prepare({image().data(), kWidth, kHeight, 4, width, height, false});
+    if (!run) return state.SkipWithError("the peer has no such operation");
+    for (auto _ : state) run();
+    state.SetItemsProcessed(state.iterations() * width * height);
+}
+
 void sized(benchmark::internal::Benchmark* bench) {
     for (int factor : {150, 200, 300, 417}) bench->Arg(factor);
     bench->Unit(benchmark::kMillisecond);
@@ -117,6 +129,12 @@ int main(int argc, char** argv) {
 #if VASKEL_BENCH_OPENCV
     sized(benchmark::RegisterBenchmark("repeat_4/opencv", openCv));
 #endif
+    for (const Bench::Scaler& scaler : Bench::scalers()) {
+        const std::string name = std::string("repeat_4/") + scaler.name;
+        auto* const bench = benchmark::RegisterBenchmark(name.c_str(), peer, scaler);
+        sized(bench);
+        if (scaler.threads) bench->MeasureProcessCPUTime();
+    }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -16,6 +16,18 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(vaskel_engines PRIVATE -fno-semantic-interposition)
 endif()
 
+# Code that no one waits for is compiled for size: where it is signals and
+# callbacks of Boost, that halves it.
+set(vaskel_unhurried
+    messages/error.cpp messages/message_ask.cpp messages/message_blocks.cpp
+    messages/message_handler.cpp units/unit_state.cpp units/parse_range.cpp
+    fonts/standard_names.cpp encoding/unicode_plain.cpp
+    util/popup_data_model.cpp)
+foreach(source IN LISTS vaskel_unhurried)
+    set_source_files_properties(${PROJECT_SOURCE_DIR}/${source} PROPERTIES
+                                COMPILE_OPTIONS "$<$<CONFIG:Release>:-Os>")
+endforeach()
+
 # libvaskel.so leaves the host's calls undefined and names no library that
 # holds them: whoever links a program chooses the host.
 add_library(vaskel SHARED $<TARGET_OBJECTS:vaskel_engines>)

@@ -1,8 +1,10 @@
 #include "bench/support/polygons.h"
 
 #include <cmath>
+#include <map>
 #include <random>
 #include <set>
+#include <string>
 #include <utility>
 
 namespace Bench {
@@ -134,6 +136,13 @@ Polygon hilbert(int vertices) {
     Polygon polygon;
     for (int i = 0; i < count; ++i) polygon.push_back(beside(i, 1));
     for (int i = count - 1; i >= 0; --i) polygon.push_back(beside(i, -1));
+    return polygon;
+}
+
+const Polygon& Shape::make(int vertices) const {
+    static std::map<std::pair<std::string, int>, Polygon> made;
+    Polygon& polygon = made[{name, vertices}];
+    if (polygon.empty()) polygon = draw(vertices);
     return polygon;
 }
 

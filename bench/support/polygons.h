@@ -16,8 +16,11 @@ using Polygon = std::vector<Vertex>;
 
 struct Shape {
     const char* name;
-    Polygon (*make)(int vertices);
+    Polygon (*draw)(int vertices);
     bool longEdges;  // most boxes of edges overlap
+
+    /// As draw, but drawn once only: several benchmarks run on each.
+    const Polygon& make(int vertices) const;
 };
 
 Polygon star(int vertices);            // long and short radii in turns
