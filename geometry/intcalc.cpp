@@ -78,7 +78,7 @@ int intcalc(int x1, int y1, int x2, int y2, int x3, int y3, int x4, int y4, int*
     const double d = dx2 * dy1 - dx1 * dy2;
     const double qx = (dx1 * c2 - dx2 * c1) / d;
     const double qy = (dy1 * c2 - dy2 * c1) / d;
-    if (!(roundsToInt(qx) & roundsToInt(qy))) {
+    if (!roundsToInt(qx) || !roundsToInt(qy)) {
         // Long, nearly parallel segments: the terms of d round to the same
         // double although they differ, or the quotient's error is larger than
         // the plane.

@@ -125,9 +125,22 @@ void ActiveChains::erase(Index chain) {
     mFreeChains.push_back(chain);
 }
 
-// The upper half of a full block becomes a block of its own. Once in kMost / 2
-// insertions, so that a linear search costs little.
+// Sweeps often go on where they were; else looks outwards from where the block
+// was last seen: blocks entered and taken out below it have moved it since.
+std::size_t ActiveChains::positionOf(Index wanted) {
+    const std::size_t last = mOrder.size() - 1;
+    for (std::size_t i = mRecent > 0 ? mRecent - 1 : 0; i <= std::min(mRecent + 1, last); ++i)
+        if (mOrder[i] == wanted) return mRecent = i;
+    const auto seen = std::min(static_cast<std::size_t>(block(wanted).place), last);
+    for (std::size_t away = 0;; ++away) {
+        if (away <= seen && mOrder[seen - away] == wanted) return mRecent = seen - away;
+        if (away <= last - seen && mOrder[seen + away] == wanted) return mRecent = seen + away;
+    }
+}
+
+// The upper half of a full block becomes a block of its own.
 void ActiveChains::split(Index full) {
+    const std::size_t place = positionOf(full);
     Index fresh = static_cast<Index>(mBlocks.size());
     if (mFreeBlocks.empty()) {
         mBlocks.emplace_back();
@@ -135,9 +148,11 @@ void ActiveChains::split(Index full) {
         fresh = mFreeBlocks.back();
         mFreeBlocks.pop_back();
     }
-    mOrder.insert(std::find(mOrder.begin(), mOrder.end(), full) + 1, fresh);
+    mOrder.insert(mOrder.begin() + static_cast<std::ptrdiff_t>(place) + 1, fresh);
     Block& from = block(full);
     Block& to = block(fresh);
+    from.place = static_cast<Index>(place);
+    to.place = from.place + 1;
     from.count = kMost / 2;
     to.count = kMost - kMost / 2;
     for (Index i = 0; i < to.count; ++i) {
@@ -147,7 +162,7 @@ void ActiveChains::split(Index full) {
 }
 
 void ActiveChains::dropBlock(Index empty) {
-    mOrder.erase(std::find(mOrder.begin(), mOrder.end(), empty));
+    mOrder.erase(mOrder.begin() + static_cast<std::ptrdiff_t>(positionOf(empty)));
     mFreeBlocks.push_back(empty);
 }
 

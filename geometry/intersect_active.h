@@ -38,6 +38,15 @@ class ActiveChains {
 
     ActiveChain& operator[](Index chain) { return mChains[static_cast<std::size_t>(chain)]; }
 
+    /// Asks for the memory of a chain, or of its neighbours and its block.
+    void fetch(Index chain) { __builtin_prefetch(&(*this)[chain]); }
+    void fetchAround(Index chain) {
+        const ActiveChain& c = (*this)[chain];
+        if (c.above >= 0) fetch(c.above);
+        if (c.below >= 0) fetch(c.below);
+        __builtin_prefetch(&block(c.block));
+    }
+
     /// Compares a chain with the one above it as far as p: every vertex of the
     /// two before p. False unless each lies strictly on its side of the other.
     bool advance(Index lower, Index upper, PackedPlace p);
@@ -55,12 +64,14 @@ class ActiveChains {
     static constexpr Index kMost = 62;
     struct Block {
         Index count = 0;
+        Index place = 0;  // near its position in mOrder
         Index chains[kMost];
     };
 
     bool isBelow(Index chain, PackedPlace p);
     Index findBelow(PackedPlace p);
     Index allocate();
+    std::size_t positionOf(Index block);
     void split(Index block);
     void dropBlock(Index block);
     Block& block(Index i) { return mBlocks[static_cast<std::size_t>(i)]; }
@@ -72,6 +83,7 @@ class ActiveChains {
     std::vector<Block> mBlocks;
     std::vector<Index> mFreeBlocks;
     std::vector<Index> mOrder;  // blocks from bottom to top
+    std::size_t mRecent = 0;    // where a block was last looked for
     bool mInOrder = true;
 };
 

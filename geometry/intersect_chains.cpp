@@ -12,9 +12,10 @@ constexpr std::int32_t kLimit = 1 << 25;
 
 bool isWithinLimit(PackedPlace p) {
     const auto within = [](std::int32_t v) {
-        return static_cast<std::uint32_t>(v + kLimit) <= std::uint32_t{2 * kLimit};
+        return static_cast<std::uint32_t>(v) + kLimit <= std::uint32_t{2 * kLimit};
     };
-    return within(xOf(p)) & within(yOf(p));
+    const bool xFits = within(xOf(p)), yFits = within(yOf(p));
+    return xFits && yFits;
 }
 
 struct Item {
@@ -73,11 +74,11 @@ bool MonotoneChains::addContour(const PackedPlace* walked, Index count, bool clo
     const Index firstTurn = mTurnCount;
     turns[static_cast<std::size_t>(mTurnCount++)] = {
         offset, closed ? Turn::kFirstClosed : Turn::kFirstOpen};
-    bool sound = isWithinLimit(p[0]) & isWithinLimit(p[total - 1]) & (p[1] != p[0]);
+    bool sound = isWithinLimit(p[0]) && isWithinLimit(p[total - 1]) && p[1] != p[0];
     bool rises = p[1] > p[0];
     for (Index i = 1; i + 1 < total; ++i) {
         const bool risesNext = p[i + 1] > p[i];
-        sound &= isWithinLimit(p[i]) & (p[i + 1] != p[i]);
+        if (!isWithinLimit(p[i]) || p[i + 1] == p[i]) sound = false;
         turns[static_cast<std::size_t>(mTurnCount)] = {offset + i, Turn::kInner};
         mTurnCount += rises != risesNext ? 1 : 0;
         rises = risesNext;

@@ -24,6 +24,8 @@
 
 #include "geometry/intersect_simple.h"
 
+#include <algorithm>
+
 #include "geometry/intersect_active.h"
 #include "geometry/intersect_chains.h"
 
@@ -33,7 +35,7 @@ namespace {
 class Proof {
  public:
     explicit Proof(const MonotoneChains& chains)
-        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size(), kNone) {}
+        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size() + 1, kNone) {}
 
     bool succeeds();
 
@@ -52,6 +54,7 @@ class Proof {
     Index activeNear(Index turn);
     bool enter(Index turn, PackedPlace p, const Ways& ways);
     bool leave(PackedPlace p, const Ways& ways);
+    void fetchAhead(std::size_t event);
 
     const MonotoneChains& mChains;
     ActiveChains mActive;
@@ -127,12 +130,37 @@ bool Proof::leave(PackedPlace p, const Ways& ways) {
     return true;
 }
 
+// What an event needs lies scattered in memory, each piece named by the one
+// before: asked for some events ahead, so that it is there when its turn comes.
+void Proof::fetchAhead(std::size_t event) {
+    constexpr std::size_t kStage = 6;
+    const std::vector<Index>& events = mChains.events;
+    if (event + 4 * kStage < events.size()) __builtin_prefetch(&turn(events[event + 4 * kStage]));
+    if (event + 3 * kStage < events.size()) {
+        const Index i = events[event + 3 * kStage];
+        __builtin_prefetch(&mChains.points[static_cast<std::size_t>(turn(i).point)]);
+        __builtin_prefetch(&activeOf(i));
+    }
+    if (event + 2 * kStage < events.size()) {
+        const Index i = events[event + 2 * kStage];
+        for (Index chain = std::max(i - 2, 0); chain <= i + 1; ++chain)
+            if (activeOf(chain) != kNone) mActive.fetch(activeOf(chain));
+    }
+    if (event + kStage < events.size()) {
+        const Index i = events[event + kStage];
+        for (Index chain = std::max(i - 2, 0); chain <= i + 1; ++chain)
+            if (activeOf(chain) != kNone) mActive.fetchAround(activeOf(chain));
+    }
+}
+
 bool Proof::succeeds() {
     PackedPlace last = 0;
-    for (const Index i : mChains.events) {
+    for (std::size_t event = 0; event < mChains.events.size(); ++event) {
+        fetchAhead(event);
+        const Index i = mChains.events[event];
         const PackedPlace p = point(turn(i).point);
         // One that is left where another one begins would never be compared.
-        if (p == last && i != mChains.events.front()) return false;
+        if (p == last && event > 0) return false;
         last = p;
         const Ways ways = waysAt(i);
         const Index beside = ways.after != kNone ? ways.after : ways.before;

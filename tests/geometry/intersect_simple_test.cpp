@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
+#include <climits>
 #include <string>
 
 #include "geometry/intersect_plain.h"
@@ -126,6 +127,8 @@ TEST_CASE("intersect: the proof ends with the exact range") {
     CHECK(proven({kExact, -kExact}));
     CHECK_FALSE(proven({kExact + 1, 0}));
     CHECK_FALSE(proven({0, -kExact - 1}));
+    CHECK_FALSE(proven({INT_MAX, INT_MIN}));
+    CHECK_FALSE(proven({INT_MIN, INT_MAX}));
 }
 
 TEST_CASE("intersect: a proven outline asks the system as often as the plain sweep") {
