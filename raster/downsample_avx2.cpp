@@ -29,21 +29,11 @@ VASKEL_AVX2_INLINE __m128 addProduct(__m128 sum, __m256d weight, __m256d pixel) 
     return _mm256_cvtpd_ps(_mm256_add_pd(_mm256_cvtps_pd(sum), _mm256_mul_pd(weight, pixel)));
 }
 
-// All bits of four channels or none, from the fifth or the first number on.
-alignas(16) constexpr std::int32_t kKeep[8] = {0, 0, 0, 0, -1, -1, -1, -1};
-
-// A pixel's channels for count 1, zeros for count 0.
-VASKEL_AVX2_INLINE __m128i channelsIf(std::ptrdiff_t count, const unsigned char* pixel) {
-    const auto* const keep = reinterpret_cast<const __m128i*>(kKeep + 4 * count);
-    return _mm_and_si128(channels(pixel), _mm_load_si128(keep));
-}
-
 // kWhole: the line's weight is 1.
 //
 // Cells have leastWhole pixels of their own or one more (a cell of factor f
-// behind a rest r has ceil(f - r) - 1, and 0 <= r < 1). The one more is added in
-// every cell, as zeros where there is none: adding 0 changes no sum, and
-// guessing the count wrong would cost more than a cell.
+// behind a rest r has ceil(f - r) - 1, and 0 <= r < 1). Which of the two is the
+// same in all lines, so that the CPU learns to guess it.
 template <bool kWhole>
 VASKEL_AVX2 void addPixelsInOrder(const DownsampleCells& cells, const DownsampleLine& line,
                                   float* sums) {
@@ -63,13 +53,12 @@ VASKEL_AVX2 void addPixelsInOrder(const DownsampleCells& cells, const Downsample
         sum = addProduct(sum, sharedWeight, shared);
         const unsigned char* const last = line.bytes + std::size_t{4} * end.pixel;
         for (std::ptrdiff_t i = 0; i < least; ++i) sum = add(sum, channels(pixel + 4 * i));
-        const std::ptrdiff_t more = (last - pixel) / 4 - least;
-        sum = add(sum, channelsIf(more, pixel + 4 * least));
+        if (last - pixel > 4 * least) sum = add(sum, channels(pixel + 4 * least));
         shared = _mm256_cvtepi32_pd(channels(last));
         const __m256d rest = _mm256_set1_pd(end.rest);
-        const __m256d own = _mm256_mul_pd(_mm256_sub_pd(_mm256_set1_pd(1), rest), weight);
-        sharedWeight = _mm256_mul_pd(rest, weight);
-        sum = addProduct(sum, own, shared);
+        const __m256d own = _mm256_sub_pd(_mm256_set1_pd(1), rest);
+        sharedWeight = kWhole ? rest : _mm256_mul_pd(rest, weight);
+        sum = addProduct(sum, kWhole ? own : _mm256_mul_pd(own, weight), shared);
         _mm_storeu_ps(sums, sum);
         sums += 4;
         pixel = last + 4;

@@ -41,9 +41,6 @@ VASKEL_AVX2_INLINE __m128i channels(const unsigned char* pixel) {
     return _mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(four)));
 }
 
-// All bits of four channels or none, from the fifth or the first number on.
-alignas(16) constexpr std::int32_t kKeep[8] = {0, 0, 0, 0, -1, -1, -1, -1};
-
 // The sums of a cell in both lines.
 struct Both {
     __m256d done, next;
@@ -60,8 +57,6 @@ struct Both {
 
 }  // namespace
 
-// Cells have leastWhole pixels of their own or one more, which is added in every
-// cell, as zeros where there is none: adding 0 changes no sum.
 VASKEL_AVX2 void splitLineAvx2(const DownsampleCells& cells, const SplitLine& line, float* doneSums,
                                float* nextSums) {
     const auto least = static_cast<std::ptrdiff_t>(cells.leastWhole);
@@ -80,11 +75,8 @@ VASKEL_AVX2 void splitLineAvx2(const DownsampleCells& cells, const SplitLine& li
         const unsigned char* const last = line.bytes + std::size_t{4} * end.pixel;
         for (std::ptrdiff_t i = 0; i < least; ++i)
             both.add(toDone, toNext, _mm256_cvtepi32_pd(channels(pixel + 4 * i)));
-        const std::ptrdiff_t more = (last - pixel) / 4 - least;
-        const auto* const keep = reinterpret_cast<const __m128i*>(kKeep + 4 * more);
-        both.add(
-            toDone, toNext,
-            _mm256_cvtepi32_pd(_mm_and_si128(channels(pixel + 4 * least), _mm_load_si128(keep))));
+        if (last - pixel > 4 * least)
+            both.add(toDone, toNext, _mm256_cvtepi32_pd(channels(pixel + 4 * least)));
         shared = _mm256_cvtepi32_pd(channels(last));
         sharedRest = _mm256_set1_pd(end.rest);
         const __m256d own = _mm256_sub_pd(one, sharedRest);
