@@ -95,13 +95,18 @@ def result_of(run):
 
 def measure(program, raw, settings):
     started = time.monotonic()
-    subprocess.run([program, "--benchmark_enable_random_interleaving=true",
-                    f"--benchmark_repetitions={settings['repetitions']}",
-                    f"--benchmark_min_time={settings['min_time']}",
-                    "--benchmark_report_aggregates_only=true",
-                    f"--benchmark_out={raw}", "--benchmark_out_format=json"],
-                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True,
-                   env={**os.environ, "LC_ALL": "C", "VIPS_CONCURRENCY": "1"})
+    options = ["--benchmark_enable_random_interleaving=true",
+               f"--benchmark_repetitions={settings['repetitions']}",
+               f"--benchmark_min_time={settings['min_time']}",
+               "--benchmark_report_aggregates_only=true",
+               f"--benchmark_out={raw}", "--benchmark_out_format=json"]
+    if "leave_out" in settings:
+        options.append(f"--benchmark_filter=-{settings['leave_out']}")
+    done = subprocess.run([program, *options], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                          text=True, check=False,
+                          env={**os.environ, "LC_ALL": "C", "VIPS_CONCURRENCY": "1"})
+    if done.returncode != 0:
+        sys.exit(f"run.py: {program} failed:\n{done.stderr}")
     works = {}
     for run in json.loads(raw.read_text())["benchmarks"]:
         if run.get("aggregate_name") == "median" and not run.get("error_occurred"):
