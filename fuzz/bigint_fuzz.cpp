@@ -56,7 +56,7 @@ void tryRing(const Digits& a, const Digits& b) {
 
     const Digits sum = digitsOf(x + y);
     require(valueOf(sum) == va + vb);
-    require(sum.size() == longer + ((va + vb) >> 16 * longer != 0));
+    require(sum.size() == longer + (((va + vb) >> 16 * longer) != 0));
 
     const Digits difference = digitsOf(x - y);
     if (a.size() < b.size()) {
@@ -77,13 +77,14 @@ void tryRing(const Digits& a, const Digits& b) {
 
     // Operands that are the object itself count as copied first.
     bigint self = x;
-    self += self;
+    const bigint& same = self;
+    self += same;
     require(digitsOf(self) == digitsOf(x + x));
     self = x;
-    self *= self;
+    self *= same;
     require(digitsOf(self) == digitsOf(x * x));
     self = x;
-    self -= self;
+    self -= same;
     require(digitsOf(self) == digitsOf(x - x));
     require(takeLines().empty());
 }

@@ -142,7 +142,8 @@ TEST_CASE("multiply: every form gives the plain form's digits") {
     for (const Vaskel::LimbLoops* loops : Vaskel::limbLoopForms()) {
         CAPTURE(loops->name);
         Vaskel::forceLimbLoops(loops);
-        for (const auto& [na, nb] : sizes) {
+        for (const auto& size : sizes) {
+            const std::size_t na = size.na, nb = size.nb;
             CAPTURE(na);
             CAPTURE(nb);
             const Digits a = awkwardRow(random, 4 * na), b = awkwardRow(random, 4 * nb);

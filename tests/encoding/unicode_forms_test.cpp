@@ -299,8 +299,7 @@ TEST_CASE(
                                         "\xED\xA0\x80",
                                         "\xED\xBF\xBF",
                                         "\xE0\x80\x80",
-                                        "\xE4"
-                                        "AB",
+                                        "\xE4\x41\x42",
                                         "\x80",
                                         "\xC0\x80",
                                         "\xF8",

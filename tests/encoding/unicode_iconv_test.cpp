@@ -67,10 +67,10 @@ void count(Classes& classes, const std::string& ours, const std::string& theirs,
 }
 
 void check(const Classes& classes, const Classes& want) {
-    for (const auto& [name, number] : classes) {
-        CAPTURE(name);
-        REQUIRE(want.count(name) == 1);
-        CHECK(number == want.at(name));
+    for (const auto& entry : classes) {
+        CAPTURE(entry.first);
+        REQUIRE(want.count(entry.first) == 1);
+        CHECK(entry.second == want.at(entry.first));
     }
     CHECK(classes.size() == want.size());
 }
