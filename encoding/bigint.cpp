@@ -140,6 +140,14 @@ bool bigint::operator>=(const bigint& other) const { return !(*this < other); }
 
 bigint& bigint::operator+=(const bigint& other) {
     const std::size_t mine = size(*this), theirs = size(other);
+    if (theirs <= mine && mine < Access::capacity(mDigits)) {
+        Digit* const a = Access::digits(*this);
+        unsigned carry = addDigits(a, Access::digits(other), theirs);
+        if (carry == 0) return *this;
+        carry = carryInto(a + theirs, mine - theirs, carry);
+        if (carry != 0) a[mLength++] = 1;
+        return *this;
+    }
     const std::size_t longer = std::max(mine, theirs);
     // Room for the carry first: nothing may fail once digits have changed.
     const bool roomy = longer < Access::capacity(mDigits);

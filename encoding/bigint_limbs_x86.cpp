@@ -42,22 +42,34 @@ constexpr std::size_t kTurn = 4;
         :                                                                                     \
         : "cc", "memory")
 
+// The limbs in front of the turns: a call would cost more than the few of them.
+template <class Sum>
+inline Limb firstLimbs(Digit*& a, const Digit*& b, std::size_t count, Sum sum) {
+    Limb carry = 0;
+    for (; count > 0; --count, a += kPerLimb, b += kPerLimb) {
+        const TwoLimbs both = sum(loadLimb(a), loadLimb(b), carry);
+        storeLimb(a, static_cast<Limb>(both));
+        carry = static_cast<Limb>(both >> 64) & 1;
+    }
+    return carry;
+}
+
 unsigned add(Digit* a, const Digit* b, std::size_t limbs) {
-    Limb carry = addLimbsPlain(a, b, limbs % kTurn), r0, r1, r2, r3;
+    Limb r0, r1, r2, r3;
+    Limb carry =
+        firstLimbs(a, b, limbs % kTurn, [](TwoLimbs x, Limb y, Limb more) { return x + y + more; });
     std::size_t turns = limbs / kTurn;
     if (turns == 0) return static_cast<unsigned>(carry);
-    a += limbs % kTurn * kPerLimb;
-    b += limbs % kTurn * kPerLimb;
     VASKEL_CARRY_LOOP("adcq");
     return static_cast<unsigned>(carry);
 }
 
 unsigned subtract(Digit* a, const Digit* b, std::size_t limbs) {
-    Limb carry = subtractLimbsPlain(a, b, limbs % kTurn), r0, r1, r2, r3;
+    Limb r0, r1, r2, r3;
+    Limb carry =
+        firstLimbs(a, b, limbs % kTurn, [](TwoLimbs x, Limb y, Limb more) { return x - y - more; });
     std::size_t turns = limbs / kTurn;
     if (turns == 0) return static_cast<unsigned>(carry);
-    a += limbs % kTurn * kPerLimb;
-    b += limbs % kTurn * kPerLimb;
     VASKEL_CARRY_LOOP("sbbq");
     return static_cast<unsigned>(carry);
 }

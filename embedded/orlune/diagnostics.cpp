@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 #include "embedded/orlune/sinks.h"
 
@@ -21,6 +22,7 @@ void debugstring(const char* line) {
 
 void debug(const char* format, ...) {
     char line[1024];  // longer lines are cut
+    if (!std::strchr(format, '%') && std::strlen(format) < sizeof line) return debugstring(format);
     va_list arguments;
     va_start(arguments, format);
     const int length = std::vsnprintf(line, sizeof line, format, arguments);
