@@ -77,7 +77,7 @@ void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float*
         line.weight == 1 ? addPixelsInOrder<true>(cells, line, sums)
                          : addPixelsInOrder<false>(cells, line, sums);
     else
-        kDownsampleTable.accumulate(cells, line, sums);
+        addBytesInOrderAvx2(cells, line, sums);
 }
 
 // ---- Means ------------------------------------------------------------------

@@ -132,6 +132,9 @@ const DownsampleForm& chosenDownsampleForm();
 /// The wide form of exact lines: bytes times shares are added in integers.
 void accumulateExactAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
 
+/// The wide form of inexact lines with one channel.
+void addBytesInOrderAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
+
 /// The wide form of split lines.
 void splitLineAvx2(const DownsampleCells& cells, const SplitLine& line, float* done, float* next);
 #endif
