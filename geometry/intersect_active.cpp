@@ -7,6 +7,7 @@ namespace Vaskel::Intersect {
 namespace {
 
 constexpr std::int32_t kBeyond = 1 << 27;
+constexpr std::size_t kFewMoves = 64;
 constexpr int kNearby = 8;  // chains tried around the one that may be near
 
 }  // namespace
@@ -125,16 +126,18 @@ void ActiveChains::erase(Index chain) {
     mFreeChains.push_back(chain);
 }
 
-// Sweeps often go on where they were; else looks outwards from where the block
-// was last seen: blocks entered and taken out below it have moved it since.
+// Looks outwards from where the block was last seen: blocks entered and taken
+// out below it have moved it since, which is made good now and then.
 std::size_t ActiveChains::positionOf(Index wanted) {
     const std::size_t last = mOrder.size() - 1;
-    for (std::size_t i = mRecent > 0 ? mRecent - 1 : 0; i <= std::min(mRecent + 1, last); ++i)
-        if (mOrder[i] == wanted) return mRecent = i;
+    if (++mMoves > kFewMoves + last / 16) {
+        mMoves = 0;
+        for (std::size_t i = 0; i <= last; ++i) block(mOrder[i]).place = static_cast<Index>(i);
+    }
     const auto seen = std::min(static_cast<std::size_t>(block(wanted).place), last);
     for (std::size_t away = 0;; ++away) {
-        if (away <= seen && mOrder[seen - away] == wanted) return mRecent = seen - away;
-        if (away <= last - seen && mOrder[seen + away] == wanted) return mRecent = seen + away;
+        if (away <= seen && mOrder[seen - away] == wanted) return seen - away;
+        if (away <= last - seen && mOrder[seen + away] == wanted) return seen + away;
     }
 }
 

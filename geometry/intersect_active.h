@@ -39,8 +39,8 @@ class ActiveChains {
     ActiveChain& operator[](Index chain) { return mChains[static_cast<std::size_t>(chain)]; }
 
     /// Asks for the memory of a chain, or of its neighbours and its block.
-    void fetch(Index chain) { __builtin_prefetch(&(*this)[chain]); }
-    void fetchAround(Index chain) {
+    [[gnu::always_inline]] void fetch(Index chain) { __builtin_prefetch(&(*this)[chain]); }
+    [[gnu::always_inline]] void fetchAround(Index chain) {
         const ActiveChain& c = (*this)[chain];
         if (c.above >= 0) fetch(c.above);
         if (c.below >= 0) fetch(c.below);
@@ -83,7 +83,7 @@ class ActiveChains {
     std::vector<Block> mBlocks;
     std::vector<Index> mFreeBlocks;
     std::vector<Index> mOrder;  // blocks from bottom to top
-    std::size_t mRecent = 0;    // where a block was last looked for
+    std::size_t mMoves = 0;     // changes of mOrder since all places were true
     bool mInOrder = true;
 };
 

@@ -24,8 +24,6 @@
 
 #include "geometry/intersect_simple.h"
 
-#include <algorithm>
-
 #include "geometry/intersect_active.h"
 #include "geometry/intersect_chains.h"
 
@@ -35,7 +33,7 @@ namespace {
 class Proof {
  public:
     explicit Proof(const MonotoneChains& chains)
-        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size() + 1, kNone) {}
+        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size(), kNone) {}
 
     bool succeeds();
 
@@ -52,9 +50,11 @@ class Proof {
 
     Ways waysAt(Index turn) const;
     Index activeNear(Index turn);
+    Index activeAt(Index turn);
     bool enter(Index turn, PackedPlace p, const Ways& ways);
     bool leave(PackedPlace p, const Ways& ways);
-    void fetchAhead(std::size_t event);
+    // Inlined always: compilers drop calls of functions that only ask for memory.
+    [[gnu::always_inline]] void fetchAhead(std::size_t event);
 
     const MonotoneChains& mChains;
     ActiveChains mActive;
@@ -79,12 +79,15 @@ Proof::Ways Proof::waysAt(Index i) const {
     return ways;
 }
 
-// Where the sweep enters at a turn, the outline goes on at the far turns of
-// both chains to others, which may be active already and near.
+// Where the sweep enters at a turn, chains that lie near in walk order may be
+// active already and near in the plane: the nearest of them.
 Index Proof::activeNear(Index i) {
-    if (turn(i).kind != Turn::kInner) return kNone;
-    if (turn(i + 1).kind == Turn::kInner && activeOf(i + 1) != kNone) return activeOf(i + 1);
-    if (turn(i - 1).kind == Turn::kInner) return activeOf(i - 2);
+    constexpr Index kFarthest = 8;
+    const auto end = static_cast<Index>(mActiveOf.size());
+    for (Index away = 1; away <= kFarthest; ++away) {
+        if (i + away < end && activeOf(i + away) != kNone) return activeOf(i + away);
+        if (i - 1 - away >= 0 && activeOf(i - 1 - away) != kNone) return activeOf(i - 1 - away);
+    }
     return kNone;
 }
 
@@ -130,9 +133,12 @@ bool Proof::leave(PackedPlace p, const Ways& ways) {
     return true;
 }
 
+// The chain with which the event at a turn has to do.
+Index Proof::activeAt(Index i) { return activeOf(i) != kNone ? activeOf(i) : activeNear(i); }
+
 // What an event needs lies scattered in memory, each piece named by the one
 // before: asked for some events ahead, so that it is there when its turn comes.
-void Proof::fetchAhead(std::size_t event) {
+inline void Proof::fetchAhead(std::size_t event) {
     constexpr std::size_t kStage = 6;
     const std::vector<Index>& events = mChains.events;
     if (event + 4 * kStage < events.size()) __builtin_prefetch(&turn(events[event + 4 * kStage]));
@@ -142,14 +148,12 @@ void Proof::fetchAhead(std::size_t event) {
         __builtin_prefetch(&activeOf(i));
     }
     if (event + 2 * kStage < events.size()) {
-        const Index i = events[event + 2 * kStage];
-        for (Index chain = std::max(i - 2, 0); chain <= i + 1; ++chain)
-            if (activeOf(chain) != kNone) mActive.fetch(activeOf(chain));
+        const Index active = activeAt(events[event + 2 * kStage]);
+        if (active != kNone) mActive.fetch(active);
     }
     if (event + kStage < events.size()) {
-        const Index i = events[event + kStage];
-        for (Index chain = std::max(i - 2, 0); chain <= i + 1; ++chain)
-            if (activeOf(chain) != kNone) mActive.fetchAround(activeOf(chain));
+        const Index active = activeAt(events[event + kStage]);
+        if (active != kNone) mActive.fetchAround(active);
     }
 }
 
