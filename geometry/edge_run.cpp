@@ -59,22 +59,30 @@ bool runSse2(int x, int y, const PointRun& run, bool& inside) {
     constexpr PointBits kAll = 0xFFFF;
     const EdgeBlocks blocks(x, y, run);
     const __m128i wideX = _mm_set1_epi32(x), wideY = _mm_set1_epi32(y);
-    PointBits lastRight = blocks.points[0].x > x, lastAt = blocks.points[0].x == x;
-    int begin = 1;
-    for (; begin + kBlock <= blocks.count; begin += kBlock) {
+    for (int next = 1, begin; next < blocks.count; next = begin + kBlock) {
+        begin = next;
+        PointBits fresh = kAll;
+        if (blocks.count - begin < kBlock) {
+            if (blocks.count <= kBlock) return blocks.testEach(begin, blocks.count, inside);
+            // The last block is a whole one too, in part seen before.
+            const int whole = blocks.count - kBlock;
+            fresh = kAll << (begin - whole) & kAll;
+            begin = whole;
+        }
         const WalkPoint* const points = blocks.points + begin;
+        const WalkPoint& last = blocks.points[begin - 1];
         const Lanes xs = xOf(points);
         const PointBits right = above(xs, wideX), at = equal(xs, wideX);
-        const PointBits spanned = (right ^ (right << 1 | lastRight)) & kAll;
-        const PointBits upright = at & (at << 1 | lastAt);
-        lastRight = right >> (kBlock - 1);
-        lastAt = at >> (kBlock - 1);
+        const PointBits spanned = (right ^ EdgeBlocks::before(right, last.x > x)) & fresh;
+        const PointBits upright = at & EdgeBlocks::before(at, last.x == x) & fresh;
         if ((spanned | upright) == 0) continue;
         const Lanes ys = yOf(points);
         const PointBits up = above(ys, wideY), level = equal(ys, wideY);
-        if (blocks.testBits(begin, spanned, upright, ~(up | level), up, inside)) return true;
+        const PointBits near = blocks.countFar(begin, spanned, ~(up | level), up, inside);
+        if (blocks.testSides(begin, near, inside)) return true;
+        if (blocks.testUprights(begin, upright)) return true;
     }
-    return blocks.testEach(begin, blocks.count, inside);
+    return false;
 }
 
 #endif

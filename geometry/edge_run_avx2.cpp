@@ -5,6 +5,8 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+
 #include "geometry/edge_run.h"
 #include "geometry/edge_run_blocks.h"
 
@@ -51,26 +53,64 @@ VASKEL_AVX2 PointBits equal(const Lanes& v, __m256i value) {
     return _mm256_testz_si256(any, any) ? 0 : bits(a, b, c, d);
 }
 
+// EdgeBlocks::testSides with four edges at a time: differences in 32 bits and
+// products of them in 64, as there.
+VASKEL_AVX2 bool testSides(const EdgeBlocks& blocks, int begin, PointBits near, bool& inside) {
+    const __m256i at = _mm256_set1_epi64x(
+        static_cast<long long>(std::uint64_t{static_cast<std::uint32_t>(blocks.y)} << 32 |
+                               static_cast<std::uint32_t>(blocks.x)));
+    while (near != 0) {
+        const int group = __builtin_ctz(near) / 4 * 4;
+        const int wanted = static_cast<int>(near >> group & 15);
+        near &= ~(PointBits{15} << group);
+        const WalkPoint* const to = blocks.points + begin + group;
+        const WalkPoint* const from = blocks.backward ? to : to - 1;
+        const __m256i p = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+        const __m256i c =
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(blocks.backward ? to - 1 : to));
+        const __m256i edge = _mm256_sub_epi32(c, p), way = _mm256_sub_epi32(at, p);
+        const __m256i left = _mm256_mul_epi32(way, _mm256_srli_epi64(edge, 32));
+        const __m256i right = _mm256_mul_epi32(_mm256_srli_epi64(way, 32), edge);
+        const __m256d equal = _mm256_castsi256_pd(_mm256_cmpeq_epi64(left, right));
+        if ((_mm256_movemask_pd(equal) & wanted) != 0) return true;
+        // To the left, cx < px, signs are the other way round: not less is more.
+        const __m256d less = _mm256_castsi256_pd(_mm256_cmpgt_epi64(right, left));
+        const __m256d leftwards =
+            _mm256_castsi256_pd(_mm256_shuffle_epi32(_mm256_cmpgt_epi32(p, c), 0xA0));
+        const int crossing = _mm256_movemask_pd(_mm256_xor_pd(less, leftwards));
+        inside ^= __builtin_parity(static_cast<unsigned>(crossing & wanted)) != 0;
+    }
+    return false;
+}
+
 __attribute__((target("avx2"))) bool run(int x, int y, const PointRun& points, bool& inside) {
     constexpr int kBlock = 32;
     const EdgeBlocks blocks(x, y, points);
     const __m256i wideX = _mm256_set1_epi32(x), wideY = _mm256_set1_epi32(y);
-    PointBits lastRight = blocks.points[0].x > x, lastAt = blocks.points[0].x == x;
-    int begin = 1;
-    for (; begin + kBlock <= blocks.count; begin += kBlock) {
+    for (int next = 1, begin; next < blocks.count; next = begin + kBlock) {
+        begin = next;
+        PointBits fresh = ~PointBits{0};
+        if (blocks.count - begin < kBlock) {
+            if (blocks.count <= kBlock) return blocks.testEach(begin, blocks.count, inside);
+            // The last block is a whole one too, in part seen before.
+            const int whole = blocks.count - kBlock;
+            fresh <<= begin - whole;
+            begin = whole;
+        }
         const WalkPoint* const from = blocks.points + begin;
+        const WalkPoint& last = blocks.points[begin - 1];
         const Lanes xs = lanesOf<0x88>(from);
         const PointBits right = above(xs, wideX), at = equal(xs, wideX);
-        const PointBits spanned = right ^ (right << 1 | lastRight);
-        const PointBits upright = at & (at << 1 | lastAt);
-        lastRight = right >> (kBlock - 1);
-        lastAt = at >> (kBlock - 1);
+        const PointBits spanned = (right ^ EdgeBlocks::before(right, last.x > x)) & fresh;
+        const PointBits upright = at & EdgeBlocks::before(at, last.x == x) & fresh;
         if ((spanned | upright) == 0) continue;
         const Lanes ys = lanesOf<0xDD>(from);
         const PointBits up = above(ys, wideY), level = equal(ys, wideY);
-        if (blocks.testBits(begin, spanned, upright, ~(up | level), up, inside)) return true;
+        const PointBits near = blocks.countFar(begin, spanned, ~(up | level), up, inside);
+        if (testSides(blocks, begin, near, inside)) return true;
+        if (blocks.testUprights(begin, upright)) return true;
     }
-    return blocks.testEach(begin, blocks.count, inside);
+    return false;
 }
 
 }  // namespace

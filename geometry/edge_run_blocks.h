@@ -3,8 +3,8 @@
 // testEdge looks at an edge when x lies in its half-open span, which is when
 // one end is right of x and the other is not, or when both ends are at x. Of
 // those with an end on each side, one with both ends below y crosses and one
-// with both above does not. So bits tell all but the few edges near the point,
-// which go to testEdge itself, in the direction of the walk. The order of the
+// with both above does not. So bits tell all but the edges near the point, which
+// are tested as testEdge does, in the direction of the walk. The order of the
 // edges plays no part: the answer is a parity, or that some edge holds the
 // point.
 
@@ -51,13 +51,23 @@ struct EdgeBlocks {
     }
 
     /// The edges whose bits are set in near, bit 0 being that which ends at
-    /// point begin.
-    bool testMarked(int begin, PointBits near, bool& inside) const {
+    /// point begin: none is told by the heights of its ends.
+    bool testSides(int begin, PointBits near, bool& inside) const {
         for (; near != 0; near &= near - 1) {
-            const EdgeAnswer answer = test(begin + __builtin_ctz(near));
-            if (answer == EdgeAnswer::kHoldsPoint) return true;
-            if (answer == EdgeAnswer::kCrosses) inside = !inside;
+            const int i = begin + __builtin_ctz(near);
+            const WalkPoint& from = points[backward ? i : i - 1];
+            const WalkPoint& to = points[backward ? i - 1 : i];
+            const int side = sideOfEdge(x, y, from.x, from.y, to.x, to.y);
+            if (side == 0) return true;
+            inside ^= side < 0;  // as often as not: no branch to guess
         }
+        return false;
+    }
+
+    /// Upright edges at x, which hold the point or do nothing.
+    bool testUprights(int begin, PointBits upright) const {
+        for (; upright != 0; upright &= upright - 1)
+            if (test(begin + __builtin_ctz(upright)) == EdgeAnswer::kHoldsPoint) return true;
         return false;
     }
 
@@ -66,15 +76,15 @@ struct EdgeBlocks {
         return bits << 1 | static_cast<PointBits>(first);
     }
 
-    /// A block from point begin on, from the bits of where its points are.
-    bool testBits(int begin, PointBits spanned, PointBits upright, PointBits below, PointBits above,
-                  bool& inside) const {
+    /// Counts the edges of a block from point begin on that cross by the heights
+    /// of their ends; returns those of the spanned ones that these do not tell.
+    PointBits countFar(int begin, PointBits spanned, PointBits below, PointBits above,
+                       bool& inside) const {
         const int lastY = points[begin - 1].y;
         const PointBits bothBelow = below & before(below, lastY < y);
         const PointBits bothAbove = above & before(above, lastY > y);
         inside ^= __builtin_parity(spanned & bothBelow) != 0;
-        const PointBits near = (spanned & ~(bothBelow | bothAbove)) | upright;
-        return near != 0 && testMarked(begin, near, inside);
+        return spanned & ~(bothBelow | bothAbove);
     }
 };
 

@@ -14,6 +14,15 @@ inline bool between(int value, int a, int b) {
     return (a <= value && value <= b) || (b <= value && value <= a);
 }
 
+/// For an edge in whose half-open x span x lies, and of whose ends not both lie
+/// below y nor both above: below 0 when it crosses the ray, 0 when it holds the
+/// point.
+inline int sideOfEdge(int x, int y, int px, int py, int cx, int cy) {
+    const int s = compareProducts(difference(x, px), difference(cy, py), difference(y, py),
+                                  difference(cx, px));
+    return cx < px ? -s : s;
+}
+
 /// The edge from (px, py) to (cx, cy) against the ray from (x, y).
 inline EdgeAnswer testEdge(int x, int y, int px, int py, int cx, int cy) {
     if (px == x && cx == x && between(y, py, cy)) return EdgeAnswer::kHoldsPoint;
@@ -22,9 +31,7 @@ inline EdgeAnswer testEdge(int x, int y, int px, int py, int cx, int cy) {
     if ((px > x) == (cx > x)) return EdgeAnswer::kMisses;
     if (py < y && cy < y) return EdgeAnswer::kCrosses;
     if (py > y && cy > y) return EdgeAnswer::kMisses;
-    int s = compareProducts(difference(x, px), difference(cy, py), difference(y, py),
-                            difference(cx, px));
-    if (cx < px) s = -s;
+    const int s = sideOfEdge(x, y, px, py, cx, cy);
     if (s == 0) return EdgeAnswer::kHoldsPoint;
     return s < 0 ? EdgeAnswer::kCrosses : EdgeAnswer::kMisses;
 }

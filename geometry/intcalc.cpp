@@ -63,12 +63,12 @@ int intcalc(int x1, int y1, int x2, int y2, int x3, int y3, int x4, int y4, int*
                                    difference(y2, y3));
     const int s1 = compareProducts(difference(x1, x3), difference(y1, y4), difference(x1, x4),
                                    difference(y1, y3));
-    if (s1 == s2) return 0;
     const int s4 = compareProducts(difference(x1, x4), difference(y2, y4), difference(x2, x4),
                                    difference(y1, y4));
     const int s3 = compareProducts(difference(x1, x3), difference(y2, y3), difference(x2, x3),
                                    difference(y1, y3));
-    if (s3 == s4) return 0;
+    // Both at once: which of them it is that fails is hard to guess.
+    if ((int{s1 == s2} | int{s3 == s4}) != 0) return 0;
 
     const int dx1Int = difference(x1, x2), dy1Int = difference(y1, y2);
     const int dx2Int = difference(x3, x4), dy2Int = difference(y3, y4);
