@@ -23,6 +23,9 @@ void addMake(CLI::App& app, Command& chosen);
 /// convert [INPUT] --to FORM: text from one Unicode form to another.
 void addConvert(CLI::App& app, Command& chosen);
 
+/// check INPUT.svg: where the outlines of a drawing cross themselves.
+void addCheck(CLI::App& app, Command& chosen);
+
 }  // namespace Proof
 
 #endif

@@ -12,6 +12,7 @@ enum ExitCode : int {
     kExitDone = 0,
     kExitFailed = 1,   // an input cannot be read, an output cannot be written
     kExitUsage = 2,    // the command line makes no sense
+    kExitFound = 3,    // a check found outlines that cross themselves
     kExitSignal = 128  // plus the number of the signal that cancelled
 };
 

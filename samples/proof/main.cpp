@@ -27,7 +27,8 @@ void describe(CLI::App& app, Arguments& arguments) {
     app.footer(
         "vaskel-proof COMMAND --help tells more about a command.\n\n"
         "Exit codes: 0 done; 1 an input cannot be read or converted, or an output not written;\n"
-        "2 the command line makes no sense; 128 + n cancelled by signal n (Ctrl-C: 130).");
+        "2 the command line makes no sense; 3 a check found outlines that cross themselves;\n"
+        "128 + n cancelled by signal n (Ctrl-C: 130).");
     app.require_subcommand(1);
     app.set_version_flag("--version", versionText());
     app.add_option("--color,--colour", arguments.colour,
@@ -42,6 +43,7 @@ void describe(CLI::App& app, Arguments& arguments) {
     addTrace(app, arguments.command);
     addMake(app, arguments.command);
     addConvert(app, arguments.command);
+    addCheck(app, arguments.command);
 }
 
 int run(const Arguments& arguments, Console& console) {

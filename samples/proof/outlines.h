@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/pemmit.h"
+#include "samples/proof/path_step.h"
 
 namespace Proof {
 
@@ -61,12 +62,19 @@ class Orientation {
 
 /// A page of outlines with all that a writer needs.
 struct OutlinePage {
-    Outlines outlines;
-    int width = 0;  // of the page in outline units
+    Outlines outlines;  // filled
+    int width = 0;      // of the page in outline units
     int height = 0;
     double xUnitsPerInch = 0;
     double yUnitsPerInch = 0;
+    std::vector<PathStep> lines = {};  // drawn as hair lines
+    std::vector<PathStep> marks = {};  // drawn over all, in red
 };
+
+// How wide lines and marks are drawn, and how exactly: outline units are small.
+constexpr double kHairlineInch = 0.1 / 25.4;
+constexpr double kMarkInch = 0.2 / 25.4;
+constexpr int kStepDecimals = 3;
 
 /// Appends the tracer's outline: its points hold the row in x and the column
 /// in y.

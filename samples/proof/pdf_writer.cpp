@@ -50,9 +50,35 @@ std::string pdfPageMatrix(const OutlinePage& page) {
            decimal(heightPt(page) / unit, kMatrixDecimals);
 }
 
+std::string pdfStepOperators(std::span<const PathStep> steps) {
+    std::string text;
+    for (const PathStep& step : steps) {
+        if (step.kind == PathStep::Close) {
+            text += "h\n";
+            continue;
+        }
+        if (step.kind == PathStep::Curve)
+            for (const double value : {step.x1, step.y1, step.x2, step.y2})
+                text += decimal(value, kStepDecimals) + " ";
+        text += decimal(step.x, kStepDecimals) + " " + decimal(step.y, kStepDecimals) + " ";
+        text += "mlc"[step.kind];
+        text += '\n';
+    }
+    return text;
+}
+
 std::string pdfPageContent(const OutlinePage& page) {
-    if (page.outlines.count() == 0) return {};
-    return "q\n" + pdfPageMatrix(page) + " cm\n" + pdfPathOperators(page.outlines) + "f*\nQ\n";
+    std::string content;
+    if (page.outlines.count() > 0) content += pdfPathOperators(page.outlines) + "f*\n";
+    const auto stroke = [&](const std::vector<PathStep>& steps, const char* colour, double inch) {
+        if (!steps.empty())
+            content += colour + decimal(inch * page.xUnitsPerInch, kStepDecimals) + " w\n" +
+                       pdfStepOperators(steps) + "S\n";
+    };
+    stroke(page.lines, "0 G ", kHairlineInch);
+    stroke(page.marks, "1 0 0 RG ", kMarkInch);
+    if (content.empty()) return {};
+    return "q\n" + pdfPageMatrix(page) + " cm\n" + content + "Q\n";
 }
 
 void writePdf(const OutlinePage& page, const std::string& title, std::optional<std::time_t> date,

@@ -5,6 +5,7 @@
 
 #include <ctime>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "samples/proof/outlines.h"
@@ -16,11 +17,15 @@ namespace Proof {
 /// outline units, without the painting operator.
 std::string pdfPathOperators(const Outlines& outlines);
 
+/// The path construction operators of steps in outline units, to three decimals.
+std::string pdfStepOperators(std::span<const PathStep> steps);
+
 /// The six numbers of the matrix that brings outline units, y down, to
 /// points, y up, with the page's lower left corner at the origin.
 std::string pdfPageMatrix(const OutlinePage& page);
 
-/// The content that paints the page's outlines in black under that matrix.
+/// The content that paints the page's outlines and lines in black and its marks
+/// in red under that matrix.
 std::string pdfPageContent(const OutlinePage& page);
 
 /// Writes a document of one page of the true size. Coordinates stay the

@@ -65,6 +65,22 @@ std::string svgPathData(const Outlines& outlines) {
     return data;
 }
 
+std::string svgStepData(std::span<const PathStep> steps) {
+    std::string data;
+    for (const PathStep& step : steps) {
+        if (step.kind == PathStep::Close) {
+            data += "z\n";
+            continue;
+        }
+        data += "MLC"[step.kind];
+        if (step.kind == PathStep::Curve)
+            for (const double value : {step.x1, step.y1, step.x2, step.y2})
+                data += decimal(value, kStepDecimals) + " ";
+        data += decimal(step.x, kStepDecimals) + " " + decimal(step.y, kStepDecimals) + "\n";
+    }
+    return data;
+}
+
 std::string xmlText(const std::string& text) {
     std::string out;
     for (std::size_t at = 0; at < text.size();) {
@@ -84,6 +100,19 @@ std::string xmlText(const std::string& text) {
     return out;
 }
 
+namespace {
+
+void writeStroke(const std::vector<PathStep>& steps, const char* colour, double width,
+                 OutputFile& file) {
+    if (steps.empty()) return;
+    file.write("<path fill=\"none\" stroke=\"" + std::string(colour) + "\" stroke-width=\"" +
+               decimal(width, kStepDecimals) + "\" d=\"\n");
+    file.write(svgStepData(steps));
+    file.write("\"/>\n");
+}
+
+}  // namespace
+
 void writeSvg(const OutlinePage& page, const std::string& title, OutputFile& file) {
     const auto millimetres = [](int units, double perInch) {
         return decimal(units / perInch * 25.4, 6);
@@ -98,7 +127,10 @@ void writeSvg(const OutlinePage& page, const std::string& title, OutputFile& fil
     file.write(head + xmlText(title) +
                "</title>\n<path fill=\"#000\" fill-rule=\"evenodd\" d=\"\n");
     file.write(svgPathData(page.outlines));
-    file.write("\"/>\n</svg>\n");
+    file.write("\"/>\n");
+    writeStroke(page.lines, "#000", kHairlineInch * page.xUnitsPerInch, file);
+    writeStroke(page.marks, "#f00", kMarkInch * page.xUnitsPerInch, file);
+    file.write("</svg>\n");
 }
 
 }  // namespace Proof

@@ -3,6 +3,7 @@
 #ifndef SAMPLES_PROOF_SVG_WRITER_H
 #define SAMPLES_PROOF_SVG_WRITER_H
 
+#include <span>
 #include <string>
 
 #include "samples/proof/outlines.h"
@@ -15,7 +16,10 @@ namespace Proof {
 /// relative lines, and is closed.
 std::string svgPathData(const Outlines& outlines);
 
-/// Writes the page. Coordinates are the outlines' own whole numbers in a view
+/// The path data of steps in outline units, to three decimals.
+std::string svgStepData(std::span<const PathStep> steps);
+
+/// Writes the page. The outlines' coordinates are the outlines' own whole numbers in a view
 /// box of the page's size in outline units, so that nothing is rounded; width
 /// and height give the true size in millimetres.
 void writeSvg(const OutlinePage& page, const std::string& title, OutputFile& file);

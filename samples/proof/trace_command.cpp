@@ -1,57 +1,29 @@
 // vaskel-proof trace: a scanned page in, its outlines as SVG and PDF out.
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <memory>
+#include <optional>
 
+#include "samples/proof/check/check_command.h"
+#include "samples/proof/check/check_report.h"
 #include "samples/proof/commands.h"
 #include "samples/proof/console.h"
 #include "samples/proof/failure.h"
 #include "samples/proof/interrupt.h"
 #include "samples/proof/numbers.h"
-#include "samples/proof/output_file.h"
-#include "samples/proof/overwrite.h"
-#include "samples/proof/pdf_document.h"
-#include "samples/proof/pdf_writer.h"
-#include "samples/proof/svg_writer.h"
+#include "samples/proof/page_files.h"
 #include "samples/proof/trace_job.h"
 
 namespace Proof {
 namespace {
-
-enum class Format { Svg, Pdf };
 
 struct TraceCommand {
     TraceOptions options;
     std::vector<std::string> outputs;
     std::string format;  // "svg", "pdf" or empty: by the output's name
     bool force = false;  // older files are replaced unasked
+    bool check = false;
+    std::string json;
 };
-
-Format formatOf(const TraceCommand& command, const std::string& output) {
-    std::string name = command.format;
-    if (name.empty()) name = std::filesystem::path(output).extension().string();
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (name == ".svg" || name == "svg") return Format::Svg;
-    if (name == ".pdf" || name == "pdf") return Format::Pdf;
-    throw Failure(oneLine("what is to be written to " + output +
-                          "? its name ends neither in .svg nor in .pdf; --format tells"),
-                  kExitUsage);
-}
-
-std::string leafName(const std::string& path) {
-    return path == "-" ? "standard input" : std::filesystem::path(path).filename().string();
-}
-
-void writeOutput(const TracedScan& traced, Format format, OutputFile& file) {
-    const std::string title = leafName(traced.name);
-    if (format == Format::Svg)
-        writeSvg(traced.page, title, file);
-    else
-        writePdf(traced.page, title, documentDate(traced.modified), file);
-}
 
 void printSummary(const TracedScan& traced, const TraceCommand& command) {
     const OutlinePage& page = traced.page;
@@ -61,22 +33,27 @@ void printSummary(const TracedScan& traced, const TraceCommand& command) {
     std::fputs(text.c_str(), stdout);
 }
 
+CheckReport checkTraced(TracedScan& traced, Console& console) {
+    const Interrupt interrupt;
+    const CheckReport report = checkOutlines(traced.name, traced.page, checkSettings(console));
+    console.endProgress();
+    if (report.cancelled) throw cancelledCheck();
+    markFindings(report, traced.page);
+    return report;
+}
+
 int runTrace(const TraceCommand& command, Console& console) {
     console.setQuiet(command.options.quiet);
-    std::vector<Format> formats;
-    for (const std::string& output : command.outputs) formats.push_back(formatOf(command, output));
-    for (const std::string& output : command.outputs) OutputFile::probe(output);
-    requirePermission(command.outputs, command.force);
-    const TracedScan traced = traceScan(command.options, console);
+    if (!command.check && !command.json.empty())
+        throw Failure("--json takes what --check finds: add --check", kExitUsage);
+    PageFiles files(command.outputs, command.format, command.json, command.force);
+    TracedScan traced = traceScan(command.options, console);
+    std::optional<CheckReport> report;
+    if (command.check && traced.cancelledBy == 0) report = checkTraced(traced, console);
 
     const Interrupt interrupt;  // files are short work and are finished
-    // All files are complete before the first of them takes its name.
-    std::vector<std::unique_ptr<OutputFile>> files;
-    for (std::size_t i = 0; i < formats.size(); ++i) {
-        files.push_back(std::make_unique<OutputFile>(command.outputs[i]));
-        writeOutput(traced, formats[i], *files.back());
-    }
-    for (const auto& file : files) file->commit();
+    files.write(traced.page, traced.name, traced.modified,
+                report ? reportJson(*report) : std::string());
 
     if (traced.cancelledBy != 0) {
         warning("cancelled after row " + grouped(static_cast<unsigned>(traced.rows)) + " of " +
@@ -84,9 +61,11 @@ int runTrace(const TraceCommand& command, Console& console) {
                 "; the outlines up to there were closed and written");
         return kExitSignal + traced.cancelledBy;
     }
-    const bool toStdout = std::count(command.outputs.begin(), command.outputs.end(), "-") > 0;
-    if (!command.options.quiet && !toStdout) printSummary(traced, command);
-    return kExitDone;
+    if (!files.toStdout()) {
+        if (!command.options.quiet) printSummary(traced, command);
+        if (report) std::fputs(reportLines(*report).c_str(), stdout);
+    }
+    return report && report->crosses() ? kExitFound : kExitDone;
 }
 
 void addScanOptions(CLI::App& app, TraceOptions& options) {
@@ -167,6 +146,14 @@ void addTrace(CLI::App& app, Command& chosen) {
         ->type_name("FORMAT")
         ->group(group);
     trace->add_flag("-f,--force", command->force, "replace older files without asking")
+        ->group(group);
+    trace
+        ->add_flag("--check", command->check,
+                   "list where outlines cross or touch themselves or each other, and mark the "
+                   "places; see vaskel-proof check --help")
+        ->group(group);
+    trace->add_option("--json", command->json, "what --check finds, as JSON")
+        ->type_name("FILE")
         ->group(group);
     trace->add_flag("-q,--quiet", command->options.quiet, "say nothing unless something is wrong")
         ->group(group);

@@ -61,6 +61,22 @@ TEST_CASE("page content is one even-odd path of whole numbers under one matrix")
     CHECK(pdfPageContent(OutlinePage{{}, 10, 10, 72, 72}) == "");
 }
 
+TEST_CASE("lines and marks are stroked after the outlines") {
+    OutlinePage page = smallPage();
+    page.lines = {{PathStep::Move, 0, 0, 0, 0, 1, 2},
+                  {PathStep::Line, 0, 0, 0, 0, 3.25, 4},
+                  {PathStep::Close, 0, 0, 0, 0, 1, 2}};
+    page.marks = {{PathStep::Move, 0, 0, 0, 0, 5, 6}, {PathStep::Curve, 1, 2, 3, 4, 5, 6.5}};
+    CHECK(pdfPageContent(page) ==
+          "q\n0.12 0 0 -0.24 0 144 cm\n"
+          "0 0 m\n100 0 l\n100 50 l\nh\n"
+          "10 10 m\n20 10 l\n20 20 l\nh\n"
+          "f*\n"
+          "0 G 2.362 w\n1 2 m\n3.25 4 l\nh\nS\n"
+          "1 0 0 RG 4.724 w\n5 6 m\n1 2 3 4 5 6.5 c\nS\n"
+          "Q\n");
+}
+
 TEST_CASE("a PDF has one page of the true size, a title and a date") {
     const TempFolder folder;
     const DateOfSource none(nullptr);

@@ -56,6 +56,27 @@ TEST_CASE("an SVG has the page's size in millimetres and its units in the view b
           "M0 0h100v50z\nM10 10h10v10z\n\"/>\n</svg>\n");
 }
 
+TEST_CASE("lines and marks are stroked after the outlines") {
+    const TempFolder folder;
+    OutlinePage page;
+    page.width = page.height = 600;
+    page.xUnitsPerInch = page.yUnitsPerInch = 600;
+    page.lines = {{PathStep::Move, 0, 0, 0, 0, 1, 2},
+                  {PathStep::Line, 0, 0, 0, 0, 3.25, 4},
+                  {PathStep::Close, 0, 0, 0, 0, 1, 2}};
+    page.marks = {{PathStep::Move, 0, 0, 0, 0, 5, 6}, {PathStep::Curve, 1, 2, 3, 4, 5, 6.5}};
+    OutputFile file(folder / "out.svg");
+    writeSvg(page, "t", file);
+    file.commit();
+    const std::string written = readFile(folder / "out.svg");
+    CHECK(written.substr(written.find("<path")) ==
+          "<path fill=\"#000\" fill-rule=\"evenodd\" d=\"\n\"/>\n"
+          "<path fill=\"none\" stroke=\"#000\" stroke-width=\"2.362\" d=\"\n"
+          "M1 2\nL3.25 4\nz\n\"/>\n"
+          "<path fill=\"none\" stroke=\"#f00\" stroke-width=\"4.724\" d=\"\n"
+          "M5 6\nC1 2 3 4 5 6.5\n\"/>\n</svg>\n");
+}
+
 TEST_CASE("text for XML keeps characters and replaces what is none") {
     struct Row {
         std::string why;
