@@ -47,19 +47,17 @@ unsigned borrowFrom(Digit* a, std::size_t count, unsigned borrow) {
 }
 
 unsigned multiplyDigits(Digit* a, std::size_t count, unsigned factor) {
-    std::size_t i = 0;
-    Limb carry = 0;
-    for (; i + kPerLimb <= count; i += kPerLimb) {
-        const TwoLimbs product = TwoLimbs(loadLimb(a + i)) * factor + carry;
-        storeLimb(a + i, static_cast<Limb>(product));
-        carry = static_cast<Limb>(product >> 64);
-    }
-    for (; i < count; ++i) {
-        const std::uint32_t product = a[i] * factor + static_cast<std::uint32_t>(carry);
+    const std::size_t limbs = count / kPerLimb;
+    // Below factor, as the product of a limb with it is below factor * 2^64.
+    auto carry =
+        static_cast<std::uint32_t>(limbs < kFewLimbs ? multiplyPlain(a, limbs, factor)
+                                                     : limbLoops().multiply(a, limbs, factor));
+    for (std::size_t i = limbs * kPerLimb; i < count; ++i) {
+        const std::uint32_t product = a[i] * factor + carry;
         a[i] = static_cast<Digit>(product);
         carry = product >> 16;
     }
-    return static_cast<unsigned>(carry);
+    return carry;
 }
 
 unsigned subtractMultiple(Digit* a, const Digit* b, std::size_t count, unsigned factor) {

@@ -57,12 +57,15 @@ struct LimbLoops {
     Limb (*addMultiple)(Digit* a, const Digit* b, std::size_t limbs, Limb factor);
     /// a -= factor * b
     Limb (*subtractMultiple)(Digit* a, const Digit* b, std::size_t limbs, Limb factor);
+    /// a *= factor; the limb carried out.
+    Limb (*multiply)(Digit* a, std::size_t limbs, Limb factor);
 };
 
 unsigned addLimbsPlain(Digit* a, const Digit* b, std::size_t limbs);
 unsigned subtractLimbsPlain(Digit* a, const Digit* b, std::size_t limbs);
 Limb addMultiplePlain(Digit* a, const Digit* b, std::size_t limbs, Limb factor);
 Limb subtractMultiplePlain(Digit* a, const Digit* b, std::size_t limbs, Limb factor);
+Limb multiplyPlain(Digit* a, std::size_t limbs, Limb factor);
 
 extern const LimbLoops kLimbLoopsCarry;  // x86-64
 extern const LimbLoops kLimbLoopsAdx;    // x86-64 with BMI2 and ADX

@@ -49,10 +49,20 @@ Limb subtractMultiplePlain(Digit* a, const Digit* b, std::size_t limbs, Limb fac
     return carry;
 }
 
+Limb multiplyPlain(Digit* a, std::size_t limbs, Limb factor) {
+    Limb carry = 0;
+    for (std::size_t i = 0; i < limbs * kPerLimb; i += kPerLimb) {
+        const TwoLimbs product = TwoLimbs(loadLimb(a + i)) * factor + carry;
+        storeLimb(a + i, static_cast<Limb>(product));
+        carry = static_cast<Limb>(product >> 64);
+    }
+    return carry;
+}
+
 namespace {
 
-constexpr LimbLoops kPlain = {"plain", addLimbsPlain, subtractLimbsPlain, addMultiplePlain,
-                              subtractMultiplePlain};
+constexpr LimbLoops kPlain = {"plain",          addLimbsPlain,         subtractLimbsPlain,
+                              addMultiplePlain, subtractMultiplePlain, multiplyPlain};
 
 #if defined(__x86_64__)
 constexpr const LimbLoops* kForms[] = {&kPlain, &kLimbLoopsCarry, &kLimbLoopsAdx};

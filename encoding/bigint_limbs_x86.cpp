@@ -175,14 +175,43 @@ Limb subtractMultipleLimbs(Digit* a, const Digit* b, std::size_t limbs, Limb fac
     return carry;
 }
 
+// The carry of four additions stays in its flag: each product's lower limb and
+// the upper one of the product before.
+Limb multiply(Digit* a, std::size_t limbs, Limb factor) {
+    const std::size_t first = limbs % kTurn;
+    Limb high = multiplyPlain(a, first, factor);
+    a += first * kPerLimb;
+    for (std::size_t turns = limbs / kTurn; turns > 0; --turns, a += kTurn * kPerLimb) {
+        Limb low[kTurn], up[kTurn];
+        for (std::size_t i = 0; i < kTurn; ++i) {
+            const TwoLimbs product = TwoLimbs(loadLimb(a + i * kPerLimb)) * factor;
+            low[i] = static_cast<Limb>(product);
+            up[i] = static_cast<Limb>(product >> 64);
+        }
+        __asm__(
+            "addq %[high], %[l0]\n\t"
+            "adcq %[u0], %[l1]\n\t"
+            "adcq %[u1], %[l2]\n\t"
+            "adcq %[u2], %[l3]\n\t"
+            "adcq $0, %[u3]"
+            : [l0] "+&r"(low[0]), [l1] "+&r"(low[1]), [l2] "+&r"(low[2]), [l3] "+&r"(low[3]),
+              [u3] "+&r"(up[3])
+            : [high] "r"(high), [u0] "rm"(up[0]), [u1] "rm"(up[1]), [u2] "rm"(up[2])
+            : "cc");
+        for (std::size_t i = 0; i < kTurn; ++i) storeLimb(a + i * kPerLimb, low[i]);
+        high = up[3];
+    }
+    return high;
+}
+
 #undef VASKEL_CARRY_LOOP
 
 }  // namespace
 
-const LimbLoops kLimbLoopsCarry = {"carry flag", add, subtract, addMultiplePlain,
-                                   subtractMultiplePlain};
-const LimbLoops kLimbLoopsAdx = {"two carry flags", add, subtract, addMultiple,
-                                 subtractMultipleLimbs};
+const LimbLoops kLimbLoopsCarry = {"carry flag",          add,     subtract, addMultiplePlain,
+                                   subtractMultiplePlain, multiply};
+const LimbLoops kLimbLoopsAdx = {"two carry flags",     add,     subtract, addMultiple,
+                                 subtractMultipleLimbs, multiply};
 
 }  // namespace Vaskel
 

@@ -189,6 +189,11 @@ TEST_CASE("limb loops: every form gives the plain form's digits at every length"
                 CHECK(loops->subtractMultiple(got.data(), b.data(), limbs, factor) ==
                       Vaskel::subtractMultiplePlain(want.data(), b.data(), limbs, factor));
                 CHECK((got == want));
+                CHECK(loops->multiply(got.data() + at % 4 * (limbs != 0), limbs - (limbs != 0),
+                                      factor) ==
+                      Vaskel::multiplyPlain(want.data() + at % 4 * (limbs != 0),
+                                            limbs - (limbs != 0), factor));
+                CHECK((got == want));
             }
         }
     }
@@ -207,7 +212,10 @@ TEST_CASE("limb loops: the forced form is the one in use") {
             ++calls;
             return Vaskel::addLimbsPlain(a, b, limbs);
         },
-        Vaskel::subtractLimbsPlain, Vaskel::addMultiplePlain, Vaskel::subtractMultiplePlain};
+        Vaskel::subtractLimbsPlain,
+        Vaskel::addMultiplePlain,
+        Vaskel::subtractMultiplePlain,
+        Vaskel::multiplyPlain};
     Vaskel::forceLimbLoops(&counting);
     bigint a = numberOf(Digits(100, 1));
     a += a;
