@@ -13,6 +13,8 @@ int intersect(Pemmit::Object* object) {
     constexpr std::size_t kWorthwhile = 64;  // below, testing all pairs is faster
     const WalkedOutline walked = walkedOutlineOf(object);
     const bool isLong = walked.points.size() >= kWorthwhile;
+    // The system is asked after the proof, since how often depends on its outcome:
+    // a tenth of a second late for some million vertices.
     if (isLong && isSurelySimple(walked)) {
         askWholeSweep(walked.points.size());
         return 0;

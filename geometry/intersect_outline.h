@@ -14,15 +14,21 @@ namespace Vaskel::Intersect {
 using Index = std::int32_t;
 constexpr Index kNone = -1;
 
-/// A point in one word, x above y, so that places compare in sweep order: by x,
-/// then by y.
+/// A point in one word, 2^32 x + y, so that places compare in sweep order: by x,
+/// then by y. The sum wraps for x = -2^31 and a negative y: different points are
+/// different words all the same, but that one compares as if behind all others.
 using PackedPlace = std::int64_t;
 
 constexpr PackedPlace packed(std::int32_t x, std::int32_t y) {
-    return PackedPlace{x} * (PackedPlace{1} << 32) + y;
+    const auto high = std::uint64_t{static_cast<std::uint32_t>(x)} << 32;
+    return static_cast<PackedPlace>(high + static_cast<std::uint64_t>(std::int64_t{y}));
 }
 constexpr std::int32_t yOf(PackedPlace p) { return static_cast<std::int32_t>(p); }
-constexpr std::int32_t xOf(PackedPlace p) { return static_cast<std::int32_t>((p - yOf(p)) >> 32); }
+constexpr std::int32_t xOf(PackedPlace p) {
+    const auto high =
+        static_cast<std::uint64_t>(p) - static_cast<std::uint64_t>(std::int64_t{yOf(p)});
+    return static_cast<std::int32_t>(static_cast<std::int64_t>(high) >> 32);
+}
 
 /// The sign of (b - a) x (c - a): above 0 when c lies to the left of the way
 /// from a to b. Coordinates lie within +-2^27, so that products stay in 64 bits.

@@ -48,7 +48,7 @@ struct PackedRule {
 
 struct PackedLine {
     const unsigned char* bytes;  // four channels of a pixel side by side
-    unsigned weight;             // in units, at most unitsY
+    unsigned weight;             // in units; packs() bounds those of an area together
 };
 
 /// A way to do the work, on four sums for each cell. Integers: all give the same.

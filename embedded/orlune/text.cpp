@@ -130,12 +130,12 @@ void takeEncoded(Output<char>& output, const char* text, const char* end) {
 // there is room, and returns where they end. Each is a piece of its own.
 template <class From, class To, class Is>
 const From* takeWhile(Output<To>& output, const From* text, Is is) {
-    const From* const limit = text + output.room();
-    To* to = output.space();
-    const From* at = text;
-    for (; at != limit && is(*at); ++at) *to++ = static_cast<To>(*at);
-    output.filled(static_cast<std::size_t>(at - text));
-    return at;
+    const std::size_t room = output.room();
+    To* const to = output.space();
+    std::size_t count = 0;
+    for (; count != room && is(text[count]); ++count) to[count] = static_cast<To>(text[count]);
+    output.filled(count);
+    return text + count;
 }
 
 template <class From, class To>

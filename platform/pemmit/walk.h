@@ -45,7 +45,8 @@ class PLATFORM_API scan {
 
     /// Delivers the next point: stores it and returns 0, or returns a negative
     /// value and leaves *x and *y alone when there are no more. Called once a
-    /// point: a few nanoseconds.
+    /// point: a few nanoseconds. Does not throw, and may be called for some points
+    /// more than the answer depends on.
     int scanex(int* x, int* y);
 
     /// Delivers many points at a time; a host may leave this call out. The engines

@@ -1,6 +1,7 @@
 #include <doctest/doctest.h>
 
 #include <initializer_list>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -194,3 +195,17 @@ TEST_CASE("intersect: memory that ends passes through") {
 }
 
 }  // namespace
+
+// Packing such a point overflowed.
+TEST_CASE("intersect: points at the lowest x and below the axis") {
+    constexpr int lowest = std::numeric_limits<int>::min();
+    CHECK(intersect(openPath({{lowest, -5}, {0, 0}, {5, 5}}).get()) == 0);
+    CHECK(intersect(openPath({{lowest, -5}, {0, 5}, {0, -5}, {lowest, 5}}).get()) == 1);
+    CHECK(intersect(openPath({{0, 5}, {lowest, -5}, {lowest, 5}, {0, -5}}).get()) == 1);
+    Points stairs;  // enough of them to be worth a proof
+    for (int i = 0; i < 100; ++i) stairs.push_back({lowest + i / 2, -200 + (i + 1) / 2});
+    CHECK(intersect(openPath(stairs).get()) == 0);
+    stairs.push_back({lowest, lowest});
+    stairs.push_back({lowest, 0});
+    CHECK(intersect(openPath(stairs).get()) == 1);  // along the first step
+}
