@@ -38,10 +38,13 @@ int compare(const bigint& a, const bigint& b) {
     return compareDigits(Access::digits(a), Access::digits(b), size(a));
 }
 
-// Whether a, which is not shorter than b, is less by value.
+// Whether a, of one digit at least and not shorter than b, is less by value.
 bool lessByValue(const bigint& a, const bigint& b) {
-    return trimmedCount(Access::digits(a) + size(b), size(a) - size(b)) == 0 &&
-           compareDigits(Access::digits(a), Access::digits(b), size(b)) < 0;
+    const Digit *const row = Access::digits(a), *const other = Access::digits(b);
+    const std::size_t mine = size(a), theirs = size(b);
+    // The top digit of a decides most of the time.
+    if (row[mine - 1] > (mine == theirs ? other[theirs - 1] : 0)) return false;
+    return trimmedCount(row + theirs, mine - theirs) == 0 && compareDigits(row, other, theirs) < 0;
 }
 
 // A number of length zero digits, with room for one more.
