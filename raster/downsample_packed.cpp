@@ -1,5 +1,6 @@
 #include "raster/downsample_packed.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -25,6 +26,27 @@ std::vector<unsigned char> vectorShares(const CellPattern& pattern) {
                     for (int channel = 0; channel < 4; ++channel, to += 4)
                         std::memcpy(to, pattern.sharesOf(cell) + 4 * i, 4);
     return shares;
+}
+
+std::vector<ByteCells> byteCells(const CellPattern& pattern, std::size_t period) {
+    std::vector<ByteCells> all(period / 8);
+    for (std::size_t half = 0; half < period / 4; ++half) {
+        // Of a period of four cells the second half is the next one.
+        const std::size_t k = 4 * half % pattern.period;
+        const std::size_t periods = 4 * half / pattern.period;
+        ByteCells& cells = all[half / 2];
+        cells.starts[half % 2] =
+            static_cast<std::uint32_t>(pattern.starts[k] + periods * pattern.pixels);
+        for (std::size_t i = 0; i < 16; ++i) {
+            const std::size_t cell = k + i / 4;
+            const std::size_t place = pattern.starts[cell] - pattern.starts[k] + i % 4;
+            const unsigned char share = pattern.sharesOf(cell)[i % 4];
+            if (share != 0 && place >= 16) return {};
+            cells.places[16 * (half % 2) + i] = static_cast<unsigned char>(place & 15);
+            cells.shares[16 * (half % 2) + i] = share;
+        }
+    }
+    return all;
 }
 
 }  // namespace
@@ -56,12 +78,18 @@ PackedRule::PackedRule(const DownsampleCells& cells, double factorY) {
     *this = forArea(static_cast<unsigned>(cellArea));
     unitsY = 1u << bitsY;
     unit = 1 / steps;
-    if (area != 0) shares = vectorShares(cells.pattern);
+    if (area == 0) return;
+    const CellPattern& pattern = cells.pattern;
+    shares = vectorShares(pattern);
+    if (pattern.span > 4) return;
+    bytesPeriod = std::max(pattern.period, std::size_t{8});
+    bytesPixels = pattern.pixels * (bytesPeriod / pattern.period);
+    bytes = byteCells(pattern, bytesPeriod);
 }
 
 namespace {
 
-template <PackedStep kStep>
+template <std::size_t kChannels, PackedStep kStep>
 void cellsFrom(std::size_t first, const DownsampleCells& cells, const PackedRule& rule,
                const PackedLine& line, std::uint16_t* sums, unsigned char* out) {
     const unsigned whole = 1u << cells.fractionBits;
@@ -70,20 +98,23 @@ void cellsFrom(std::size_t first, const DownsampleCells& cells, const PackedRule
     for (std::size_t k = first; k < cells.ends.size(); ++k) {
         unsigned sum[4] = {};
         const auto add = [&](std::size_t pixel, unsigned share) {
-            for (std::size_t c = 0; c < 4; ++c) sum[c] += share * line.bytes[4 * pixel + c];
+            for (std::size_t c = 0; c < kChannels; ++c)
+                sum[c] += share * line.bytes[kChannels * pixel + c];
         };
         if (left != 0) add(i - 1, static_cast<unsigned>(left * whole));
         for (; i < cells.ends[k].pixel; ++i) add(i, whole);
         left = cells.ends[k].rest;
         add(i++, static_cast<unsigned>((1 - left) * whole));
-        for (std::size_t c = 0; c < 4; ++c) {
+        for (std::size_t c = 0; c < kChannels; ++c) {
             const unsigned more = line.weight * sum[c];
             if constexpr (kStep == PackedStep::kBegin)
-                sums[4 * k + c] = static_cast<std::uint16_t>(more);
+                sums[kChannels * k + c] = static_cast<std::uint16_t>(more);
             else if constexpr (kStep == PackedStep::kAdd)
-                sums[4 * k + c] = static_cast<std::uint16_t>(sums[4 * k + c] + more);
+                sums[kChannels * k + c] =
+                    static_cast<std::uint16_t>(sums[kChannels * k + c] + more);
             else
-                out[4 * k + c] = static_cast<unsigned char>(rule.mean(sums[4 * k + c] + more));
+                out[kChannels * k + c] =
+                    static_cast<unsigned char>(rule.mean(sums[kChannels * k + c] + more));
         }
     }
 }
@@ -93,10 +124,14 @@ void cellsFrom(std::size_t first, const DownsampleCells& cells, const PackedRule
 void packedCells(PackedStep step, std::size_t first, const DownsampleCells& cells,
                  const PackedRule& rule, const PackedLine& line, std::uint16_t* sums,
                  unsigned char* out) {
-    step == PackedStep::kBegin ? cellsFrom<PackedStep::kBegin>(first, cells, rule, line, sums, out)
-    : step == PackedStep::kAdd
-        ? cellsFrom<PackedStep::kAdd>(first, cells, rule, line, sums, out)
-        : cellsFrom<PackedStep::kFinish>(first, cells, rule, line, sums, out);
+    const auto take = [&]<std::size_t kChannels>() {
+        step == PackedStep::kBegin
+            ? cellsFrom<kChannels, PackedStep::kBegin>(first, cells, rule, line, sums, out)
+        : step == PackedStep::kAdd
+            ? cellsFrom<kChannels, PackedStep::kAdd>(first, cells, rule, line, sums, out)
+            : cellsFrom<kChannels, PackedStep::kFinish>(first, cells, rule, line, sums, out);
+    };
+    line.channels == 4 ? take.operator()<4>() : take.operator()<1>();
 }
 
 const PackedForm kPackedPlain = {

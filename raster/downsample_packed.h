@@ -16,7 +16,15 @@
 
 namespace Vaskel {
 
-/// Whether and how an image's sums are packed. Lines have four channels.
+/// Eight cells of one channel, four of which lie within 16 pixels: where these
+/// begin, and for each of the cells' four pixels its place in there and its share.
+struct ByteCells {
+    std::uint32_t starts[2];
+    unsigned char places[32];
+    unsigned char shares[32];
+};
+
+/// Whether and how an image's sums are packed.
 ///
 /// All cells have the same area, and with whole lines of weight unitsY the sum
 /// of a cell is at most 255 areas. Areas are limited so that this, and half an
@@ -38,6 +46,12 @@ struct PackedRule {
     /// first cell's and four times those of the other's.
     std::vector<unsigned char> shares;
 
+    /// The cells of one channel, over bytesPeriod cells, which are bytesPixels
+    /// pixels; empty for cells that lie too far apart.
+    std::vector<ByteCells> bytes;
+    std::size_t bytesPeriod = 0;
+    std::size_t bytesPixels = 0;
+
     PackedRule() = default;
     PackedRule(const DownsampleCells& cells, double factorY);
 
@@ -47,11 +61,13 @@ struct PackedRule {
 };
 
 struct PackedLine {
-    const unsigned char* bytes;  // four channels of a pixel side by side
+    const unsigned char* bytes;  // channels of a pixel side by side
+    int channels;                // 4, or 1 where the rule has cells of bytes
     unsigned weight;             // in units; packs() bounds those of an area together
 };
 
-/// A way to do the work, on four sums for each cell. Integers: all give the same.
+/// A way to do the work, on channels sums for each cell. Integers: all give the
+/// same.
 struct PackedForm {
     using Sums = void (*)(const DownsampleCells& cells, const PackedRule& rule,
                           const PackedLine& line, std::uint16_t* sums);

@@ -1,4 +1,4 @@
-// Packed sums in vectors, four cells of four channels in each. The cells behind
+// Packed sums in vectors: four cells of four channels, or eight of one. The cells behind
 // the last whole period, and those from which a vector would reach behind the
 // line, are the plain form's.
 //
@@ -142,11 +142,58 @@ VASKEL_AVX2 std::size_t wholeCells(const DownsampleCells& cells, const PackedRul
     return periods * period;
 }
 
+// ---- One channel: eight cells in a vector -----------------------------------
+
+template <PackedStep kStep>
+VASKEL_AVX2 std::size_t wholeBytes(const DownsampleCells& cells, const PackedRule& rule,
+                                   const PackedLine& line, std::uint16_t* sums,
+                                   unsigned char* out) {
+    const std::size_t reach = rule.bytes.back().starts[1] + std::size_t{16};
+    if (cells.width < reach) return 0;
+    const std::size_t pixels = rule.bytesPixels, period = rule.bytesPeriod;
+    const std::size_t periods =
+        std::min((cells.width - reach) / pixels + 1, cells.ends.size() / period);
+    const __m128i weight = _mm_set1_epi16(static_cast<short>(line.weight));
+    const __m128i half = _mm_set1_epi16(static_cast<short>(rule.half));
+    const __m128i multiplier = _mm_set1_epi16(static_cast<short>(rule.multiplier));
+    const __m128i shift = _mm_cvtsi32_si128(rule.shift);
+    const ByteCells* const begin = rule.bytes.data();
+    const ByteCells* const end = begin + rule.bytes.size();
+    const unsigned char* from = line.bytes;
+    std::size_t place = 0;
+    for (std::size_t i = 0; i < periods; ++i, from += pixels)
+        for (const ByteCells* eight = begin; eight != end; ++eight, place += 8) {
+            _mm_prefetch(from + eight->starts[0] + kAhead, _MM_HINT_T0);
+            const __m256i bytes =
+                _mm256_inserti128_si256(_mm256_castsi128_si256(load16(from + eight->starts[0])),
+                                        load16(from + eight->starts[1]), 1);
+            const __m256i products = _mm256_maddubs_epi16(
+                _mm256_shuffle_epi8(bytes, load32(eight->places)), load32(eight->shares));
+            const __m256i wide = _mm256_madd_epi16(products, _mm256_set1_epi16(1));
+            __m128i sum = _mm256_castsi256_si128(
+                _mm256_permute4x64_epi64(_mm256_packus_epi32(wide, wide), 0x08));
+            sum = _mm_mullo_epi16(sum, weight);
+            auto* const at = reinterpret_cast<__m128i*>(sums + place);
+            if constexpr (kStep != PackedStep::kBegin)
+                sum = _mm_add_epi16(sum, _mm_loadu_si128(at));
+            if constexpr (kStep == PackedStep::kFinish) {
+                const __m128i means =
+                    _mm_srl_epi16(_mm_mulhi_epu16(_mm_add_epi16(sum, half), multiplier), shift);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(out + place),
+                                 _mm_packus_epi16(means, means));
+            } else {
+                _mm_storeu_si128(at, sum);
+            }
+        }
+    return periods * period;
+}
+
 template <PackedStep kStep>
 void take(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
           std::uint16_t* sums, unsigned char* out) {
     const std::size_t blocks = (cells.pattern.span + 3) / 4;
-    const auto run = cells.factor == 2   ? wholeCells<kStep, Pairs>
+    const auto run = line.channels == 1  ? wholeBytes<kStep>
+                     : cells.factor == 2 ? wholeCells<kStep, Pairs>
                      : cells.factor == 4 ? wholeCells<kStep, Fours>
                      : blocks == 1       ? wholeCells<kStep, Blocks<1>>
                      : blocks == 2       ? wholeCells<kStep, Blocks<2>>

@@ -47,6 +47,7 @@ struct DownsampleSums {
     PackedRule rule;
     std::vector<std::uint16_t> packed;
     enum { kNone, kPacked, kFloats } held = kNone;
+    int packedChannels = 0;  // of the lines that are packed
 
     // Lines may be added in any order as long as their weights are multiples of
     // 1 / steps and the weights added so far do not exceed exactWeight.
@@ -81,15 +82,16 @@ struct DownsampleSums {
     }
     bool exact() const { return weight <= exactWeight; }
 
-    // Whether a line of this weight can go to packed sums, which have four
-    // channels and hold an output line's weight, no more.
+    // Whether a line of this weight can go to packed sums, which hold an output
+    // line's weight, no more.
     bool packs(int channels, double lineWeight) const {
-        return rule.area != 0 && channels == 4 && held != kFloats &&
+        return rule.area != 0 && (channels == 4 || !rule.bytes.empty()) &&
+               (held == kNone || (held == kPacked && channels == packedChannels)) &&
                weightWith(lineWeight) <= std::min(exactWeight, factorY);
     }
     void unpack() {
         if (held != kPacked) return;
-        used = packed.size();
+        used = packed.size() / 4 * static_cast<std::size_t>(packedChannels);
         for (std::size_t i = 0; i < used; ++i)
             values[i] = static_cast<float>(packed[i] * rule.unit);
         held = kFloats;
@@ -119,8 +121,8 @@ struct DownsamplerInside {
     }
 
     static PackedLine packedLine(const DownsampleSums& sums, const unsigned char* line,
-                                 double weight) {
-        return {line, static_cast<unsigned>(weight * sums.rule.unitsY)};
+                                 int channels, double weight) {
+        return {line, channels, static_cast<unsigned>(weight * sums.rule.unitsY)};
     }
 
     static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
@@ -128,9 +130,11 @@ struct DownsamplerInside {
         const DownsampleForm& form = chosenDownsampleForm();
         if (form.packed && sums.packs(channels, weight)) {
             const auto take = sums.held == sums.kPacked ? form.packed->add : form.packed->begin;
-            take(*d.mCells, sums.rule, packedLine(sums, line, weight), sums.packed.data());
+            take(*d.mCells, sums.rule, packedLine(sums, line, channels, weight),
+                 sums.packed.data());
             sums.add(weight);
             sums.held = sums.kPacked;
+            sums.packedChannels = channels;
             return;
         }
         sums.unpack();
@@ -155,7 +159,7 @@ struct DownsamplerInside {
         const DownsampleForm& form = chosenDownsampleForm();
         const double rest = 1 - weight;
         if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
-            form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, weight),
+            form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, channels, weight),
                                 sums.packed.data(), d.mLine.get());
         } else if (form.split && channels == 4 && weight >= 0 && weight < 1 &&
                    sums.weightWith(weight) > sums.exactWeight) {

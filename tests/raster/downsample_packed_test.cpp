@@ -85,7 +85,7 @@ TEST_CASE("packed sums: which images have them") {
 TEST_CASE("packed sums: every form gives the rule's sums and means") {
     std::mt19937 random(kSeed);
     const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
-    int packed = 0;
+    int packed = 0, packedBytes = 0;
     for (int round = 0; round < 3000; ++round) {
         const double factors[] = {2, 4, 3, 2.5, 1.5, 5, 1.25, 8, 6.5, 16, 1.0 + below(160) / 16.0};
         const double factor = factors[below(11)];
@@ -94,11 +94,14 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
         const DownsampleCells cells(factor, width);
         const PackedRule rule(cells, factorY);
         if (rule.area == 0) continue;
+        const int channels = rule.bytes.empty() || round % 5 < 3 ? 4 : 1;
         ++packed;
+        packedBytes += channels == 1;
         CAPTURE(factor);
         CAPTURE(factorY);
         CAPTURE(width);
-        const std::size_t count = 4 * cells.ends.size();
+        const std::size_t bytesPerPixel = static_cast<std::size_t>(channels);
+        const std::size_t count = bytesPerPixel * cells.ends.size();
         std::vector<float> sums(count + 8);
         std::vector<const PackedForm*> forms = {&kPackedPlain};
 #if defined(__x86_64__)
@@ -110,12 +113,12 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
         for (int line = 0; left > 0; ++line) {
             const unsigned weight = std::min(left, 1 + below(rule.unitsY));
             left -= weight;
-            GuardedBytes pixels(4 * std::size_t{width},
+            GuardedBytes pixels(bytesPerPixel * width,
                                 round % 2 ? GuardedBytes::AtEnd : GuardedBytes::AtStart);
             for (std::size_t i = 0; i < pixels.size(); ++i)
                 pixels[i] = static_cast<unsigned char>(round % 4 ? random() : 255);
             kDownsamplePlain.accumulate(
-                cells, {pixels.data(), 4, static_cast<double>(weight) / rule.unitsY, true},
+                cells, {pixels.data(), channels, static_cast<double>(weight) / rule.unitsY, true},
                 sums.data());
             for (std::size_t form = 0; form < forms.size(); ++form) {
                 std::uint16_t* const to = packedSums[form].data();
@@ -124,12 +127,13 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
                     GuardedBytes got(count);
                     kDownsamplePlain.means({factor * factorY, false}, sums.data(), count,
                                            want.data());
-                    forms[form]->finish(cells, rule, {pixels.data(), weight}, to, got.data());
+                    forms[form]->finish(cells, rule, {pixels.data(), channels, weight}, to,
+                                        got.data());
                     REQUIRE(std::memcmp(got.data(), want.data(), count) == 0);
                     continue;
                 }
-                (line == 0 ? forms[form]->begin : forms[form]->add)(cells, rule,
-                                                                    {pixels.data(), weight}, to);
+                (line == 0 ? forms[form]->begin : forms[form]->add)(
+                    cells, rule, {pixels.data(), channels, weight}, to);
                 bool same = true;
                 for (std::size_t i = 0; i < count; ++i)
                     same = same && static_cast<float>(to[i] * rule.unit) == sums[i];
@@ -138,6 +142,7 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
         }
     }
     CHECK(packed > 1500);
+    CHECK(packedBytes > 200);
 }
 
 // Whatever comes between two lines of an image: bytes for pixels, a last line
