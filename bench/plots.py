@@ -14,6 +14,7 @@ import report
 
 COLOURS = ("#0060ad", "#dd181f", "#2e8b57", "#e69f00", "#8a2be2", "#777777", "#8b4513", "#00a0b0",
            "#c71585")
+LOW, HIGH = 0.02, 50.0  # of the plot of aims
 
 
 def exponent(points):
@@ -82,15 +83,21 @@ def draw_plot(plot, works, path):
     if not panels:
         return False
     ratio = plot["kind"] == "ratio"
+    factors = plot["engine"].endswith("sampler")  # no amounts: points without lines
     wide = 420 if not ratio else 520
     script = terminal(path, wide * len(panels), 440)
     label = {"growth": "nanoseconds", "speed": plot.get("unit", ""), "ratio": "ratio"}[plot["kind"]]
+    named = sorted({x for _, curves in panels for _, points in curves for x, _ in points})
+    if factors:  # side by side, however near each other
+        panels = [(title, [(name, [(1 + named.index(x), y) for x, y in points])
+                           for name, points in curves]) for title, curves in panels]
     blocks, plots = [], []
     for p, (title, curves) in enumerate(panels):
         lines = []
+        style = "points pt 7 ps 0.9" if factors else "linespoints lw 2 pt 7 ps 0.5"
         for c, (name, points) in enumerate(curves):
             blocks.append(data_block(f"d{p}_{c}", points))
-            lines.append(f'$d{p}_{c} with linespoints lw 2 pt 7 ps 0.5 '
+            lines.append(f'$d{p}_{c} with {style} '
                          f'lc rgb "{COLOURS[c % len(COLOURS)]}" title {quoted(name)}')
         if ratio:
             lines.append('1 with lines lc rgb "black" dt 2 notitle')
@@ -99,8 +106,15 @@ def draw_plot(plot, works, path):
         plots.append(f'set title {quoted(title)}\nset ylabel "{label}"\n'
                      f"set xrange [{low * 0.8}:{high * 1.25}]\n"
                      + "plot " + ", \\\n  ".join(lines))
-    ticks = "set format x '%.0f'\n" if plot["engine"].endswith("sampler") else \
-        "set format x '10^{%L}'\n"
+    if factors:
+        ticks = "set xtics (" + ", ".join(f'"{x / 100:g}" {1 + i}'
+                                          for i, x in enumerate(named)) + ")\n"
+    elif plot.get("linear_names"):
+        ticks = "set format x '%.0f'\n"
+    else:
+        ticks = "set format x '10^{%L}'\n"
+    if plot["kind"] == "growth":
+        ticks += "set format y '10^{%L}'\n"
     # "set key below" keeps the names out of the curves.
     script += "".join(blocks) + "set logscale xy\n" + ticks
     script += "set key below font ',11'\nset mxtics 10\nset mytics 10\n"
@@ -116,7 +130,9 @@ def draw_aims(aims, path):
     for aim in aims:
         if aim["measured"] is not None:
             limit = aim.get("ns_per_size", aim.get("aim"))
-            rows.append((aim["what"], aim["measured"] / limit, aim.get("mean", 0) / limit))
+            # What lies outside is drawn at the edge.
+            rows.append((aim["what"], *(min(max(value / limit, LOW), HIGH)
+                                        for value in (aim["measured"], aim["mean"]))))
     rows.reverse()
     if not rows:
         return
@@ -125,9 +141,11 @@ def draw_aims(aims, path):
     script += data_block("unmet", [(r[1], i) for i, r in enumerate(rows) if r[1] > 1])
     script += data_block("mean", [(r[2], i) for i, r in enumerate(rows)])
     script += "set ytics (" + ", ".join(f"{quoted(r[0])} {i}" for i, r in enumerate(rows)) + ")\n"
-    script += f"set yrange [-0.7:{len(rows) - 0.3}]\nset logscale x\nset xrange [0.05:20]\n"
+    script += f"set yrange [-0.7:{len(rows) - 0.3}]\nset logscale x\n"
+    script += f"set xrange [{LOW * 0.9}:{HIGH * 1.1}]\n"
     script += 'set xlabel "measured ratio divided by the aim (1 and below: met)"\n'
-    script += "set arrow from 1,graph 0 to 1,graph 1 nohead lw 2 lc rgb 'black'\nset key below\n"
+    script += "set arrow from 1,graph 0 to 1,graph 1 nohead lw 2 lc rgb 'black'\n"
+    script += "set key below samplen 0.5 font ',11' width -3\n"
     parts = ['$mean with points pt 6 ps 0.8 lc rgb "#888888" title "mean of all cases"']
     if any(r[1] <= 1 for r in rows):
         parts.append('$met with points pt 7 ps 1 lc rgb "#2e8b57" title "worst case, met"')
