@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """Runs benchmarks, ours and the peers' interleaved, and writes the results.
 
-usage: run.py BUILD_DIR [ENGINE...]
+usage: run.py BUILD_DIR [[--replace] ENGINE...]
+       run.py BUILD_DIR --report
 
 Without names all engines run and the results go to docs/: bench/results.json,
-bench/results.md, the plots, and the table of aims in benchmarks.md. With names
-only these run, and the results go to out/bench. How often each benchmark is
-repeated stands in settings.json: enough for ratios, short enough for a coffee.
+bench/results.md, the plots, and the tables of benchmarks.md. With names only
+these run, and the results go to out/bench; with --replace they take the place of
+their earlier ones in docs/, since no ratio reaches from one engine to another.
+--report measures nothing and writes tables and plots from docs/bench/results.json.
+How often each benchmark is repeated stands in settings.json: enough for ratios,
+short enough for a coffee.
 """
 
 import json
@@ -115,8 +119,35 @@ def measure(program, raw, settings):
     return {"seconds": round(time.monotonic() - started), **settings, "works": works}
 
 
+def aims_of(results):
+    wanted = json.loads((HERE / "aims.json").read_text())
+    return report.aims(results, [aim for aim in wanted if aim["engine"] in results["engines"]])
+
+
+def write(results, folder, page=None):
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / "results.json").write_text(report.to_json(results))
+    (folder / "results.md").write_text(report.markdown(results))
+    plots.draw(results, json.loads((HERE / "plots.json").read_text()), folder)
+    if page:
+        report.update_page(results, page)
+    print(report.aims_table(results["aims"]))
+    print(report.footprint_table(results["footprint"]))
+    print(f"{folder}/results.md, {folder}/results.json, {folder}/*.svg")
+
+
 def main():
     build, chosen = pathlib.Path(sys.argv[1]), sys.argv[2:]
+    everything = pathlib.Path("docs/bench")
+    page = pathlib.Path("docs/benchmarks.md")
+    if chosen == ["--report"]:
+        results = json.loads((everything / "results.json").read_text())
+        results["aims"] = aims_of(results)
+        return write(results, everything, page)
+
+    replace = bool(chosen) and chosen[0] == "--replace"
+    if replace:
+        chosen = chosen[1:]
     settings = json.loads((HERE / "settings.json").read_text())
     programs = {p.name.removesuffix("_bench"): p
                 for p in sorted((build / "bench").glob("*_bench"))}
@@ -133,23 +164,16 @@ def main():
         limits = {**settings["default"], **settings["engines"].get(engine, {})}
         done = measure(programs[engine], raw / f"{engine}.json", limits)
         results["engines"][engine] = done
-        print(f"{done['seconds']} s: {report.short(done['works'])}")
+        print(f"{done['seconds']} s: {report.short(done['works'])}", flush=True)
     results["machine"]["load_after"] = round(os.getloadavg()[0], 1)
+    if replace:
+        kept = json.loads((everything / "results.json").read_text())["engines"]
+        results["engines"] = {**kept, **results["engines"]}
     results["footprint"] = footprint.measure(build)
-    wanted = [aim for aim in json.loads((HERE / "aims.json").read_text())
-              if aim["engine"] in results["engines"]]
-    results["aims"] = report.aims(results, wanted)
-
-    folder = pathlib.Path("out/bench" if chosen else "docs/bench")
-    folder.mkdir(parents=True, exist_ok=True)
-    (folder / "results.json").write_text(report.to_json(results))
-    (folder / "results.md").write_text(report.markdown(results))
-    plots.draw(results, json.loads((HERE / "plots.json").read_text()), folder)
-    if not chosen:
-        report.update_page(results, pathlib.Path("docs/benchmarks.md"))
-    print(report.aims_table(results["aims"]))
-    print(report.footprint_table(results["footprint"]))
-    print(f"{folder}/results.md, {folder}/results.json, {folder}/*.svg")
+    results["aims"] = aims_of(results)
+    if chosen and not replace:
+        return write(results, pathlib.Path("out/bench"))
+    return write(results, everything, page)
 
 
 if __name__ == "__main__":
