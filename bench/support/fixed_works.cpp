@@ -57,10 +57,8 @@ std::shared_ptr<Pemmit::Path> pathOf(const Polygon& polygon) {
 
 Work messages() {
     return [] {
-        Vaskel::setAdvancedMessageHandler(
-            [](const char* text, Vaskel::MessageSeverity, Vaskel::MessageVolatility) {
-                use(text[0]);
-            });
+        Vaskel::setAdvancedMessageHandler([](const char* text, Vaskel::MessageSeverity,
+                                             Vaskel::MessageVolatility) { use(text[0]); });
         for (int page = 0; page < 100; ++page)
             Vaskel::message(Vaskel::kMessageError, Vaskel::kMessageLasting,
                             "cannot read %s, page %d", "document", page);

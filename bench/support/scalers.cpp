@@ -67,9 +67,9 @@ Work vips(const ScalingTask& task) {
     }();
     if (!started) return {};
     return [task] {
-        VipsImage* const in = vips_image_new_from_memory(
-            task.pixels, sizeOf(task.width, task.height, task.channels), task.width, task.height,
-            task.channels, VIPS_FORMAT_UCHAR);
+        VipsImage* const in =
+            vips_image_new_from_memory(task.pixels, sizeOf(task.width, task.height, task.channels),
+                                       task.width, task.height, task.channels, VIPS_FORMAT_UCHAR);
         VipsImage* const out = vipsScaled(in, task);
         std::size_t size = 0;
         if (out) g_free(vips_image_write_to_memory(out, &size));
@@ -106,7 +106,10 @@ Work swscale(const ScalingTask& task) {
 // plane already.
 struct Planes {
     Planes(int w, int h, int n)
-        : width(w), height(h), channels(n), stride((w + 63) / 64 * 64),
+        : width(w),
+          height(h),
+          channels(n),
+          stride((w + 63) / 64 * 64),
           memory(static_cast<std::uint8_t*>(std::aligned_alloc(64, sizeOf(stride, h, n)))) {}
     ~Planes() { std::free(memory); }
     Planes(const Planes&) = delete;
@@ -184,8 +187,8 @@ Work zimg(const ScalingTask& task) {
             zimg_image_buffer target = {};
             target.version = ZIMG_API_VERSION;
             target.plane[0] = {to->row(c, 0), to->stride, ZIMG_BUFFER_MAX};
-            zimg_filter_graph_process(graph.get(), &source, &target, work->memory, nullptr,
-                                      nullptr, nullptr, nullptr);
+            zimg_filter_graph_process(graph.get(), &source, &target, work->memory, nullptr, nullptr,
+                                      nullptr, nullptr);
         }
         if (task.channels != 1) to->putTogether(result->data());
     };
