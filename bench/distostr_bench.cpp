@@ -13,13 +13,11 @@
 #include "units/doutostr.h"
 #include "vaskel/units.h"
 
-#if __has_include(<double-conversion/double-conversion.h>)
+#if VASKEL_BENCH_DOUBLE_CONVERSION
 #include <double-conversion/double-conversion.h>
-#define VASKEL_BENCH_DOUBLE_CONVERSION 1
 #endif
-#if __has_include(<fmt/compile.h>)
+#if VASKEL_BENCH_FMT
 #include <fmt/compile.h>
-#define VASKEL_BENCH_FMT 1
 #endif
 
 namespace {

@@ -13,9 +13,8 @@
 #include "units/strtodou.h"
 #include "vaskel/units.h"
 
-#if __has_include(<fast_float/fast_float.h>)
+#if VASKEL_BENCH_FAST_FLOAT
 #include <fast_float/fast_float.h>
-#define VASKEL_BENCH_FAST_FLOAT 1
 #endif
 #if VASKEL_BENCH_UDUNITS
 #include <udunits2.h>

@@ -24,7 +24,7 @@
 #include "encoding/unicode_onepass.h"
 #include "vaskel/encoding.h"
 
-#if __has_include(<unicode/ustring.h>)
+#if VASKEL_BENCH_ICU
 #include <unicode/ustring.h>
 #endif
 #if __has_include(<utf8.h>)
