@@ -7,25 +7,14 @@
 #include <vector>
 
 #include "embedded/document.h"
+#include "tests/geometry/contours.h"
+#include "tests/geometry/inside_rows.h"
 #include "tests/support/paths.h"
 #include "vaskel/geometry.h"
 
 namespace {
 
 using Vaskel::insidePath;
-
-struct Contour {
-    bool closed;
-    Points points;
-
-    PathPtr path() const { return closed ? closedPath(points) : openPath(points); }
-};
-using Contours = std::vector<Contour>;
-
-std::ostream& operator<<(std::ostream& out, const Contours& contours) {
-    for (const Contour& c : contours) out << (c.closed ? "closed " : "open ") << c.points;
-    return out;
-}
 
 PathPtr pathOf(const Contours& contours) {
     PathPtr path(Embedded::makeCompound());
@@ -35,25 +24,11 @@ PathPtr pathOf(const Contours& contours) {
 
 Points reversed(const Points& points) { return Points(points.rbegin(), points.rend()); }
 
-struct Row {
-    const char* why;
-    Point p;
-    bool inside;
-};
-
-template <std::size_t n>
-void checkRows(const Pemmit::Path* path, const Row (&rows)[n]) {
-    for (const Row& row : rows) {
-        CAPTURE(row.why);
-        CHECK(insidePath(row.p.x, row.p.y, path) == row.inside);
-    }
-}
-
 TEST_CASE("insidePath: a hole is outside, whatever the directions of the contours") {
     const Points outer = {{0, 0}, {30, 0}, {30, 30}, {0, 30}};
     const Points inner = {{10, 10}, {20, 10}, {20, 20}, {10, 20}};
     const Points core = {{14, 14}, {16, 14}, {16, 16}, {14, 16}};
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"inside both", {12, 15}, false},
         {"inside the outer one only, beside the inner one", {5, 15}, true},
         {"below the inner one", {15, 5}, true},
@@ -142,7 +117,7 @@ TEST_CASE("insidePath: a point between contours, within the path's box only") {
     const PathPtr path = pathOf({{true, {{0, 0}, {10, 0}, {10, 10}, {0, 10}}},
                                  {true, {{20, 0}, {30, 0}, {30, 10}, {20, 10}}},
                                  {true, {{0, 20}, {10, 20}, {10, 30}, {0, 30}}}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"between the two lower ones", {15, 5}, false},
         {"just right of the left one", {11, 5}, false},
         {"just left of the right one", {19, 5}, false},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <random>
 
+#include "tests/geometry/inside_rows.h"
 #include "tests/support/paths.h"
 #include "vaskel/geometry.h"
 
@@ -10,23 +11,9 @@ namespace {
 
 using Vaskel::insidePath;
 
-struct Row {
-    const char* why;
-    Point p;
-    bool inside;
-};
-
-template <std::size_t n>
-void checkRows(const Pemmit::Path* path, const Row (&rows)[n]) {
-    for (const Row& row : rows) {
-        CAPTURE(row.why);
-        CHECK(insidePath(row.p.x, row.p.y, path) == row.inside);
-    }
-}
-
 TEST_CASE("insidePath: a square holds its inside and its edges") {
     const PathPtr square = closedPath({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"middle", {5, 5}, true},
         {"bottom edge", {5, 0}, true},
         {"top edge", {5, 10}, true},
@@ -44,7 +31,7 @@ TEST_CASE("insidePath: a square holds its inside and its edges") {
 
 TEST_CASE("insidePath: on the box but outside the outline is outside") {
     const PathPtr diamond = closedPath({{0, 10}, {10, 0}, {20, 10}, {10, 20}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"corner of the box", {0, 0}, false},
         {"other corner of the box", {20, 20}, false},
         {"slanted edge", {5, 5}, true},
@@ -68,7 +55,7 @@ TEST_CASE("insidePath: a vertex whose edges all come from the left counts as rig
 TEST_CASE("insidePath: a ray through a vertex counts a pass once and a turn not at all") {
     // A notch: the vertex (10, 4) turns back, (20, 0)..(0, 0) goes on below.
     const PathPtr notched = closedPath({{0, 0}, {20, 0}, {20, 20}, {10, 4}, {0, 20}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"below the notch", {10, 2}, true},
         {"on the notch's vertex: edges on both sides meet there", {10, 4}, true},
         {"in the notch, straight above its vertex", {10, 10}, false},
@@ -87,7 +74,7 @@ TEST_CASE("insidePath: a ray through a vertex counts a pass once and a turn not 
 TEST_CASE("insidePath: an open contour counts only the edges that it has") {
     // A hook without its closing edge (0, 10)-(0, 0).
     const PathPtr hook = openPath({{0, 0}, {10, 0}, {10, 10}, {0, 10}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"middle: the ray crosses the bottom edge", {5, 5}, true},
         {"on the missing edge: only the bottom edge, which begins there, counts", {0, 5}, true},
         {"on the right edge", {10, 5}, true},
@@ -106,7 +93,7 @@ TEST_CASE("insidePath: paths without edges hold nothing") {
 TEST_CASE("insidePath: the ends of the coordinate range") {
     constexpr int far = 1073741823;
     const PathPtr huge = closedPath({{-far, -far}, {far, -far}, {far, far}, {-far, far}});
-    constexpr Row rows[] = {
+    constexpr InsideRow rows[] = {
         {"middle", {0, 0}, true},
         {"corner", {-far, -far}, true},
         {"outside", {far + 1, 0}, false},

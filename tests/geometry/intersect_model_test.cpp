@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "embedded/document.h"
+#include "tests/geometry/contours.h"
 #include "tests/geometry/literal_intersect.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/paths.h"
@@ -21,19 +22,6 @@ struct Random {
     int below(int n) { return static_cast<int>(engine() % static_cast<unsigned>(n)); }
     int within(int range) { return std::uniform_int_distribution<int>(-range, range)(engine); }
 };
-
-struct Contour {
-    bool closed;
-    Points points;
-
-    PathPtr path() const { return closed ? closedPath(points) : openPath(points); }
-};
-using Contours = std::vector<Contour>;
-
-std::ostream& operator<<(std::ostream& out, const Contours& contours) {
-    for (const Contour& c : contours) out << (c.closed ? "closed " : "open ") << c.points;
-    return out;
-}
 
 // One contour is a path, several are the children of a compound.
 PathPtr objectOf(const Contours& contours) {

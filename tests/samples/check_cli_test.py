@@ -12,8 +12,9 @@ import random
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
+
+from scratch import ScratchCase
 import xml.etree.ElementTree
 
 PROGRAM = SCAN = ""
@@ -55,19 +56,7 @@ class Picture:
         return found
 
 
-class CheckTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="check-cli-")
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name, content=None):
-        path = os.path.join(self.folder, name)
-        if content is not None:
-            with open(path, "w", encoding="utf-8") as file:
-                file.write(content)
-        return path
-
+class CheckTest(ScratchCase):
     def svg(self, content, name="in.svg"):
         return self.path(name, HEAD + content + "</svg>")
 

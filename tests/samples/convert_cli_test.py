@@ -10,8 +10,9 @@ import os
 import random
 import subprocess
 import sys
-import tempfile
 import unittest
+
+from scratch import ScratchCase
 
 PROGRAM = ""
 
@@ -63,23 +64,7 @@ def convert(*arguments, data=b"", **options):
                           timeout=120, **options)
 
 
-class Convert(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="convert-cli-")
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name, content=None):
-        path = os.path.join(self.folder, name)
-        if content is not None:
-            with open(path, "wb") as file:
-                file.write(content)
-        return path
-
-    def read(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
-
+class Convert(ScratchCase):
     def gives(self, data, *arguments):
         done = convert(*arguments, data=data)
         self.assertEqual((done.returncode, done.stderr), (0, b""))

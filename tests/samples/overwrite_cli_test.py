@@ -11,34 +11,25 @@ import select
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
+
+from scratch import ScratchCase
 
 PROGRAM = SAMPLES = ""
 OLD = b"the older one"
 BITMAP = b"P4 16 16\n" + b"\0\0" * 4 + b"\x0f\xf0" * 8 + b"\0\0" * 4
 
 
-class Overwrite(unittest.TestCase):
+class Overwrite(ScratchCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="overwrite-cli-")
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-        self.write("in.pbm", BITMAP)
+        super().setUp()
+        self.path("in.pbm", BITMAP)
         self.trace = ["trace", "in.pbm", "--resolution", "300", "-q"]
-
-    def write(self, name, content):
-        with open(os.path.join(self.folder, name), "wb") as file:
-            file.write(content)
-
-    def read(self, name):
-        with open(os.path.join(self.folder, name), "rb") as file:
-            return file.read()
 
     def older(self, *names):
         for name in names:
-            self.write(name, OLD)
+            self.path(name, OLD)
         return [word for name in names for word in ("-o", name)]
 
     def answered(self, answers, *arguments, limit=60):
@@ -131,7 +122,7 @@ class Overwrite(unittest.TestCase):
             self.assertEqual((code, "Replace" in text), (0, False))
             self.assertIn(b"<svg", self.read("out.svg"))
             self.older("out.svg", "out.pdf")
-        self.write("in.txt", b"text")
+        self.path("in.txt", b"text")
         code, text = self.answered([], "convert", "in.txt", "-q", "-o", "out.svg", "--force")
         self.assertEqual((code, text), (0, ""))
         self.assertEqual(self.read("out.svg"), b"text")

@@ -12,9 +12,9 @@ TEST_CASE("a link leads to the URL of a file or of a place with a scheme") {
         const char* url;
     };
     const Row rows[] = {
-        {"/home/me/scan.tif", "file:///home/me/scan.tif"},
-        {"/home/me/a b/100%.tif", "file:///home/me/a%20b/100%25.tif"},
-        {"/home/../home//me/./scan.tif", "file:///home/me/scan.tif"},
+        {"/jobs/me/scan.tif", "file:///jobs/me/scan.tif"},
+        {"/jobs/me/a b/100%.tif", "file:///jobs/me/a%20b/100%25.tif"},
+        {"/jobs/../jobs//me/./scan.tif", "file:///jobs/me/scan.tif"},
         // A first folder that has to be encoded, and a file in the root.
         {"/My Scans/a.tif", "file://localhost/My%20Scans/a.tif"},
         {"/Gr\xC3\xB6\xC3\x9F"
@@ -25,7 +25,7 @@ TEST_CASE("a link leads to the URL of a file or of a place with a scheme") {
         {"/scan.tif", "file://localhost/scan.tif"},
         // Two slashes behind a colon are one in a path of the root.
         {"http://server/my jobs/a", "http://server/my%20jobs/a"},
-        {"file:///home/me/a b", "file:///home/me/a%20b"},
+        {"file:///jobs/me/a b", "file:///jobs/me/a%20b"},
         {"https://server", "https://server"},
     };
     for (const Row& row : rows) {

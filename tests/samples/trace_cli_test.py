@@ -14,12 +14,12 @@ import select
 import signal
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 import xml.etree.ElementTree
 
 from bitmaps import Bitmap, fill_even_odd, path_contours, random_bitmap, read_pgm, read_tiff
+from scratch import ScratchCase
 
 PROGRAM = SCAN = ""
 SVG = "{http://www.w3.org/2000/svg}"
@@ -64,23 +64,7 @@ class Svg:
         return fill_even_odd(self.contours, self.box[2], self.box[3])
 
 
-class TraceTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="trace-cli-")
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name, content=None):
-        path = os.path.join(self.folder, name)
-        if content is not None:
-            with open(path, "wb") as file:
-                file.write(content)
-        return path
-
-    def read(self, name):
-        with open(self.path(name), "rb") as file:
-            return file.read()
-
+class TraceTest(ScratchCase):
     def succeeds(self, *arguments, **options):
         done = run("trace", *arguments, **options)
         self.assertEqual(done.returncode, 0, done.stderr)

@@ -10,7 +10,7 @@ namespace Proof {
 /// The percent-encoded URL of a file, or of a place with its scheme given, made
 /// by the library:
 ///
-///   "/home/me/a b.tif"          file:///home/me/a%20b.tif
+///   "/jobs/me/a b.tif"          file:///jobs/me/a%20b.tif
 ///   "/My Scans/a.tif"           file://localhost/My%20Scans/a.tif
 ///   "http://server/jobs/a b"    http://server/jobs/a%20b
 ///
