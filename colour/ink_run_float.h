@@ -20,7 +20,8 @@
 // 2^8 or 2^16 times as large; coefficients are that much smaller, which changes
 // no bit of a product.
 //
-// All 2^32 pixels have been compared with the table form's.
+// All 2^32 pixels have been compared with the plain form's.
+// Test: "ink run: all pixels there are, every form", when asked for.
 
 #ifndef COLOUR_INK_RUN_FLOAT_H
 #define COLOUR_INK_RUN_FLOAT_H

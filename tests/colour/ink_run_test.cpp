@@ -124,6 +124,28 @@ TEST_CASE("ink run: channels that lie next to a half, every form") {
     checkForms(pixels, static_cast<int>(close.size()));
 }
 
+// Takes minutes, so it runs when asked for:
+//   colour_tests --no-skip --test-case="ink run: all pixels there are*"
+TEST_CASE("ink run: all pixels there are, every form" * doctest::skip()) {
+    constexpr int kBlock = 1 << 16;
+    std::vector<unsigned char> inks(4 * kBlock), want, got;
+    for (std::uint32_t high = 0; high <= 0xFFFF; ++high) {
+        for (std::uint32_t low = 0; low < kBlock; ++low) {
+            const std::uint32_t pixel = high << 16 | low;
+            std::memcpy(&inks[4 * low], &pixel, sizeof pixel);
+        }
+        want = inks;
+        Vaskel::inkRunPlain(want.data(), kBlock);
+        for (const Vaskel::InkRunForm& form : Vaskel::inkRunForms().subspan(1)) {
+            CAPTURE(form.name);
+            CAPTURE(high);
+            got = inks;
+            form.run(got.data(), kBlock);
+            REQUIRE(std::memcmp(got.data(), want.data(), got.size()) == 0);
+        }
+    }
+}
+
 TEST_CASE("ink run: the forced form runs") {
     static int calls = 0;
     const Vaskel::InkRunForm counting = {"counting", [](unsigned char*, int) { ++calls; }};
