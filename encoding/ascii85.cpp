@@ -4,10 +4,9 @@
 // Between calls mFill is 0 to 3 and mGroup[0, mFill) waits to be written.
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
-#include <cstring>
 
+#include "encoding/ascii85_digits.h"
 #include "vaskel/encoding.h"
 
 namespace Vaskel {
@@ -17,36 +16,7 @@ constexpr int kGroup = 4;
 constexpr int kDigits = 5;
 constexpr int kLineLength = 100;
 
-// 82 * 85^4 < 2^32 < 83 * 85^4, so the first digit is at most 82. The digits
-// do not wait for each other.
-void digitsOf(std::uint32_t value, char (&digits)[kDigits]) {
-    digits[0] = static_cast<char>('!' + value / 52200625);
-    digits[1] = static_cast<char>('!' + value / 614125 % 85);
-    digits[2] = static_cast<char>('!' + value / 7225 % 85);
-    digits[3] = static_cast<char>('!' + value / 85 % 85);
-    digits[4] = static_cast<char>('!' + value % 85);
-}
-
-std::uint32_t valueOf(const unsigned char (&group)[kGroup]) {
-    return std::uint32_t{group[0]} << 24 | std::uint32_t{group[1]} << 16 |
-           std::uint32_t{group[2]} << 8 | group[3];
-}
-
-// Stores group[at] = c and returns valueOf(group). All four bytes are stored,
-// since a processor waits when it reads as one word what it has just stored as
-// bytes.
-std::uint32_t put(unsigned char (&group)[kGroup], int at, unsigned char c) {
-    if (std::endian::native != std::endian::little) {
-        group[at] = c;
-        return valueOf(group);
-    }
-    std::uint32_t word;
-    std::memcpy(&word, group, sizeof word);
-    const int shift = 8 * at;
-    word = (word & ~(std::uint32_t{0xFF} << shift)) | std::uint32_t{c} << shift;
-    std::memcpy(group, &word, sizeof word);
-    return __builtin_bswap32(word);
-}
+char character(unsigned char digit) { return static_cast<char>('!' + digit); }
 
 }  // namespace
 
@@ -65,17 +35,25 @@ void ascii85out_base::putuns8ascii(char c) {
     }
 }
 
-int ascii85out_base::encode(unsigned char c) {
-    const std::uint32_t value = put(mGroup, mFill, c);
-    if (++mFill != kGroup) return 0;
+// Apart from encode, which then has no registers to save for three bytes of
+// four. The last byte comes by itself and the others are read one by one: a
+// processor waits when it reads as one word what it has just stored as bytes.
+int ascii85out_base::putgroup(unsigned char last) {
+    const std::uint32_t value = std::uint32_t{mGroup[0]} << 24 | std::uint32_t{mGroup[1]} << 16 |
+                                std::uint32_t{mGroup[2]} << 8 | last;
     mFill = 0;  // before anything is written: putuns8 may throw
     if (value == 0) {
         putuns8ascii('z');
         return 0;
     }
-    char digits[kDigits];
-    digitsOf(value, digits);
-    for (const char digit : digits) putuns8ascii(digit);
+    Digits85 digits(value);
+    for (int i = 0; i < kDigits; ++i) putuns8ascii(character(digits.next()));
+    return 0;
+}
+
+int ascii85out_base::encode(unsigned char c) {
+    if (mFill == kGroup - 1) return putgroup(c);
+    mGroup[mFill++] = c;
     return 0;
 }
 
@@ -83,9 +61,9 @@ void ascii85out_base::finish() {
     if (mFill > 0) {
         // A partial group is padded with zeros and never written as z.
         std::fill(mGroup + mFill, mGroup + kGroup, static_cast<unsigned char>(0));
-        char digits[kDigits];
-        digitsOf(valueOf(mGroup), digits);
-        for (int i = 0; i <= mFill; ++i) putuns8ascii(digits[i]);
+        Digits85 digits(std::uint32_t{mGroup[0]} << 24 | std::uint32_t{mGroup[1]} << 16 |
+                        std::uint32_t{mGroup[2]} << 8);
+        for (int i = 0; i <= mFill; ++i) putuns8ascii(character(digits.next()));
     }
     putuns8('~');
     ++mColumn;

@@ -1,10 +1,12 @@
 #include <doctest/doctest.h>
 
 #include <cstdint>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "encoding/ascii85_digits.h"
 #include "vaskel/encoding.h"
 
 namespace {
@@ -175,6 +177,28 @@ TEST_CASE("ascii85: a decoder gives the bytes back, no line is longer than 101")
             end = std::min(text.find('\n', at), text.size());
             REQUIRE(end - at <= 101);
         }
+    }
+}
+
+TEST_CASE("ascii85: digits by products are those of the divisions") {
+    constexpr std::uint32_t powers[] = {1, 85, 7225, 614125, 52200625};
+    constexpr std::uint32_t highest = std::numeric_limits<std::uint32_t>::max();
+    std::mt19937 random(4437);
+    std::vector<std::uint32_t> values = {0, 1, highest - 1, highest};
+    // On both sides of where each digit changes.
+    for (const std::uint32_t power : powers) {
+        for (int i = 0; i < 20000; ++i) {
+            const auto turn = static_cast<std::uint32_t>(random() % (highest / power) + 1) * power;
+            values.insert(values.end(), {turn - 1, turn, turn + 1});
+        }
+    }
+    for (int i = 0; i < 100000; ++i) values.push_back(static_cast<std::uint32_t>(random()));
+    for (const std::uint32_t value : values) {
+        unsigned char want[5];
+        Vaskel::digitsPlain(value, want);
+        Vaskel::Digits85 got(value);
+        CAPTURE(value);
+        for (const unsigned char digit : want) REQUIRE(got.next() == digit);
     }
 }
 

@@ -47,6 +47,7 @@ class VASKEL_API ascii85out_base {
 
  private:
     void putuns8ascii(char c);
+    [[gnu::visibility("hidden"), gnu::noinline]] int putgroup(unsigned char last);
 
     unsigned char mGroup[4];
     std::int32_t mColumn;
