@@ -23,7 +23,7 @@ struct EdgeRunForm {
 extern const EdgeRunForm kEdgeRunPlain;
 
 #if defined(__x86_64__)
-/// 16 and 32 points at a time. See edge_run_blocks.h.
+/// 16 edges at a time, see edge_run_blocks.h, and 32.
 extern const EdgeRunForm kEdgeRunSse2;
 extern const EdgeRunForm kEdgeRunAvx2;
 #endif
