@@ -13,10 +13,6 @@
 namespace Embedded {
 namespace {
 
-// A rectangle, or one side of a dot of a halftone screen. With the contour the
-// block is 8 bytes short of 256.
-constexpr std::uint32_t kFirstPoints = 14;
-
 // One object without its children and its place among others.
 Node* copyOne(const Node& from) {
     Node* copy = nullptr;
@@ -27,8 +23,7 @@ Node* copyOne(const Node& from) {
         // The end of a closing curve may be stored without asking for memory.
         const std::uint32_t capacity = source->closingCurve ? count + 1 : count;
         Contour* const made = Contour::make(std::max(capacity, 1u));
-        if (source->hasPoints()) {
-            made->makeRoom(capacity);
+        if (count > 0) {
             source->copyPoints(made->write);
             made->write += count;
             if (!curves->empty()) made->chain.end[1].piece()->curves = curves.release();
@@ -81,7 +76,7 @@ namespace Pemmit {
 
 using namespace Embedded;
 
-Path* patbeg() { return Contour::make(kFirstPoints); }
+Path* patbeg() { return Contour::make(Contour::kBlockPoints); }
 
 namespace {
 
@@ -109,7 +104,7 @@ void store(Node& node, int x, int y) {
 [[gnu::noinline]] void appendToFull(Node& node, int x, int y) {
     Contour* const contour = contourOf(&node);
     if (!contour) return;  // an object with children has no points of its own
-    if (!contour->beginInBody()) contour->makeRoom(1);
+    contour->makeRoom(1);
     store(node, x, y);
     if (node.parent) growBox(*node.parent, node.box);
 }

@@ -9,6 +9,8 @@
 #include <new>
 #include <type_traits>
 
+#include "embedded/pemmit/blocks.h"
+
 namespace Embedded {
 namespace {
 
@@ -38,14 +40,33 @@ constexpr std::int64_t kMostPoints = INT_MAX - 1;
 Contour* Contour::make(std::uint32_t capacity) {
     static_assert(alignof(Piece) <= alignof(Contour) && sizeof(Contour) % alignof(Piece) == 0);
     static_assert(std::is_trivially_destructible_v<Contour>);
-    auto* const made = new (::operator new(sizeof(Contour) + pieceBytes(capacity))) Contour;
-    new (made->ownPiece()) Piece{{nullptr, nullptr}, 0, capacity & kMostCapacity, 1, nullptr};
-    return made;
+    static_assert(sizeof(Contour) + pieceBytes(kBlockPoints) == kBlockBytes);
+    if (capacity <= kBlockPoints) {
+        if (FreeBlock* const block = takeBlock()) {
+            const std::uint8_t place = block->place;
+            auto* const made = new (block) Contour(kBlockPoints);
+            made->pooled = true;
+            made->place = place;
+            return made;
+        }
+    }
+    return new (::operator new(sizeof(Contour) + pieceBytes(capacity))) Contour(capacity);
+}
+
+void Contour::freeBlock(Contour* block) noexcept {
+    if (block->pooled)
+        giveBlock(block, block->place);
+    else
+        ::operator delete(block);
 }
 
 void Contour::release(Contour* contour) noexcept {
-    contour->pause();
-    contour->freePieces();
+    const bool isOneBlock =
+        contour->own == kHere && contour->pieces == 1 && !contour->ownPiece()->curves;
+    if (!isOneBlock && !contour->chain.empty()) {
+        contour->pause();
+        contour->freePieces();
+    }
     if (contour->mate) {
         contour->mate->mate = nullptr;
         contour->mate->settle();
@@ -53,7 +74,7 @@ void Contour::release(Contour* contour) noexcept {
     if (contour->own == kLent)
         drop(contour);
     else
-        ::operator delete(contour);
+        freeBlock(contour);
 }
 
 // Gives up one of the two holds on a block whose piece is lent. The last one
@@ -61,7 +82,7 @@ void Contour::release(Contour* contour) noexcept {
 void Contour::drop(Contour* block) noexcept {
     if (block->holders.load(std::memory_order_acquire) == 1 ||
         block->holders.fetch_sub(1, std::memory_order_acq_rel) == 1)
-        ::operator delete(block);
+        freeBlock(block);
 }
 
 void Contour::freePiece(Piece* piece) noexcept {
@@ -126,6 +147,10 @@ void Contour::makeRoom(std::uint32_t n) {
 
 void Contour::extend(Piece* last, std::uint32_t n) {
     if (before + n > kMostPoints) throw std::bad_alloc();
+    if (before == 0 && last) {  // its own piece, which is too small
+        freePieces();
+        last = nullptr;
+    }
     if (chain.empty() && own == kUnused && ownPiece()->capacity >= n) {
         own = kHere;
         chain.append(ownPiece());
@@ -156,6 +181,7 @@ void Contour::extend(Piece* last, std::uint32_t n) {
 }
 
 Stretch Contour::take() noexcept {
+    if (!hasPoints()) return {};
     if (closingCurve) storeClosingPoint();
     pause();
     if (own == kHere) {
@@ -178,9 +204,14 @@ bool Contour::takeFewReversed(Contour& other) noexcept {
     return true;
 }
 
-void Contour::append(const Stretch& more) noexcept {
+void Contour::pauseForJoin() noexcept {
     if (closingCurve) storeClosingPoint();
     pause();
+    if (before == 0) freePieces();
+}
+
+void Contour::append(const Stretch& more) noexcept {
+    pauseForJoin();
     chain.append(more.chain);
     before += more.points;
     pieces += more.pieces;
@@ -188,8 +219,7 @@ void Contour::append(const Stretch& more) noexcept {
 }
 
 void Contour::prepend(const Stretch& more) noexcept {
-    if (closingCurve) storeClosingPoint();
-    pause();
+    pauseForJoin();
     Chain all = more.chain;
     all.append(chain);
     chain = all;

@@ -1,9 +1,12 @@
 // Contours: a path's points as a chain of pieces.
 //
 // A contour and its first piece are one block of memory, so that a small path
-// costs one allocation. A join may hand that piece to another contour while
+// is one block of the pool. A join may hand that piece to another contour while
 // this one is released, or the other way round: then the block goes with the
 // last of the two.
+//
+// The first piece is in the chain from the start, without points, so that the
+// first point is stored like any other. No other piece is without points.
 
 #ifndef EMBEDDED_PEMMIT_CONTOUR_H
 #define EMBEDDED_PEMMIT_CONTOUR_H
@@ -30,33 +33,40 @@ struct Stretch {
 };
 
 struct Contour : Node {
+    /// How many points fit into a block of the pool: a rectangle, one side of a
+    /// dot of a halftone screen.
+    static constexpr std::uint32_t kBlockPoints = 15;
+
     /// Where the piece in the contour's own block is.
     enum Own : std::uint8_t { kUnused, kHere, kLent };
 
-    Own own = kUnused;
+    Own own : 2 = kHere;
     // The last curve ends at the first point, which is not stored a second
     // time: its end is the point that a closed walk delivers again. The chain
     // is then one piece with room for one point more, and write is null.
-    bool closingCurve = false;
+    bool closingCurve : 1 = false;
+    bool pooled : 1;              // the block goes back to the pool
+    std::uint8_t unused : 4 = 0;  // so that the byte is written, not changed
     // Who needs the block: the contour, and whoever its piece was lent to. The
     // two may be on different threads.
     std::atomic<std::uint8_t> holders{1};
-    std::uint32_t pieces = 0;
+    std::uint8_t place;  // of a block of the pool
+    std::uint32_t pieces = 1;
     Chain chain;
     std::int64_t before = 0;  // points of all pieces but the one that grows
     Contour* mate = nullptr;
 
-    /// A contour without points and with room for some in its own block.
-    /// Throws std::bad_alloc.
+    /// A contour without points and with room for at least so many in its own
+    /// block. Throws std::bad_alloc.
     static Contour* make(std::uint32_t capacity);
     /// Releases the points and the contour.
     static void release(Contour* contour) noexcept;
 
     bool isOpen() const { return (flags & Pemmit::kFlagOpen) != 0; }
-    bool hasPoints() const { return !chain.empty(); }
     std::int64_t pointCount() const {
         return before + (write ? write - chain.end[1].piece()->points() : 0);
     }
+    bool hasPoints() const { return pointCount() > 0; }
     /// How many points a piece of this contour holds.
     std::int64_t countOf(const Piece* piece) const {
         return write && piece == chain.end[1].piece() ? write - piece->points() : piece->count;
@@ -72,19 +82,6 @@ struct Contour : Node {
     /// The memory that the contour holds.
     std::size_t bytes() const;
 
-    /// Makes room in a contour without points, if its own block has some; the
-    /// short way of makeRoom, which every contour goes once.
-    bool beginInBody() noexcept {
-        Piece* const piece = ownPiece();
-        if (own != kUnused || hasPoints() || piece->capacity == 0) return false;
-        own = kHere;
-        chain.end[0] = {piece, 0};
-        chain.end[1] = {piece, 1};
-        pieces = 1;
-        write = piece->points();
-        limit = write + piece->capacity;
-        return true;
-    }
     /// Makes room for n more points at write. Throws std::bad_alloc and leaves
     /// the contour as it was.
     void makeRoom(std::uint32_t n);
@@ -115,7 +112,14 @@ struct Contour : Node {
     void resume() noexcept;
 
  private:
-    Contour() : Node(kContour) {}
+    explicit Contour(std::uint32_t capacity) : Node(kContour), pooled(false), place(0) {
+        auto* const piece =
+            new (ownPiece()) Piece{nullptr, 0, capacity & kMostCapacity, 1, {nullptr, nullptr}};
+        chain.end[0] = {piece, 0};
+        chain.end[1] = {piece, 1};
+        write = piece->points();
+        limit = write + capacity;
+    }
 
     Piece* ownPiece() { return reinterpret_cast<Piece*>(this + 1); }
     bool isOwn(const Piece* piece) const {
@@ -124,7 +128,9 @@ struct Contour : Node {
     void extend(Piece* last, std::uint32_t n);
     void freePiece(Piece* piece) noexcept;
     void freePieces() noexcept;
+    void pauseForJoin() noexcept;
     static void drop(Contour* block) noexcept;
+    static void freeBlock(Contour* block) noexcept;
 };
 
 /// The body of a contour; null for null and for a compound object.

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "embedded/orlune/sinks.h"
+#include "embedded/pemmit/blocks.h"
 #include "embedded/pemmit/contour.h"
 #include "platform/pemmit/build.h"
 
@@ -119,6 +120,11 @@ int getppi() { return sinks().ppi; }
 void objrem(Object* object) {
     Node* const node = nodeOf(object);
     if (!node) return;
+    // Objects are mostly released in the order in which they were made: what
+    // comes next may stand a little further on.
+    const char* const later = reinterpret_cast<const char*>(node) + 4 * kBlockBytes;
+    __builtin_prefetch(later, 1);
+    __builtin_prefetch(later + kBlockAlignment, 1);
     unlinkChild(*node);
     freeTree(node);
 }

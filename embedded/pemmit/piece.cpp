@@ -8,7 +8,7 @@ static_assert(alignof(Piece) > 1 && alignof(Point) <= alignof(Piece));
 
 Piece* makePiece(std::uint32_t capacity) {
     return new (::operator new(pieceBytes(capacity)))
-        Piece{{nullptr, nullptr}, 0, capacity & kMostCapacity, 0, nullptr};
+        Piece{nullptr, 0, capacity & kMostCapacity, 0, {nullptr, nullptr}};
 }
 
 void Chain::append(const Chain& other) {

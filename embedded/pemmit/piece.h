@@ -30,13 +30,13 @@ struct Curve {
     Point control[2];
 };
 
-/// A piece; its points follow it in memory. A piece in a chain has a point.
+/// A piece; its points follow it in memory.
 struct Piece {
-    Piece* link[2];       // the neighbour at each side, or null
-    std::uint32_t count;  // out of date while a contour grows here
-    std::uint32_t capacity : 31;
-    std::uint32_t inBody : 1;    // lies in a contour's own memory
     std::vector<Curve>* curves;  // ascending; null for none
+    std::uint32_t count;         // out of date while a contour grows here
+    std::uint32_t capacity : 31;
+    std::uint32_t inBody : 1;  // lies in a contour's own memory
+    Piece* link[2];            // the neighbour at each side, or null
 
     Point* points() { return reinterpret_cast<Point*>(this + 1); }
     const Point* points() const { return reinterpret_cast<const Point*>(this + 1); }

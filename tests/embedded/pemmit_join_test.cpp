@@ -91,8 +91,8 @@ TEST_CASE("a closed outline of few points is one block") {
         int first, second;  // points of the two sides
         std::size_t blocks;
     };
-    constexpr Row rows[] = {{1, 1, 1},  {2, 2, 1}, {7, 7, 1},  {13, 1, 1},
-                            {1, 13, 1}, {7, 8, 2}, {14, 1, 2}, {1, 14, 2}};
+    constexpr Row rows[] = {{1, 1, 1},  {2, 2, 1}, {7, 8, 1},  {14, 1, 1},
+                            {1, 14, 1}, {8, 8, 2}, {15, 1, 2}, {1, 15, 2}};
     for (const Row& row : rows) {
         CAPTURE(row.first);
         CAPTURE(row.second);
@@ -145,7 +145,7 @@ TEST_CASE("a closing without memory leaves pieces, which walk the same from ever
 
 TEST_CASE("memory is in proportion to the points, for small paths too") {
     Pemmit::Path* const path = Pemmit::patbeg();
-    CHECK(Embedded::bytesOf(path) <= 248);
+    CHECK(Embedded::bytesOf(path) <= 256);
     for (int count = 1; count <= 200000; ++count) {
         Pemmit::patlin(path, count, -count);
         if (count <= 10 || count % 1000 == 0) {
@@ -218,7 +218,7 @@ TEST_CASE("calls that mean nothing do nothing") {
 
 TEST_CASE("memory that ends leaves paths as they were") {
     // patlin at each of its first growths.
-    for (int stored : {14, 49, 89}) {
+    for (int stored : {15, 50, 90}) {
         CAPTURE(stored);
         Pemmit::Path* const path = Pemmit::patbeg();
         append(path, 1, stored);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "embedded/pemmit/blocks.h"
 #include "tests/support/fake_host.h"
 
 namespace {
@@ -34,11 +35,14 @@ constexpr std::size_t kPlain = 1;
 
 }  // namespace
 
-FailingAllocation::FailingAllocation(long n) {
+FailingAllocation::FailingAllocation(long n) : mPool(Embedded::setBlockPool(false)) {
     tHappened = false;
     tLeft = n;
 }
-FailingAllocation::~FailingAllocation() { tLeft = 0; }
+FailingAllocation::~FailingAllocation() {
+    tLeft = 0;
+    Embedded::setBlockPool(mPool);
+}
 bool FailingAllocation::happened() const { return tHappened; }
 
 long allocationCount() { return tCount; }

@@ -50,7 +50,8 @@ class FakeHost {
 };
 
 /// Makes the n-th operator new of this thread from now on throw
-/// std::bad_alloc, once. n is 1 for the next one.
+/// std::bad_alloc, once. n is 1 for the next one. Meanwhile each contour of the
+/// embedded document model is an allocation of its own.
 class FailingAllocation {
  public:
     explicit FailingAllocation(long n);
@@ -60,6 +61,9 @@ class FailingAllocation {
 
     /// Whether the n-th allocation came and failed.
     bool happened() const;
+
+ private:
+    bool mPool;
 };
 
 /// How many times operator new succeeded on this thread since its start.
