@@ -15,6 +15,7 @@
 #include "encoding/bigint_digits.h"
 #include "encoding/unicode.h"
 #include "encoding/unicode_blocks.h"
+#include "geometry/edge_run.h"
 #include "platform/pemmit.h"
 #include "raster/downsample_cells.h"
 #include "raster/downsample_picks.h"
@@ -350,6 +351,9 @@ void forceBaselineForms() {
     Vaskel::forceUnicodeForm(&Vaskel::kUnicodeOnePass);
     static constexpr Vaskel::InkRunForm table = {"table", Vaskel::inkRunTable};
     Vaskel::forceInkRunForm(&table);
+#if defined(__x86_64__)
+    Vaskel::forceEdgeRunForm(&Vaskel::kEdgeRunSse2);
+#endif
     Vaskel::forceLimbLoops(&Vaskel::kLimbLoopsCarry);
 }
 

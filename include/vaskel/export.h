@@ -4,5 +4,7 @@
 #define VASKEL_EXPORT_H
 
 #define VASKEL_API __attribute__((visibility("default")))
+/// For what an exported class keeps to itself.
+#define VASKEL_HIDDEN __attribute__((visibility("hidden")))
 
 #endif

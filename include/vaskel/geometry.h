@@ -81,7 +81,7 @@ class VASKEL_API preparedPath {
     bool inside(int x, int y) const;
 
  private:
-    class Index;
+    class VASKEL_HIDDEN Index;
     std::shared_ptr<const Index> mIndex;
 };
 
