@@ -13,24 +13,37 @@ namespace Vaskel {
 namespace {
 
 #if defined(__x86_64__)
-constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2};
+constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2,
+                                         &kUnicodeAvx512};
 
 // How many of the forms this CPU can run.
 std::size_t usableForms() {
-    const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
-    return avx2 ? 3 : 2;
+    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("popcnt")) return 2;
+    // Every CPU with VBMI2 has the older ones of these, but a system may hide some.
+    const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                        __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512vl") &&
+                        __builtin_cpu_supports("avx512vbmi") &&
+                        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi") &&
+                        __builtin_cpu_supports("bmi2");
+    return avx512 ? 4 : 3;
 }
 #else
 constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
 std::size_t usableForms() { return 2; }
 #endif
 
-std::atomic<const UnicodeForm*> gForced{nullptr};
+// What the exported functions use: null until one is called.
+constinit std::atomic<const UnicodeForm*> gForm{nullptr};
+
+[[gnu::noinline]] const UnicodeForm& chooseForm() {
+    const UnicodeForm* const best = unicodeForms().back();
+    gForm.store(best, std::memory_order_relaxed);
+    return *best;
+}
 
 const UnicodeForm& chosenForm() {
-    if (const UnicodeForm* form = gForced.load(std::memory_order_relaxed)) return *form;
-    static const UnicodeForm* const best = unicodeForms().back();
-    return *best;
+    if (const UnicodeForm* form = gForm.load(std::memory_order_relaxed)) return *form;
+    return chooseForm();
 }
 
 // The literal that follows a zero byte may be missing at the end of the text.
@@ -76,7 +89,7 @@ std::span<const UnicodeForm* const> unicodeForms() {
     return std::span(kForms).first(usableForms());
 }
 
-void forceUnicodeForm(const UnicodeForm* form) { gForced.store(form, std::memory_order_relaxed); }
+void forceUnicodeForm(const UnicodeForm* form) { gForm.store(form, std::memory_order_relaxed); }
 
 bool IsUTF8String(const char* text) { return text && startsAsUtf8(text); }
 

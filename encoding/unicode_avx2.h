@@ -108,40 +108,34 @@ VASKEL_AVX2 inline bool paired(__m256i units, std::uint32_t& carry) {
     return true;
 }
 
-/// The bytes of each 16-bit unit exchanged.
-VASKEL_AVX2 inline __m256i swapped16(__m256i v) {
-    return _mm256_or_si256(_mm256_slli_epi16(v, 8), _mm256_srli_epi16(v, 8));
+/// Shuffles between units in the machine's byte order and in another one; one
+/// that changes nothing costs less than a second copy of a loop.
+VASKEL_AVX2 inline __m256i unitOrder16(bool big) {
+    const __m256i order = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
+    return _mm256_xor_si256(order, all8(big ? 1 : 0));
 }
-/// The bytes of each 32-bit lane reversed.
-VASKEL_AVX2 inline __m256i swapped32(__m256i v) {
-    const __m256i order = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12, 3,
-                                           2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
-    return _mm256_shuffle_epi8(v, order);
+VASKEL_AVX2 inline __m256i unitOrder32(bool big) {
+    return _mm256_xor_si256(unitOrder16(false), all8(big ? 3 : 0));
 }
-
-/// Units and values in the machine's byte order.
-template <bool kBig>
-VASKEL_AVX2 inline __m256i load16(const Byte* in) {
-    return kBig ? swapped16(load(in)) : load(in);
-}
-template <bool kBig>
-VASKEL_AVX2 inline __m256i load32(const Byte* in) {
-    return kBig ? swapped32(load(in)) : load(in);
+VASKEL_AVX2 inline __m256i ordered(__m256i units, __m256i order) {
+    return _mm256_shuffle_epi8(units, order);
 }
 
 // ---- unicode_avx2_to_utf8.cpp, unicode_avx2_units.cpp --------------------------
 
-template <bool kInBig>
-VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out);
-template <bool kInBig, bool kBig>
-VASKEL_AVX2 BlockStop utf16ToUtf32Avx2(const Byte* in, const Byte* last, Byte* out);
-template <bool kInBig>
-VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out);
-template <bool kInBig, bool kBig>
-VASKEL_AVX2 BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, Byte* out);
+BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                          ByteOrders orders);
+BlockStop utf16ToUtf32Avx2(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                           ByteOrders orders);
+BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                          ByteOrders orders);
+BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                           ByteOrders orders);
 
 // ---- unicode_avx2_size.cpp -----------------------------------------------------
 
+VASKEL_AVX2 std::size_t size8Avx2(const Byte* text);
 VASKEL_AVX2 std::size_t size16Avx2(const Byte* text);
 VASKEL_AVX2 std::size_t size32Avx2(const Byte* text);
 

@@ -53,67 +53,66 @@ class Constants {
 // ---- Output -----------------------------------------------------------------
 
 // Places 0..7 and 16..23 in a, the others in b, as 16-bit units.
-template <bool kBig>
 VASKEL_AVX2 inline void interleave(const Planes& p, __m256i& a, __m256i& b) {
-    a = kBig ? _mm256_unpacklo_epi8(p.hi, p.lo) : _mm256_unpacklo_epi8(p.lo, p.hi);
-    b = kBig ? _mm256_unpackhi_epi8(p.hi, p.lo) : _mm256_unpackhi_epi8(p.lo, p.hi);
+    a = _mm256_unpacklo_epi8(p.lo, p.hi);
+    b = _mm256_unpackhi_epi8(p.lo, p.hi);
 }
 
-template <bool kBig>
-VASKEL_AVX2 inline Byte* storeKept32(__m128i units, std::uint32_t keep, Byte* out) {
+VASKEL_AVX2 inline Byte* storeKept32(__m128i units, std::uint32_t keep, __m256i order, Byte* out) {
     const __m256i wide = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffle(kKeptUnits[keep])));
-    store(out, kBig ? _mm256_slli_epi32(wide, 16) : wide);
+    store(out, ordered(wide, order));
     return out + 4 * popcount(keep);
 }
 
-template <bool kBig>
-VASKEL_AVX2 inline Byte* storeKept32(__m128i units, __m128i above, std::uint32_t keep, Byte* out) {
-    const __m128i order = shuffle(kKeptUnits[keep]);
-    const __m128i low = _mm_shuffle_epi8(units, order), high = _mm_shuffle_epi8(above, order);
-    store(out, kBig ? _mm_unpacklo_epi16(high, low) : _mm_unpacklo_epi16(low, high));
-    store(out + 16, kBig ? _mm_unpackhi_epi16(high, low) : _mm_unpackhi_epi16(low, high));
+VASKEL_AVX2 inline Byte* storeKept32(__m128i units, __m128i above, std::uint32_t keep,
+                                     __m256i order, Byte* out) {
+    const __m128i shuffled = shuffle(kKeptUnits[keep]);
+    const __m256i low = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffled));
+    const __m256i high = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(above, shuffled));
+    store(out, ordered(_mm256_or_si256(low, _mm256_slli_epi32(high, 16)), order));
     return out + 4 * popcount(keep);
 }
 
 // The places of keep, as units or values.
-template <bool kWide, bool kBig>
-VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, std::uint32_t keep, Byte* out) {
+template <bool kWide>
+VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, std::uint32_t keep, __m256i order,
+                                     Byte* out) {
     __m256i a, b;
-    interleave<kBig>(p, a, b);
-    if (!kWide) return storeKept16(a, b, keep, out);
-    out = storeKept32<kBig>(_mm256_castsi256_si128(a), keep & 0xFF, out);
-    out = storeKept32<kBig>(_mm256_castsi256_si128(b), keep >> 8 & 0xFF, out);
-    out = storeKept32<kBig>(_mm256_extracti128_si256(a, 1), keep >> 16 & 0xFF, out);
-    return storeKept32<kBig>(_mm256_extracti128_si256(b, 1), keep >> 24, out);
+    interleave(p, a, b);
+    if (!kWide) return storeKept16(ordered(a, order), ordered(b, order), keep, out);
+    out = storeKept32(_mm256_castsi256_si128(a), keep & 0xFF, order, out);
+    out = storeKept32(_mm256_castsi256_si128(b), keep >> 8 & 0xFF, order, out);
+    out = storeKept32(_mm256_extracti128_si256(a, 1), keep >> 16 & 0xFF, order, out);
+    return storeKept32(_mm256_extracti128_si256(b, 1), keep >> 24, order, out);
 }
 
 // The same for values with bits from 16 on, which are in top.
-template <bool kBig>
-VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, __m256i top, std::uint32_t keep, Byte* out) {
+VASKEL_AVX2 inline Byte* storePlanes(const Planes& p, __m256i top, std::uint32_t keep,
+                                     __m256i order, Byte* out) {
     __m256i a, b, ta, tb;
-    interleave<kBig>(p, a, b);
-    interleave<kBig>({top, _mm256_setzero_si256()}, ta, tb);
+    interleave(p, a, b);
+    interleave({top, _mm256_setzero_si256()}, ta, tb);
     const auto lower = [](__m256i v) VASKEL_AVX2 { return _mm256_castsi256_si128(v); };
     const auto upper = [](__m256i v) VASKEL_AVX2 { return _mm256_extracti128_si256(v, 1); };
-    out = storeKept32<kBig>(lower(a), lower(ta), keep & 0xFF, out);
-    out = storeKept32<kBig>(lower(b), lower(tb), keep >> 8 & 0xFF, out);
-    out = storeKept32<kBig>(upper(a), upper(ta), keep >> 16 & 0xFF, out);
-    return storeKept32<kBig>(upper(b), upper(tb), keep >> 24, out);
+    out = storeKept32(lower(a), lower(ta), keep & 0xFF, order, out);
+    out = storeKept32(lower(b), lower(tb), keep >> 8 & 0xFF, order, out);
+    out = storeKept32(upper(a), upper(ta), keep >> 16 & 0xFF, order, out);
+    return storeKept32(upper(b), upper(tb), keep >> 24, order, out);
 }
 
-template <bool kWide, bool kBig>
-VASKEL_AVX2 inline Byte* storeAscii(const Byte* in, __m256i b0, Byte* out) {
+template <bool kWide>
+VASKEL_AVX2 inline Byte* storeAscii(const Byte* in, __m256i b0, __m256i order, Byte* out) {
     if (!kWide) {
-        const __m256i bytes = _mm256_permute4x64_epi64(b0, 0xD8), zero = _mm256_setzero_si256();
-        store(out, kBig ? _mm256_unpacklo_epi8(zero, bytes) : _mm256_unpacklo_epi8(bytes, zero));
-        store(out + 32,
-              kBig ? _mm256_unpackhi_epi8(zero, bytes) : _mm256_unpackhi_epi8(bytes, zero));
+        const __m256i low = _mm256_cvtepu8_epi16(_mm256_castsi256_si128(b0));
+        store(out, ordered(low, order));
+        const __m256i high = _mm256_cvtepu8_epi16(_mm256_extracti128_si256(b0, 1));
+        store(out + 32, ordered(high, order));
         return out + 64;
     }
     for (int i = 0; i < 4; ++i, out += 32) {
         const __m256i wide =
             _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(in + 8 * i)));
-        store(out, kBig ? _mm256_slli_epi32(wide, 24) : wide);
+        store(out, ordered(wide, order));
     }
     return out;
 }
@@ -207,9 +206,11 @@ inline unsigned backToLead(std::uint32_t leads) {
     return 1 + static_cast<unsigned>(std::countl_zero(leads));
 }
 
-template <bool kWide, bool kBig>
-VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
+template <bool kWide>
+VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte*, Byte* out,
+                               ByteOrders orders) {
     const Constants k;
+    const __m256i order = kWide ? unitOrder32(orders.big) : unitOrder16(orders.big);
     std::uint64_t carry = 0;             // the first bytes here that follow a lead byte before
     std::uint32_t leads = 0, fours = 0;  // of the block before
     __m256i foursBefore = _mm256_setzero_si256();
@@ -217,7 +218,7 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
         const __m256i b0 = load(in);
         const std::uint32_t high = mask8(b0);
         if (high == 0 && carry == 0) {
-            out = storeAscii<kWide, kBig>(in, b0, out);
+            out = storeAscii<kWide>(in, b0, order, out);
             in += 32;
             continue;
         }
@@ -234,7 +235,7 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
             leads = ~cont;
             fours = 0;
             carry = follow >> 32;
-            out = storePlanes<kWide, kBig>(valuesBelow800(b0, b1, k), leads, out);
+            out = storePlanes<kWide>(valuesBelow800(b0, b1, k), leads, order, out);
             in += 32;
             continue;
         }
@@ -245,7 +246,7 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
         const std::size_t skipped = popcount(static_cast<std::uint32_t>(carry));
         if ((three >> skipped & 0xFFFFFF) == 0x249249 && (four | fours >> 31) == 0) {
             // Threes only, from the first character that begins here on.
-            const BlockStop stop = threesRun<kWide, kBig>(in + skipped, last, out);
+            const BlockStop stop = threesRun<kWide>(in + skipped, last, orders.big, order, out);
             if (stop.in != in + skipped) {
                 in = stop.in;
                 out = stop.out;
@@ -257,17 +258,17 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
         Planes p = valuesBelow10000(b0, b1, b2, threeV, k);
         if (!kWide && !isZero(apart(b0, b1, p, k))) break;
         if ((four | fours >> 31) == 0) {
-            out = storePlanes<kWide, kBig>(p, ~cont, out);
+            out = storePlanes<kWide>(p, ~cont, order, out);
         } else {
             const __m256i foursV = _mm256_and_si256(_mm256_cmpgt_epi8(b0, k[kEF]),
                                                     _mm256_cmpgt_epi8(_mm256_setzero_si256(), b0));
             if (oddFours(b0, b1, foursV, k)) break;
             if (kWide) {
                 const __m256i top = putFours(b0, b1, b2, load(in + 3), foursV, k, p);
-                out = storePlanes<kBig>(p, top, ~cont, out);
+                out = storePlanes(p, top, ~cont, order, out);
             } else {
                 putPairs(b0, b1, b2, foursV, foursBefore, k, p);
-                out = storePlanes<kWide, kBig>(p, ~cont | four << 1 | fours >> 31, out);
+                out = storePlanes<kWide>(p, ~cont | four << 1 | fours >> 31, order, out);
                 foursBefore = foursV;
             }
         }
@@ -287,16 +288,16 @@ VASKEL_AVX2 BlockStop fromUtf8(const Byte* in, const Byte* last, Byte* out) {
 }  // namespace
 
 constexpr UnicodeBlocks kBlocksAvx2 = {
-    .utf8ToUtf16 = {fromUtf8<false, false>, fromUtf8<false, true>},
-    .utf8ToUtf32 = {fromUtf8<true, false>, fromUtf8<true, true>},
-    .utf16ToUtf8 = {utf16ToUtf8Avx2<false>, utf16ToUtf8Avx2<true>},
-    .utf16ToUtf32 = {{utf16ToUtf32Avx2<false, false>, utf16ToUtf32Avx2<false, true>},
-                     {utf16ToUtf32Avx2<true, false>, utf16ToUtf32Avx2<true, true>}},
-    .utf32ToUtf8 = {utf32ToUtf8Avx2<false>, utf32ToUtf8Avx2<true>},
-    .utf32ToUtf16 = {{utf32ToUtf16Avx2<false, false>, utf32ToUtf16Avx2<false, true>},
-                     {utf32ToUtf16Avx2<true, false>, utf32ToUtf16Avx2<true, true>}},
+    .utf8ToUtf16 = fromUtf8<false>,
+    .utf8ToUtf32 = fromUtf8<true>,
+    .utf16ToUtf8 = utf16ToUtf8Avx2,
+    .utf16ToUtf32 = utf16ToUtf32Avx2,
+    .utf32ToUtf8 = utf32ToUtf8Avx2,
+    .utf32ToUtf16 = utf32ToUtf16Avx2,
+    .size8 = size8Avx2,
     .size16 = size16Avx2,
     .size32 = size32Avx2,
+    .ahead = kBlock + kBlockAhead,
 };
 
 const UnicodeForm kUnicodeAvx2 = OnePassForm<kBlocksAvx2>::named("AVX2");

@@ -1,5 +1,7 @@
 // Where a text of UTF-16 or UTF-32 ends, for CPUs with AVX2.
 
+#include <cstring>
+
 #include "encoding/unicode_avx2.h"
 
 #if defined(__x86_64__)
@@ -78,6 +80,17 @@ VASKEL_AVX2 VASKEL_ALIGNED_READS std::size_t sizeToZeroAligned(const Byte* text)
 }
 
 }  // namespace
+
+VASKEL_AVX2 VASKEL_ALIGNED_READS std::size_t size8Avx2(const Byte* text) {
+    // Most short texts end in the first blocks; long ones are for the C library.
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) % kBytes;
+    const __m256i zero = _mm256_setzero_si256();
+    const Byte* const block = text - offset;
+    const std::uint32_t found = mask8(_mm256_cmpeq_epi8(loadAligned(block), zero)) >> offset;
+    if (found != 0) return static_cast<std::size_t>(std::countr_zero(found));
+    const Byte* const next = block + kBytes;
+    return static_cast<std::size_t>(next - text) + std::strlen(reinterpret_cast<const char*>(next));
+}
 
 VASKEL_AVX2 std::size_t size16Avx2(const Byte* text) {
     return reinterpret_cast<std::uintptr_t>(text) % 2 == 0 ? sizeToZeroAligned<2>(text)

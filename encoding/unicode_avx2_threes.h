@@ -44,18 +44,18 @@ VASKEL_AVX2 inline __m256i areApart(__m256i units) {
 }
 
 // Sixteen characters of three bytes; false if they are not.
-template <bool kWide, bool kBig>
-VASKEL_AVX2 inline bool storeSixteen(const Byte* in, Byte* out) {
+template <bool kWide>
+VASKEL_AVX2 inline bool storeSixteen(const Byte* in, __m256i order, Byte* out) {
     const __m256i a = loadThrees(in), b = loadThrees(in + 24);
     if (mask8(_mm256_and_si256(areThrees(a), areThrees(b))) != 0xFFFFFFFF) return false;
     if (kWide) {
-        store(out, kBig ? swapped32(valuesOf(a)) : valuesOf(a));
-        store(out + 32, kBig ? swapped32(valuesOf(b)) : valuesOf(b));
+        store(out, ordered(valuesOf(a), order));
+        store(out + 32, ordered(valuesOf(b), order));
         return true;
     }
     const __m256i units = _mm256_packus_epi32(valuesOf(a), valuesOf(b));
     if (!isZero(areApart(units))) return false;
-    store(out, _mm256_permute4x64_epi64(kBig ? swapped16(units) : units, 0xD8));
+    store(out, _mm256_permute4x64_epi64(ordered(units, order), 0xD8));
     return true;
 }
 
@@ -63,10 +63,11 @@ VASKEL_AVX2 inline bool storeSixteen(const Byte* in, Byte* out) {
 // long as they begin at or before last. Stops in front of any other, of one
 // that the rules treat apart, and where less than two of three bytes come
 // together.
-template <bool kWide, bool kBig>
-VASKEL_AVX2 inline BlockStop threesRun(const Byte* in, const Byte* last, Byte* out) {
+template <bool kWide>
+VASKEL_AVX2 inline BlockStop threesRun(const Byte* in, const Byte* last, bool big, __m256i order,
+                                       Byte* out) {
     while (in <= last) {
-        if (last - in >= 24 && storeSixteen<kWide, kBig>(in, out)) {
+        if (last - in >= 24 && storeSixteen<kWide>(in, order, out)) {
             in += 48;
             out += kWide ? 64 : 32;
             continue;
@@ -76,12 +77,12 @@ VASKEL_AVX2 inline BlockStop threesRun(const Byte* in, const Byte* last, Byte* o
         // All eight are written; those behind the first that is none are written
         // over.
         if (kWide) {
-            store(out, kBig ? swapped32(values) : values);
+            store(out, ordered(values, order));
         } else {
-            __m256i units = _mm256_packus_epi32(values, values);
+            const __m256i units = _mm256_packus_epi32(values, values);
             good &= ~mask8(_mm256_unpacklo_epi16(areApart(units), areApart(units)));
-            if (kBig) units = swapped16(units);
-            store(out, _mm256_castsi256_si128(_mm256_permute4x64_epi64(units, 0x08)));
+            store(out,
+                  _mm256_castsi256_si128(_mm256_permute4x64_epi64(ordered(units, order), 0x08)));
         }
         const auto count = static_cast<unsigned>(std::countr_one(good)) / 4;
         if (count < 2) break;
@@ -90,9 +91,9 @@ VASKEL_AVX2 inline BlockStop threesRun(const Byte* in, const Byte* last, Byte* o
         if (count == 8) continue;
         if (*in >= 0x80 || in > last) break;
         if (kWide)
-            put32(out, *in++, kBig);
+            put32(out, *in++, big);
         else
-            put16(out, *in++, kBig);
+            put16(out, *in++, big);
     }
     return {in, out};
 }

@@ -166,16 +166,17 @@ VASKEL_AVX2 inline Byte* storeValues(__m256i values, Byte* out) {
 
 }  // namespace
 
-template <bool kInBig>
-VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out) {
+VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, const Byte*, Byte* out,
+                                      ByteOrders orders) {
     const Constants k;
+    const __m256i order = unitOrder16(orders.inBig);
     std::uint32_t carry = 0;  // the bits of a high unit at the end of the block before
     while (in <= last) {
-        const __m256i units = load16<kInBig>(in);
+        const __m256i units = ordered(load(in), order);
         if (_mm256_testz_si256(units, k.xFF80)) {
-            if (carry != 0) return {in, out, true};
+            if (carry != 0) return {};
             if (in + 32 <= last) {
-                const __m256i more = load16<kInBig>(in + 32);
+                const __m256i more = ordered(load(in + 32), order);
                 if (_mm256_testz_si256(more, k.xFF80)) {
                     out = storeAscii(units, more, out);
                     in += 64;
@@ -188,11 +189,11 @@ VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* ou
         }
         const __m256i surrogates = _mm256_cmpeq_epi16(_mm256_and_si256(units, k.xF800), k.xD800);
         if (isZero(surrogates)) {
-            if (carry != 0) return {in, out, true};
+            if (carry != 0) return {};
             out = storeCharacters(units, k, out);
         } else {
-            if (!paired(units, carry)) return {in, out, true};
-            out = storePairs(units, load16<kInBig>(in - 2), surrogates, k, out);
+            if (!paired(units, carry)) return {};
+            out = storePairs(units, ordered(load(in - 2), order), surrogates, k, out);
         }
         in += 32;
     }
@@ -200,28 +201,24 @@ VASKEL_AVX2 BlockStop utf16ToUtf8Avx2(const Byte* in, const Byte* last, Byte* ou
     return carry == 0 ? BlockStop{in, out} : BlockStop{in - 2, out - 2};
 }
 
-template <bool kInBig>
-VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, Byte* out) {
+VASKEL_AVX2 BlockStop utf32ToUtf8Avx2(const Byte* in, const Byte* last, const Byte*, Byte* out,
+                                      ByteOrders orders) {
     const Constants k;
+    const __m256i order = unitOrder32(orders.inBig);
     for (; in <= last; in += 64) {
-        const __m256i a = load32<kInBig>(in), b = load32<kInBig>(in + 32);
+        const __m256i a = ordered(load(in), order), b = ordered(load(in + 32), order);
         const __m256i either = _mm256_or_si256(a, b);
         if (_mm256_testz_si256(either, all32(0xFFFF0000))) {
             const __m256i units = _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
             out = _mm256_testz_si256(either, all32(0xFF80)) ? storeAscii(units, out)
                                                             : storeCharacters(units, k, out);
         } else {
-            if (!_mm256_testz_si256(either, all32(0xFFE00000))) return {in, out, true};
+            if (!_mm256_testz_si256(either, all32(0xFFE00000))) return {};
             out = storeValues(b, storeValues(a, out));
         }
     }
     return {in, out};
 }
-
-template BlockStop utf16ToUtf8Avx2<false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf16ToUtf8Avx2<true>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf8Avx2<false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf8Avx2<true>(const Byte*, const Byte*, Byte*);
 
 }  // namespace Vaskel
 

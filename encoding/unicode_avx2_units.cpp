@@ -10,20 +10,9 @@
 namespace Vaskel {
 namespace {
 
-template <bool kBig>
-VASKEL_AVX2 inline void storeUnits(__m256i units, Byte* out) {
-    store(out, kBig ? swapped16(units) : units);
-}
-
-template <bool kBig>
-VASKEL_AVX2 inline void storeValues(__m256i values, Byte* out) {
-    store(out, kBig ? swapped32(values) : values);
-}
-
 // The values of eight units that are in front of their other half, or alone;
 // those of low halves, dropped.
-template <bool kBig>
-VASKEL_AVX2 inline Byte* storePairs(__m128i units, __m128i behind, Byte* out) {
+VASKEL_AVX2 inline Byte* storePairs(__m128i units, __m128i behind, __m256i order, Byte* out) {
     const __m256i unit = _mm256_cvtepu16_epi32(units), next = _mm256_cvtepu16_epi32(behind);
     const __m256i pair =
         _mm256_or_si256(_mm256_or_si256(_mm256_slli_epi32(_mm256_and_si256(unit, all32(0x3F)), 10),
@@ -34,13 +23,12 @@ VASKEL_AVX2 inline Byte* storePairs(__m128i units, __m128i behind, Byte* out) {
     const __m256i lanes =
         _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(kKeptLanes[keep])));
     const __m256i values = _mm256_blendv_epi8(unit, pair, high);
-    storeValues<kBig>(_mm256_permutevar8x32_epi32(values, lanes), out);
+    store(out, ordered(_mm256_permutevar8x32_epi32(values, lanes), order));
     return out + 4 * popcount(keep);
 }
 
 // Eight values below 200000, from 10000 on as two units each.
-template <bool kBig>
-VASKEL_AVX2 inline Byte* storeSplit(__m256i values, Byte* out) {
+VASKEL_AVX2 inline Byte* storeSplit(__m256i values, __m256i order, Byte* out) {
     const __m256i single = are32(values, 0xFFFF0000, 0);
     const __m256i plane =
         _mm256_sub_epi32(_mm256_slli_epi32(_mm256_srli_epi32(values, 16), 6), all32(0x40));
@@ -49,8 +37,7 @@ VASKEL_AVX2 inline Byte* storeSplit(__m256i values, Byte* out) {
                         _mm256_srli_epi32(_mm256_and_si256(values, all32(0xFC00)), 10));
     const __m256i low = _mm256_slli_epi32(_mm256_and_si256(values, all32(0x3F)), 16);
     const __m256i pair = _mm256_or_si256(_mm256_or_si256(high, low), all32(0xDC00D800));
-    __m256i units = _mm256_blendv_epi8(pair, values, single);
-    if (kBig) units = swapped16(units);
+    __m256i units = ordered(_mm256_blendv_epi8(pair, values, single), order);
     const std::uint32_t two = ~mask32(single);
     const unsigned first = 0x55u | static_cast<unsigned>(kSpreadBits[two & 0xF] << 1);
     const unsigned second = 0x55u | static_cast<unsigned>(kSpreadBits[two >> 4 & 0xF] << 1);
@@ -63,56 +50,50 @@ VASKEL_AVX2 inline Byte* storeSplit(__m256i values, Byte* out) {
 
 }  // namespace
 
-template <bool kInBig, bool kBig>
-VASKEL_AVX2 BlockStop utf16ToUtf32Avx2(const Byte* in, const Byte* last, Byte* out) {
+VASKEL_AVX2 BlockStop utf16ToUtf32Avx2(const Byte* in, const Byte* last, const Byte*, Byte* out,
+                                       ByteOrders orders) {
+    const __m256i inOrder = unitOrder16(orders.inBig), order = unitOrder32(orders.big);
     std::uint32_t carry = 0;
     for (; in <= last; in += 32) {
-        const __m256i units = load16<kInBig>(in);
+        const __m256i units = ordered(load(in), inOrder);
         if (isZero(are16(units, 0xF800, 0xD800))) {
-            if (carry != 0) return {in, out, true};
-            storeValues<kBig>(_mm256_cvtepu16_epi32(_mm256_castsi256_si128(units)), out);
-            storeValues<kBig>(_mm256_cvtepu16_epi32(_mm256_extracti128_si256(units, 1)), out + 32);
+            if (carry != 0) return {};
+            store(out, ordered(_mm256_cvtepu16_epi32(_mm256_castsi256_si128(units)), order));
+            store(out + 32,
+                  ordered(_mm256_cvtepu16_epi32(_mm256_extracti128_si256(units, 1)), order));
             out += 64;
             continue;
         }
-        if (!paired(units, carry)) return {in, out, true};
-        const __m256i behind = load16<kInBig>(in + 2);
-        out = storePairs<kBig>(_mm256_castsi256_si128(units), _mm256_castsi256_si128(behind), out);
-        out = storePairs<kBig>(_mm256_extracti128_si256(units, 1),
-                               _mm256_extracti128_si256(behind, 1), out);
+        if (!paired(units, carry)) return {};
+        const __m256i behind = ordered(load(in + 2), inOrder);
+        out = storePairs(_mm256_castsi256_si128(units), _mm256_castsi256_si128(behind), order, out);
+        out = storePairs(_mm256_extracti128_si256(units, 1), _mm256_extracti128_si256(behind, 1),
+                         order, out);
     }
     // The value of a pair that goes on is written already, but its low half
     // still has to be one.
     return carry == 0 ? BlockStop{in, out} : BlockStop{in - 2, out - 4};
 }
 
-template <bool kInBig, bool kBig>
-VASKEL_AVX2 BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, Byte* out) {
+VASKEL_AVX2 BlockStop utf32ToUtf16Avx2(const Byte* in, const Byte* last, const Byte*, Byte* out,
+                                       ByteOrders orders) {
+    const __m256i inOrder = unitOrder32(orders.inBig), order = unitOrder16(orders.big);
     for (; in <= last; in += 64) {
-        const __m256i a = load32<kInBig>(in), b = load32<kInBig>(in + 32);
+        const __m256i a = ordered(load(in), inOrder), b = ordered(load(in + 32), inOrder);
         const __m256i either = _mm256_or_si256(a, b);
         const __m256i surrogates =
             _mm256_or_si256(are32(a, 0xFFFFF800, 0xD800), are32(b, 0xFFFFF800, 0xD800));
-        if (!isZero(surrogates) || !_mm256_testz_si256(either, all32(0xFFE00000)))
-            return {in, out, true};
+        if (!isZero(surrogates) || !_mm256_testz_si256(either, all32(0xFFE00000))) return {};
         if (_mm256_testz_si256(either, all32(0xFFFF0000))) {
-            storeUnits<kBig>(_mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8), out);
+            const __m256i units = _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
+            store(out, ordered(units, order));
             out += 32;
         } else {
-            out = storeSplit<kBig>(b, storeSplit<kBig>(a, out));
+            out = storeSplit(b, order, storeSplit(a, order, out));
         }
     }
     return {in, out};
 }
-
-template BlockStop utf16ToUtf32Avx2<false, false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf16ToUtf32Avx2<false, true>(const Byte*, const Byte*, Byte*);
-template BlockStop utf16ToUtf32Avx2<true, false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf16ToUtf32Avx2<true, true>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf16Avx2<false, false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf16Avx2<false, true>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf16Avx2<true, false>(const Byte*, const Byte*, Byte*);
-template BlockStop utf32ToUtf16Avx2<true, true>(const Byte*, const Byte*, Byte*);
 
 }  // namespace Vaskel
 

@@ -14,18 +14,22 @@
 namespace Vaskel {
 
 /// Where a block function stopped: in is at the start of a character, and what
-/// all characters before it become is in front of out. bad when no result but
-/// the empty one is possible.
+/// all characters before it become is in front of out, which is null when no
+/// result but the empty one is possible.
 struct BlockStop {
-    const unsigned char* in;
-    unsigned char* out;
-    bool bad = false;
+    const unsigned char* in = nullptr;
+    unsigned char* out = nullptr;
+};
+
+/// Which of the two texts are big-endian; either is ignored where it is UTF-8.
+struct ByteOrders {
+    bool inBig, big;
 };
 
 constexpr std::size_t kBlock = 64;        // bytes of input that a block has, at the most
 constexpr std::size_t kBlockAhead = 4;    // a character may end behind the block it begins in
 constexpr std::size_t kBlockBehind = 2;   // the unit in front of a block
-constexpr std::size_t kBlockSpill = 128;  // bytes written behind what counts, at the most
+constexpr std::size_t kBlockSpill = 256;  // bytes written behind what counts, at the most
 
 /// Converts from in, the start of a character, on as long as blocks begin at
 /// or before last.
@@ -35,27 +39,32 @@ constexpr std::size_t kBlockSpill = 128;  // bytes written behind what counts, a
 /// can become, and kBlockSpill more. Of the input's units none is zero but
 /// those behind the text, where a block may reach; they convert as any other
 /// unit does.
+///
+/// Functions for blocks that end where the text does read nothing from end on
+/// and take a shorter last block.
 using BlockFunction = BlockStop (*)(const unsigned char* in, const unsigned char* last,
-                                    unsigned char* out);
+                                    const unsigned char* end, unsigned char* out,
+                                    ByteOrders orders);
 
-/// Block functions and their helpers for one kind of CPU. An index of 0 stands
-/// for little-endian and 1 for big-endian text; of two, the first is the
-/// input's.
+/// Block functions and their helpers for one kind of CPU.
 struct UnicodeBlocks {
-    BlockFunction utf8ToUtf16[2];
-    BlockFunction utf8ToUtf32[2];
-    BlockFunction utf16ToUtf8[2];
-    BlockFunction utf16ToUtf32[2][2];
-    BlockFunction utf32ToUtf8[2];
-    BlockFunction utf32ToUtf16[2][2];
+    BlockFunction utf8ToUtf16, utf8ToUtf32;
+    BlockFunction utf16ToUtf8, utf16ToUtf32;
+    BlockFunction utf32ToUtf8, utf32ToUtf16;
 
-    /// The bytes in front of the zero unit.
+    /// The bytes in front of the zero byte or unit.
+    std::size_t (*size8)(const unsigned char* text);
     std::size_t (*size16)(const unsigned char* text);
     std::size_t (*size32)(const unsigned char* text);
+
+    /// How many bytes from the beginning of a block on must belong to the text:
+    /// all that the functions read or, if blocks end with the text, one.
+    std::size_t ahead;
 };
 
 extern const UnicodeForm kUnicodeOnePass;  // block functions that any CPU can run
 extern const UnicodeForm kUnicodeAvx2;
+extern const UnicodeForm kUnicodeAvx512;
 
 }  // namespace Vaskel
 

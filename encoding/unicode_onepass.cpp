@@ -1,11 +1,267 @@
-// The one-pass form for any CPU: it has no blocks, and the rules do it all.
+// The frame of the one-pass forms, and the one for any CPU: it has no blocks,
+// and the rules do it all.
+//
+// Same results as the plain form: characters go through the same rules, and
+// the one effect of the intermediate string, that an overlong zero in UTF-8
+// ends the UTF-16 text while bad bytes behind it still count, is made by
+// EndedAtZero.
 
 #include "encoding/unicode_onepass.h"
+
+#include <algorithm>
 
 namespace Vaskel {
 namespace {
 
-BlockStop noBlocks(const Byte* in, const Byte*, Byte* out) { return {in, out}; }
+// ---- The rules --------------------------------------------------------------
+
+// What a character's value becomes; Yes, or what it means for the text.
+using Put = Taken (*)(std::uint32_t value, Byte*& out, bool big);
+
+Taken putValue32(std::uint32_t value, Byte*& out, bool big) {
+    put32(out, value, big);
+    return Taken::Yes;
+}
+
+Taken putValue16(std::uint32_t value, Byte*& out, bool big) {
+    if (isSurrogate(value)) return Taken::Bad;
+    if (value < 0x10000) {
+        put16(out, value, big);
+    } else {
+        put16(out, highUnit(value), big);
+        put16(out, lowUnit(value), big);
+    }
+    return Taken::Yes;
+}
+
+Taken putValue8(std::uint32_t value, Byte*& out, bool) {
+    putUtf8(out, value);
+    return Taken::Yes;
+}
+
+// A unit or a pair of UTF-16; false for a surrogate alone. A high unit at the
+// text's end is followed by the zero unit.
+bool getUtf16(const Byte*& in, bool big, std::uint32_t& value) {
+    value = get16(in, big);
+    in += 2;
+    if (!isSurrogate(value)) return true;
+    if (!isHighSurrogate(value)) return false;
+    const std::uint32_t low = get16(in, big);
+    in += 2;
+    if (!isLowSurrogate(low)) return false;
+    value = surrogatePairValue(value, low);
+    return true;
+}
+
+bool getUtf32(const Byte*& in, bool big, std::uint32_t& value) {
+    value = get32(in, big);
+    in += 4;
+    return value < kUnicodeEnd;
+}
+
+template <std::size_t kUnit, Put kPut>
+Taken take(const Byte*& inOut, const Byte* until, const Byte* end, Byte*& outOut,
+           ByteOrders orders) {
+    // Of pointers that are passed in, each byte written could change one.
+    const Byte* in = inOut;
+    Byte* out = outOut;
+    Taken taken = Taken::Yes;
+    while (in < until && taken == Taken::Yes) {
+        std::uint32_t value;
+        if (kUnit == 1 ? !getUtf8(in, end, value)
+                       : !(kUnit == 2 ? getUtf16 : getUtf32)(in, orders.inBig, value))
+            return Taken::Bad;
+        if (kPut == putValue16 && kUnit == 1 && value == 0) {
+            while (in < end)
+                if (!getUtf8(in, end, value)) return Taken::Bad;
+            taken = Taken::EndedAtZero;
+        } else {
+            taken = kPut(value, out, orders.big);
+        }
+    }
+    inOut = in;
+    outOut = out;
+    return taken;
+}
+
+// ---- The frame --------------------------------------------------------------
+
+// The mark in front of a text in UTF-16 or UTF-32, by its byte order and form.
+constexpr Byte kMarks[2][2][4] = {{{0xFF, 0xFE}, {0xFF, 0xFE, 0, 0}},
+                                  {{0xFE, 0xFF}, {0, 0, 0xFE, 0xFF}}};
+
+// Four bytes are written, whatever counts of them.
+Byte* putMark(const UnicodeWay& way, ByteOrders orders, Byte* out) {
+    std::memcpy(out, kMarks[orders.big][way.outUnit == 4], 4);
+    return out + way.markSize;
+}
+Byte* putEnd(const UnicodeWay& way, Byte* out) {
+    std::memset(out, 0, 4);
+    return out + way.markSize;
+}
+
+std::string asString(const Byte* begin, const Byte* end) {
+    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+}
+
+// Gives result the bytes that write(memory, room) writes into its memory, of
+// which it returns the number; those that were there stay.
+template <class Write>
+void writeInto(std::string& result, const Write& write) {
+#ifdef __cpp_lib_string_resize_and_overwrite
+    result.resize_and_overwrite(result.capacity(), write);
+#else
+    result.resize(result.capacity());
+    const std::size_t written = write(result.data(), result.size());
+    result.resize(written);
+#endif
+}
+
+// A text of some length: its first chunk is converted into a buffer on the stack
+// and tells how much memory to ask for. The others are converted right into the
+// result, as long as there is room for what they could become, and the last ones
+// in the buffer again. Nothing is filled with zeros first, and a text of one
+// chunk needs one allocation of the exact size.
+class OnePass {
+ public:
+    OnePass(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead, ByteOrders orders)
+        : mWay(way), mBlocks(blocks), mAhead(static_cast<std::ptrdiff_t>(ahead)), mOrders(orders) {}
+
+    std::string convert(const Byte* text, std::size_t size) {
+        const std::size_t chunk = kChunkBecomes / mWay.growth;
+        const Byte *in = text, *const end = text + size;
+        const auto left = [&] { return static_cast<std::size_t>(end - in); };
+        mOut = putMark(mWay, mOrders, mOut);
+        std::string result;
+        Taken taken = Taken::Yes;
+        if (size > chunk) {
+            taken = takeWholeBlocks(in, in + chunk, end);
+            if (taken == Taken::Yes) {
+                result.reserve(mWay.growsEvenly ? mWay.growth * size + 2 * mWay.outUnit
+                                                : expectedSize(in - text, end - in));
+                flush(result);
+                taken = takeInto(result, in, end);
+            }
+        }
+        while (taken == Taken::Yes && left() > chunk) {
+            taken = takeWholeBlocks(in, in + chunk, end);
+            flush(result);
+        }
+        if (taken == Taken::Yes) taken = takeWholeBlocks(in, end, end);
+        if (taken == Taken::Yes && left() > 0) taken = takeRest(in, end);
+        if (taken == Taken::Bad) return {};
+        mOut = putEnd(mWay, mOut);
+        if (result.empty()) return asString(mBuffer, mOut);
+        flush(result);
+        return result;
+    }
+
+ private:
+    // What a chunk becomes stays in the first-level cache.
+    static constexpr std::size_t kChunkBecomes = 8192;
+    // How far the rules go where a block function stops before it tries again.
+    static constexpr std::ptrdiff_t kByRules = 32;
+    static constexpr std::size_t kZeros = kBlock + kBlockAhead;
+    // What the rules and the rest's blocks go beyond a chunk, the mark and the
+    // zero unit.
+    static constexpr std::size_t kBeyond = 2 * kZeros + kByRules + 8;
+
+    Taken takeByRules(const Byte*& in, const Byte* end) {
+        return mWay.take(in, end - in > kByRules ? in + kByRules : end, end, mOut, mOrders);
+    }
+
+    // The blocks that lie in [in, chunkEnd) with the bytes ahead of them.
+    Taken takeWholeBlocks(const Byte*& in, const Byte* chunkEnd, const Byte* end) {
+        if (chunkEnd - in < mAhead) return Taken::Yes;
+        const Byte* const last = chunkEnd - mAhead;
+        for (;;) {
+            const BlockStop stop = mBlocks(in, last, end, mOut, mOrders);
+            if (!stop.out) return Taken::Bad;
+            in = stop.in;
+            mOut = stop.out;
+            if (in > last) return Taken::Yes;
+            const Taken taken = takeByRules(in, end);
+            if (taken != Taken::Yes || in > last) return taken;
+        }
+    }
+
+    // As many whole chunks as there is certainly room for in result.
+    Taken takeInto(std::string& result, const Byte*& in, const Byte* end) {
+        const std::size_t chunk = kChunkBecomes / mWay.growth;
+        const std::size_t spare = kBeyond * mWay.growth + kBlockSpill;
+        Taken taken = Taken::Yes;
+        writeInto(result, [&, used = result.size()](char* memory, std::size_t room) {
+            Byte* const begin = reinterpret_cast<Byte*>(memory);
+            mOut = begin + used;
+            while (taken == Taken::Yes) {
+                const std::size_t free = room - static_cast<std::size_t>(mOut - begin);
+                if (free < spare) break;
+                const std::size_t fits =
+                    std::min((free - spare) / mWay.growth, static_cast<std::size_t>(end - in));
+                if (fits < chunk) break;
+                taken = takeWholeBlocks(in, in + fits, end);
+            }
+            const auto written = static_cast<std::size_t>(mOut - begin);
+            mOut = mBuffer;
+            return written;
+        });
+        return taken;
+    }
+
+    // The last bytes, fewer than kZeros, in blocks filled up with zero units;
+    // what those become is taken off again. None are left where blocks end with
+    // the text.
+    Taken takeRest(const Byte* in, const Byte* end) {
+        const auto left = static_cast<std::size_t>(end - in);
+        alignas(64) Byte filled[64 + 2 * kZeros];
+        Byte* const begin = filled + 64;
+        std::memset(begin - kBlockBehind, 0, kBlockBehind);
+        std::memcpy(begin, in, left);
+        std::memset(begin + left, 0, filled + sizeof filled - (begin + left));
+        for (const Byte* at = begin;;) {
+            const BlockStop stop =
+                mBlocks(at, begin + left - 1, filled + sizeof filled, mOut, mOrders);
+            if (!stop.out) return Taken::Bad;
+            mOut = stop.out;
+            const auto done = static_cast<std::size_t>(stop.in - begin);
+            if (done >= left) {
+                mOut -= (done - left) / mWay.unit * mWay.outUnit;
+                return Taken::Yes;
+            }
+            const Byte* from = in + done;
+            const Taken taken = takeByRules(from, end);
+            if (taken != Taken::Yes || from >= end) return taken;
+            at = begin + (from - in);
+        }
+    }
+
+    // The size of the result if the text goes on as it began, and a sixteenth
+    // more: so much memory is asked for, and more only if that turns out wrong.
+    // A chunk is less than 2^16 bytes and an address space at most 2^47.
+    std::size_t expectedSize(std::ptrdiff_t taken, std::ptrdiff_t left) const {
+        const std::int64_t made = mOut - mBuffer;
+        return static_cast<std::size_t>(made + left * std::int64_t{made + made / 16} / taken);
+    }
+
+    void flush(std::string& result) {
+        result.append(reinterpret_cast<const char*>(mBuffer),
+                      static_cast<std::size_t>(mOut - mBuffer));
+        mOut = mBuffer;
+    }
+
+    const UnicodeWay& mWay;
+    BlockFunction mBlocks;
+    std::ptrdiff_t mAhead;
+    ByteOrders mOrders;
+    alignas(64) Byte mBuffer[kChunkBecomes + kBeyond * 4 + kBlockSpill];
+    Byte* mOut = mBuffer;
+};
+
+BlockStop noBlocks(const Byte* in, const Byte*, const Byte*, Byte* out, ByteOrders) {
+    return {in, out};
+}
+
+std::size_t size8(const Byte* text) { return std::strlen(reinterpret_cast<const char*>(text)); }
 
 std::size_t size16(const Byte* text) {
     std::size_t size = 0;
@@ -20,17 +276,53 @@ std::size_t size32(const Byte* text) {
 }
 
 constexpr UnicodeBlocks kBlocks = {
-    .utf8ToUtf16 = {noBlocks, noBlocks},
-    .utf8ToUtf32 = {noBlocks, noBlocks},
-    .utf16ToUtf8 = {noBlocks, noBlocks},
-    .utf16ToUtf32 = {{noBlocks, noBlocks}, {noBlocks, noBlocks}},
-    .utf32ToUtf8 = {noBlocks, noBlocks},
-    .utf32ToUtf16 = {{noBlocks, noBlocks}, {noBlocks, noBlocks}},
+    .utf8ToUtf16 = noBlocks,
+    .utf8ToUtf32 = noBlocks,
+    .utf16ToUtf8 = noBlocks,
+    .utf16ToUtf32 = noBlocks,
+    .utf32ToUtf8 = noBlocks,
+    .utf32ToUtf16 = noBlocks,
+    .size8 = size8,
     .size16 = size16,
     .size32 = size32,
+    .ahead = 1,
 };
 
 }  // namespace
+
+constexpr UnicodeWay kUtf8ToUtf16 = {1, 2, 2, 2, false, take<1, putValue16>};
+constexpr UnicodeWay kUtf8ToUtf32 = {1, 4, 4, 4, false, take<1, putValue32>};
+constexpr UnicodeWay kUtf16ToUtf8 = {2, 1, 0, 2, false, take<2, putValue8>};
+constexpr UnicodeWay kUtf16ToUtf32 = {2, 4, 4, 2, true, take<2, putValue32>};
+constexpr UnicodeWay kUtf32ToUtf8 = {4, 1, 0, 1, false, take<4, putValue8>};
+constexpr UnicodeWay kUtf32ToUtf16 = {4, 2, 2, 1, false, take<4, putValue16>};
+
+std::string convertLongUnicode(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead,
+                               ByteOrders orders, const Byte* text, std::size_t size) {
+    return OnePass(way, blocks, ahead, orders).convert(text, size);
+}
+
+std::string convertShortUnicode(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
+                                const Byte* text, std::size_t size) {
+    // What the characters become begins where a cache line does.
+    constexpr std::size_t kLine = 64;
+    alignas(kLine) Byte buffer[kLine + kShortUnicode * 4 + 4 + kBlockSpill];
+    Byte* const begin = buffer + kLine - way.markSize;
+    Byte* out = putMark(way, orders, begin);
+    if (size != 0) {
+        const Byte* const end = text + size;
+        const BlockStop stop = blocks(text, end - 1, end, out, orders);
+        if (!stop.out) return {};
+        out = stop.out;
+        if (stop.in < end) {
+            const Byte* in = stop.in;
+            Byte* to = out;
+            if (way.take(in, end, end, to, orders) == Taken::Bad) return {};
+            out = to;
+        }
+    }
+    return asString(begin, putEnd(way, out));
+}
 
 const UnicodeForm kUnicodeOnePass = OnePassForm<kBlocks>::named("one pass");
 

@@ -1,0 +1,163 @@
+// What the AVX-512 form of the Unicode conversions is built of: values of 16
+// characters at a time, a 32-bit lane each, and how they are written.
+//
+// Lanes that hold no character are zero, which no character of a text is: bytes
+// and units that are zero are left out of what is written, so that neither the
+// length of a character nor the end of a text needs a case of its own.
+//
+// Instructions come by attribute, function by function, as in unicode_avx2.h.
+
+#ifndef ENCODING_UNICODE_AVX512_H
+#define ENCODING_UNICODE_AVX512_H
+
+#if defined(__x86_64__)
+
+// GCC 12 takes what its own header leaves undefined on purpose for a slip.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include <immintrin.h>
+
+#include <bit>
+#include <cstdint>
+
+#include "encoding/unicode_blocks.h"
+
+#define VASKEL_AVX512                                                                            \
+    __attribute__((                                                                              \
+        target("avx2,avx512f,avx512bw,avx512cd,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt," \
+               "lzcnt")))
+
+namespace Vaskel::Avx512 {
+
+using Byte = unsigned char;
+
+VASKEL_AVX512 inline __m512i all8(unsigned value) {
+    return _mm512_set1_epi8(static_cast<char>(value));
+}
+VASKEL_AVX512 inline __m512i all16(unsigned value) {
+    return _mm512_set1_epi16(static_cast<short>(value));
+}
+VASKEL_AVX512 inline __m512i all32(unsigned value) {
+    return _mm512_set1_epi32(static_cast<int>(value));
+}
+
+/// The bits of a where mask has them, else those of b.
+VASKEL_AVX512 inline __m512i choose(__m512i mask, __m512i a, __m512i b) {
+    return _mm512_ternarylogic_epi32(mask, a, b, 0xCA);
+}
+/// a & mask | bits.
+VASKEL_AVX512 inline __m512i andOr(__m512i a, __m512i mask, __m512i bits) {
+    return _mm512_ternarylogic_epi32(a, mask, bits, 0xEA);
+}
+
+/// The lowest bits, all 64 from a count of 64 on.
+VASKEL_AVX512 inline std::uint64_t lowBits(std::size_t count) {
+    return count < 64 ? _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(count))
+                      : ~std::uint64_t{0};
+}
+VASKEL_AVX512 inline __mmask32 low32(std::size_t count) {
+    return static_cast<__mmask32>(lowBits(count));
+}
+VASKEL_AVX512 inline __mmask16 low16(std::size_t count) {
+    return static_cast<__mmask16>(lowBits(count));
+}
+VASKEL_AVX512 inline std::size_t popcount(std::uint64_t bits) {
+    return static_cast<std::size_t>(static_cast<unsigned>(std::popcount(bits)));
+}
+
+VASKEL_AVX512 inline void store(Byte* at, __m512i v) { _mm512_storeu_si512(at, v); }
+VASKEL_AVX512 inline void store(Byte* at, __m256i v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), v);
+}
+
+/// Shuffles between units in the machine's byte order and in another one.
+VASKEL_AVX512 inline __m512i unitOrder16(bool big) {
+    const __m512i order = _mm512_set4_epi32(0x0F0E0D0C, 0x0B0A0908, 0x07060504, 0x03020100);
+    return big ? _mm512_xor_si512(order, all8(1)) : order;
+}
+VASKEL_AVX512 inline __m512i unitOrder32(bool big) {
+    const __m512i order = _mm512_set4_epi32(0x0F0E0D0C, 0x0B0A0908, 0x07060504, 0x03020100);
+    return big ? _mm512_xor_si512(order, all8(3)) : order;
+}
+
+VASKEL_AVX512 inline __m512i lowHalf(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units));
+}
+VASKEL_AVX512 inline __m512i highHalf(__m512i units) {
+    return _mm512_cvtepu16_epi32(_mm512_extracti64x4_epi64(units, 1));
+}
+
+VASKEL_AVX512 inline __mmask16 areSurrogates(__m512i values) {
+    return _mm512_cmpeq_epi32_mask(_mm512_and_si512(values, all32(0xFFFFF800)), all32(0xD800));
+}
+
+/// Values below 200000 as UTF-16 units, from 10000 on by the kept formula, with
+/// the low unit in the upper half of a lane. None of the units is zero.
+VASKEL_AVX512 inline Byte* putUnits16(__m512i values, __mmask16 wide, __m512i order, Byte* out) {
+    // High unit: bits 10 to 20, less 0x40, of which ten bits count.
+    const __m512i high = _mm512_sub_epi32(_mm512_srli_epi32(values, 10), all32(0x40));
+    const __m512i low = _mm512_slli_epi32(values, 16);
+    const __m512i both = choose(all32(0xFFFF), high, low);
+    const __m512i pair = andOr(both, all32(0x003F03FF), all32(0xDC00D800));
+    const __m512i units = _mm512_mask_mov_epi32(values, wide, pair);
+    const __mmask32 keep = _mm512_test_epi16_mask(units, units);
+    store(out, _mm512_shuffle_epi8(_mm512_maskz_compress_epi16(keep, units), order));
+    return out + 2 * popcount(keep);
+}
+
+/// How values become UTF-8, by their leading zero bits: what is set in their
+/// four bytes, of which the last ones are kept.
+struct Utf8Tags {
+    std::uint32_t tags[32] = {};
+    constexpr Utf8Tags() {
+        for (int zeros = 11; zeros < 16; ++zeros) tags[zeros] = 0x808080F0;
+        for (int zeros = 16; zeros < 21; ++zeros) tags[zeros] = 0x8080E000;
+        for (int zeros = 21; zeros < 25; ++zeros) tags[zeros] = 0x80C00000;
+    }
+};
+alignas(64) inline constexpr Utf8Tags kUtf8Tags;
+
+/// Values below 200000 as UTF-8.
+VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
+    // From each value the bits from 18, 12, 6 and 0 on, in this order.
+    const __m512i offsets = _mm512_set1_epi64(0x20262C3200060C12);
+    const __m512i sixes = _mm512_multishift_epi64_epi8(offsets, values);
+    const __m512i tags =
+        _mm512_permutex2var_epi32(_mm512_load_si512(kUtf8Tags.tags), _mm512_lzcnt_epi32(values),
+                                  _mm512_load_si512(kUtf8Tags.tags + 16));
+    const __mmask16 ascii = _mm512_cmplt_epu32_mask(values, all32(0x80));
+    const __m512i bytes =
+        _mm512_mask_slli_epi32(andOr(sixes, all32(0x3F3F3F3F), tags), ascii, values, 24);
+    const __mmask64 keep = _mm512_test_epi8_mask(bytes, bytes);
+    store(out, _mm512_maskz_compress_epi8(keep, bytes));
+    return out + popcount(keep);
+}
+
+/// Units below 800 as UTF-8.
+VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
+    const __m512i lead = _mm512_srli_epi16(units, 6), last = _mm512_slli_epi16(units, 8);
+    const __m512i two = andOr(choose(all16(0xFF), lead, last), all16(0x3F1F), all16(0x80C0));
+    const __mmask32 ascii = _mm512_cmplt_epu16_mask(units, all16(0x80));
+    const __m512i bytes = _mm512_mask_slli_epi16(two, ascii, units, 8);
+    const __mmask64 keep = _mm512_test_epi8_mask(bytes, bytes);
+    store(out, _mm512_maskz_compress_epi8(keep, bytes));
+    return out + popcount(keep);
+}
+
+// ---- unicode_avx512_units.cpp -------------------------------------------------
+
+BlockStop utf16ToUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders);
+BlockStop utf16ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                       ByteOrders orders);
+BlockStop utf32ToUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders);
+BlockStop utf32ToUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                       ByteOrders orders);
+
+}  // namespace Vaskel::Avx512
+
+#endif
+#endif

@@ -1,0 +1,216 @@
+// Texts of every length around those of blocks, short texts and chunks, beside
+// the plain form: whatever is behind a text, or is not there, changes nothing.
+
+#include <doctest/doctest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "encoding/unicode.h"
+#include "tests/encoding/hex_bytes.h"
+#include "tests/encoding/unicode_support.h"
+
+namespace {
+
+using Vaskel::UnicodeForm;
+using Values = std::vector<std::uint32_t>;
+
+struct Fill {
+    const char* why;
+    std::uint32_t (*value)(std::size_t index);
+};
+
+constexpr Fill kFills[] = {
+    {"ASCII", [](std::size_t i) { return 'a' + static_cast<std::uint32_t>(i % 26); }},
+    {"two bytes", [](std::size_t i) { return 0x391 + static_cast<std::uint32_t>(i % 57); }},
+    {"one byte and two", [](std::size_t i) { return i % 5 == 3 ? 0xE9u : 'x'; }},
+    {"three bytes",
+     [](std::size_t i) { return 0x4E00 + static_cast<std::uint32_t>(i * 37 % 20000); }},
+    {"three bytes and one", [](std::size_t i) { return i % 23 == 22 ? ' ' : 0x3042u; }},
+    {"four bytes", [](std::size_t i) { return 0x1F600 + static_cast<std::uint32_t>(i % 60); }},
+    {"all of them",
+     [](std::size_t i) {
+         constexpr std::uint32_t kAll[] = {'q', 0x7FF, 0x4E2D, 0x1F600, 0xFFFF, 0x80, 0x10000};
+         return kAll[(i * i + i / 9) % std::size(kAll)] + (i % 11 == 0 ? 1 : 0);
+     }},
+};
+
+Values filled(const Fill& fill, std::size_t count) {
+    Values values;
+    for (std::size_t i = 0; i < count; ++i) values.push_back(fill.value(i) & 0x1FFFFF);
+    if (!values.empty() && values[0] >= 0x10000) values[0] = 'x';  // or it were no UTF-8
+    return values;
+}
+
+// Every form's results for text, beside the plain form's, of which this returns
+// how many were not empty.
+int compareFrom8(const std::string& text, int place) {
+    const PlacedText placed(text, place);
+    int good = 0;
+    for (const bool big : {false, true}) {
+        const std::string want16 = Vaskel::kUnicodePlain.utf8ToUtf16(placed, big);
+        const std::string want32 = Vaskel::kUnicodePlain.utf8ToUtf32(placed, big);
+        good += !want16.empty() + !want32.empty();
+        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
+            const std::string got16 = form->utf8ToUtf16(placed, big);
+            const std::string got32 = form->utf8ToUtf32(placed, big);
+            if (got16 == want16 && got32 == want32) continue;
+            CAPTURE(form->name);
+            CAPTURE(big);
+            CAPTURE(place);
+            CAPTURE(toHex(text));
+            CHECK(toHex(got16) == toHex(want16));
+            CHECK(toHex(got32) == toHex(want32));
+        }
+    }
+    return good;
+}
+
+int compareFrom16(const std::string& text, int place) {
+    const PlacedText placed(text, place);
+    const std::string want8 = Vaskel::kUnicodePlain.utf16ToUtf8(placed);
+    int good = !want8.empty();
+    for (const bool big : {false, true}) {
+        const std::string want32 = Vaskel::kUnicodePlain.utf16ToUtf32(placed, big);
+        good += !want32.empty();
+        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
+            const std::string got8 = form->utf16ToUtf8(placed);
+            const std::string got32 = form->utf16ToUtf32(placed, big);
+            if (got8 == want8 && got32 == want32) continue;
+            CAPTURE(form->name);
+            CAPTURE(big);
+            CAPTURE(place);
+            CAPTURE(toHex(text));
+            CHECK(toHex(got8) == toHex(want8));
+            CHECK(toHex(got32) == toHex(want32));
+        }
+    }
+    return good;
+}
+
+int compareFrom32(const std::string& text, int place) {
+    const PlacedText placed(text, place);
+    const std::string want8 = Vaskel::kUnicodePlain.utf32ToUtf8(placed);
+    int good = !want8.empty();
+    for (const bool big : {false, true}) {
+        const std::string want16 = Vaskel::kUnicodePlain.utf32ToUtf16(placed, big);
+        good += !want16.empty();
+        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
+            const std::string got8 = form->utf32ToUtf8(placed);
+            const std::string got16 = form->utf32ToUtf16(placed, big);
+            if (got8 == want8 && got16 == want16) continue;
+            CAPTURE(form->name);
+            CAPTURE(big);
+            CAPTURE(place);
+            CAPTURE(toHex(text));
+            CHECK(toHex(got8) == toHex(want8));
+            CHECK(toHex(got16) == toHex(want16));
+        }
+    }
+    return good;
+}
+
+std::string text8(const Values& values) {
+    std::string text;
+    for (const std::uint32_t value : values) put8(text, value);
+    return text + '\0';
+}
+
+// As everyone else writes UTF-16, so that any value can be read.
+Values unitsOf(const Values& values) {
+    Values units;
+    for (const std::uint32_t value : values) {
+        if (value < 0x10000) {
+            units.push_back(value);
+        } else {
+            units.push_back(0xD800 + value / 1024 % 1024);
+            units.push_back(0xDC00 + value % 1024);
+        }
+    }
+    return units;
+}
+
+int compareAll(const Values& values, int place) {
+    int good = compareFrom8(text8(values), place);
+    for (const bool big : {false, true}) {
+        good += compareFrom16(text16(unitsOf(values), big), place);
+        good += compareFrom32(text32(values, big), place);
+    }
+    return good;
+}
+
+}  // namespace
+
+TEST_CASE("unicode: every form gives the plain form's bytes for texts of every short length") {
+    // Short texts end at 256 bytes: 64 values of UTF-32, 128 units, 85 characters
+    // of three bytes.
+    for (const Fill& fill : kFills) {
+        CAPTURE(fill.why);
+        for (std::size_t count = 0; count < 280; ++count) {
+            CAPTURE(count);
+            // The empty text is an empty one in UTF-8 as well.
+            CHECK(compareAll(filled(fill, count), static_cast<int>(count % PlacedText::kPlaces)) ==
+                  (count ? 16 : 12));
+        }
+        for (int place = 0; place < PlacedText::kPlaces; ++place)
+            for (const std::size_t count : {1, 15, 16, 31, 32, 33, 60, 61, 63, 64, 65, 128, 129})
+                CHECK(compareAll(filled(fill, count), place) == 16);
+    }
+}
+
+TEST_CASE("unicode: every form gives the plain form's bytes for lengths around those of chunks") {
+    for (const Fill& fill : kFills) {
+        CAPTURE(fill.why);
+        for (const std::size_t chunk : {680, 1024, 1365, 2048, 2730, 4096, 8192}) {
+            for (std::size_t more = 0; more < 180; more += 9) {
+                CAPTURE(chunk);
+                CAPTURE(more);
+                CHECK(compareAll(filled(fill, chunk + more - 90),
+                                 static_cast<int>(more % PlacedText::kPlaces)) == 16);
+            }
+        }
+    }
+}
+
+TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the end") {
+    constexpr std::uint32_t kBadUnits[] = {0xD800, 0xDBFF, 0xDC00, 0xDFFF};
+    constexpr std::uint32_t kBadValues[] = {0xD800, 0xDFFF, 0x200000, 0xFFFF0041};
+    constexpr const char* kBadBytes[] = {"\x80",         "\xC3",         "\xE4\xB8",
+                                         "\xF0\x9F\x98", "\xF8",         "\xC0\x80",
+                                         "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x80\x80\x80"};
+    int good = 0, all = 0;
+    for (const Fill& fill : kFills) {
+        CAPTURE(fill.why);
+        for (const std::size_t count : {1, 2, 14, 15, 16, 17, 30, 31, 32, 33, 62, 64, 66, 130}) {
+            const Values values = filled(fill, count);
+            for (std::size_t at = 0; at <= count; at += count > 66 ? 3 : 1) {
+                CAPTURE(count);
+                CAPTURE(at);
+                const int place = static_cast<int>((count + at) % PlacedText::kPlaces);
+                for (const char* bad : kBadBytes) {
+                    std::string text = text8(Values(values.begin(), values.begin() + at));
+                    text.pop_back();
+                    text += bad + text8(Values(values.begin() + at, values.end()));
+                    good += compareFrom8(text, place);
+                    all += 4;
+                }
+                const Values units = unitsOf(values);
+                for (const std::uint32_t bad : kBadUnits) {
+                    Values faulty = units;
+                    faulty.insert(faulty.begin() + at, bad);
+                    CHECK(compareFrom16(text16(faulty, at % 2 == 0), place) == 0);
+                }
+                for (const std::uint32_t bad : kBadValues) {
+                    Values faulty = values;
+                    faulty.insert(faulty.begin() + at, bad);
+                    // Surrogates are bad in UTF-16 only.
+                    CHECK(compareFrom32(text32(faulty, at % 2 == 0), place) ==
+                          (bad < 0x10000 ? 1 : 0));
+                }
+            }
+        }
+    }
+    CHECK(good > all / 4);
+    CHECK(good < all);
+}
