@@ -2,7 +2,10 @@
 
 #include "units/doutostr.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -12,9 +15,6 @@
 
 namespace Vaskel {
 namespace {
-
-constexpr std::int32_t kUnits10[10] = {1,      10,      100,      1000,      10000,
-                                       100000, 1000000, 10000000, 100000000, 1000000000};
 
 // 2^31 for the lowest integer, which has no positive counterpart.
 std::uint32_t magnitude(int value) {
@@ -51,28 +51,42 @@ constexpr DigitPairs kDigitPairs = makeDigitPairs();
 // n below 10^6 as six digits in the upper bytes, the most significant lowest.
 std::uint64_t sixDigits(std::uint32_t n) {
     const std::uint32_t high = n / 10000;
-    const std::uint32_t low = n % 10000;
+    const std::uint32_t upper = n / 100;  // by itself, not of a rest
     return std::uint64_t{kDigitPairs.of[high]} << 16 |
-           std::uint64_t{kDigitPairs.of[low / 100]} << 32 |
-           std::uint64_t{kDigitPairs.of[low % 100]} << 48;
+           std::uint64_t{kDigitPairs.of[upper - 100 * high]} << 32 |
+           std::uint64_t{kDigitPairs.of[n - 100 * upper]} << 48;
 }
 
+constexpr bool kWords = std::endian::native == std::endian::little;
 constexpr std::uint64_t kBlanks = 0x2020202020202020;
-constexpr std::uint64_t kDigitToPoint = '0' ^ '.';
+
+// Where the units digit stands in a word of eight digits, by the decimals.
+struct Marks {
+    std::uint64_t unitsHigh;  // its highest bit: stops the count of leading zeros
+    std::uint64_t unitsLow;   // its lowest bit: stops the count of trailing zeros
+    std::uint64_t upToUnits;  // it and the digits before it
+    std::uint64_t point;      // makes a point of a "0" there
+};
+
+constexpr Marks marksOf(int decimals) {
+    const std::uint64_t units = std::uint64_t{1} << (8 * (7 - decimals));
+    return {units << 7, units, (units << 8) - 1, units * ('0' ^ '.')};
+}
+constexpr Marks kMarks[] = {marksOf(0), marksOf(1), marksOf(2), marksOf(3), marksOf(4), marksOf(5)};
 
 // What surrounds the digits of a word: blanks, then the sign at byte
 // first - 2, then digits. Each byte is its difference to a blank, so that
 // shifting brings in blanks.
 struct Frames {
-    std::uint64_t of[3][8];  // "-", " ", "+"; by first, 2 to 7
+    std::uint64_t of[4][8];  // by 2 * negative + plusSign; by first, 2 to 7
 };
 
 constexpr Frames makeFrames() {
     Frames frames{};
-    for (int sign = 0; sign < 3; ++sign) {
+    for (int sign = 0; sign < 4; ++sign) {
         for (int first = 2; first < 8; ++first) {
             for (int at = first - 2; at < 8; ++at) {
-                const int byte = at == first - 2 ? "- +"[sign] : '0';
+                const int byte = at == first - 2 ? " +--"[sign] : '0';
                 frames.of[sign][first] |= static_cast<std::uint64_t>(byte ^ ' ') << (8 * at);
             }
         }
@@ -86,44 +100,17 @@ void store(char* out, Word word) {
     std::memcpy(out, &word, sizeof word);
 }
 
-// Why the bytes are those of the plain form: the eight bytes of digits are two
-// zeros and the six digits of n. first counts the leading zeros that the plain
-// form suppresses, since the bit set at the units digit stops the count there,
-// and last counts the trailing zeros that it drops, stopped likewise. The digits
-// up to the units move one byte towards the front, and the point takes the gap.
-// The frame blanks what is suppressed and puts the sign before the rest. The
-// shift drops the zeros at the end, so that the text ends with the word, and
-// what precedes the word is blank.
-//
-// With whole = 8 - decimals - first digits before the point, and one of at most
-// intDigits, since n is below the limit, the text has 2 * (intDigits - whole)
-// blanks, sign, whole, point and decimals - last characters: that is size.
-inline bool inWord(int rounded, char* out, const TextWidths& widths) {
-    const std::uint32_t n = magnitude(rounded);
-    if (n >= widths.wordLimit || std::endian::native != std::endian::little) return false;
-    const int unitsShift = 8 * (7 - widths.decimals);
-    const std::uint64_t unitsBit = std::uint64_t{1} << unitsShift;
-    const std::uint64_t digits = sixDigits(n);
-    const int first = __builtin_ctzll(digits | unitsBit << 7) / 8;
-    const int last = __builtin_clzll(digits | unitsBit) / 8;
-    const int size = 2 * (widths.intDigits + widths.decimals) - 6 + first - last;
-
-    const std::uint64_t upToUnits = (unitsBit << 8) - 1;
-    std::uint64_t text = ((digits & upToUnits) >> 8) + (digits & ~upToUnits);
-    text |= kFrames.of[rounded < 0 ? 0 : 1 + widths.plusSign][first];
-    text = ((text ^ kDigitToPoint << unitsShift) << (8 * last)) ^ kBlanks;
-
-    out[size] = '\0';
-    if (size >= 8) {
-        if (size > 16) store(out + 8, kBlanks);  // at most 24
-        store(out, kBlanks);
-        store(out + size - 8, text);
-    } else {  // at least 3
-        text >>= 64 - 8 * size;
-        store(out, static_cast<std::uint32_t>(text));
-        store(out + size - 3, static_cast<std::uint32_t>(text >> (8 * (size - 3))));
+// Where the host says what value is, rounded: halves, and all that is too long
+// for a word.
+[[gnu::noinline]] void formatByHost(double value, char* out, const TextWidths& widths) {
+    if (value == std::numeric_limits<double>::infinity()) {
+        *out = '\0';
+        return;
     }
-    return true;
+    const int rounded = Orlune::iround(widths.unit * value);
+    const std::uint32_t n = magnitude(rounded);
+    if (n < widths.wordLimit && kWords) return placesInWord(rounded < 0, n, out, widths);
+    placesPlain(rounded, out, widths);
 }
 
 }  // namespace
@@ -132,7 +119,7 @@ inline bool inWord(int rounded, char* out, const TextWidths& widths) {
 // these texts as they come, so it stays.
 // Test: "doutostr writes sign, digits, point and decimals".
 void placesPlain(int rounded, char* out, const TextWidths& widths) {
-    const auto unit = static_cast<std::uint64_t>(kUnits10[widths.decimals]);
+    const auto unit = static_cast<std::uint64_t>(widths.unit);
     const char sign = rounded < 0 ? '-' : widths.plusSign ? '+' : ' ';
     std::uint64_t n = magnitude(rounded);
     bool signWritten = false;
@@ -156,17 +143,66 @@ void placesPlain(int rounded, char* out, const TextWidths& widths) {
     *out = '\0';
 }
 
-void formatNumber(double value, char* out, const TextWidths& widths) {
-    if (value == std::numeric_limits<double>::infinity()) {
-        *out = '\0';
+// Why the bytes are those of the plain form: the eight bytes of digits are two
+// zeros and the six digits of n. first counts the leading zeros that the plain
+// form suppresses, since the bit set at the units digit stops the count there,
+// and last counts the trailing zeros that it drops, stopped likewise. The digits
+// up to the units move one byte towards the front, and the point takes the gap.
+// The frame blanks what is suppressed and puts the sign before the rest. The
+// shift drops the zeros at the end, so that the text ends with the word, and
+// what precedes the word is blank.
+//
+// With whole = 8 - decimals - first digits before the point, and one of at most
+// intDigits, since n is below the limit, the text has 2 * (intDigits - whole)
+// blanks, sign, whole, point and decimals - last characters: that is size.
+void placesInWord(bool negative, std::uint32_t n, char* out, const TextWidths& widths) {
+    const Marks& marks = kMarks[widths.decimals];
+    const std::uint64_t digits = sixDigits(n);
+    const unsigned first = static_cast<unsigned>(__builtin_ctzll(digits | marks.unitsHigh)) / 8;
+    const unsigned last = static_cast<unsigned>(__builtin_clzll(digits | marks.unitsLow)) / 8;
+    const auto places = static_cast<unsigned>(widths.intDigits + widths.decimals);
+    const unsigned size = 2 * places - 6 + first - last;
+
+    std::uint64_t text = ((digits & marks.upToUnits) >> 8) + (digits & ~marks.upToUnits);
+    text |= kFrames.of[2 * negative + widths.plusSign][first];
+    text = (text ^ marks.point) << (8 * last);
+
+    if (widths.upTo12) {
+        // Three words of four bytes, the last one with the terminator, without a
+        // branch that is guessed wrong at every other text. The first two may
+        // hold what belongs to the last, which is written over it.
+        const std::uint64_t front = ((text << 24) >> (8 * (11 - size))) ^ kBlanks;
+        store(out, static_cast<std::uint32_t>(front));
+        store(out + std::min(size - 3, 4u), static_cast<std::uint32_t>(front >> 32));
+        store(out + size - 3, static_cast<std::uint32_t>(text >> 40 ^ kBlanks >> 40));
         return;
     }
-    const int rounded = Orlune::iround(kUnits10[widths.decimals] * value);
-    if (!inWord(rounded, out, widths)) placesPlain(rounded, out, widths);
+    text ^= kBlanks;
+    out[size] = '\0';
+    if (size >= 8) {
+        if (size > 16) store(out + 8, kBlanks);  // at most 24
+        store(out, kBlanks);
+        store(out + size - 8, text);
+    } else {  // at least 3
+        text >>= 64 - 8 * size;
+        store(out, static_cast<std::uint32_t>(text));
+        store(out + size - 3, static_cast<std::uint32_t>(text >> (8 * (size - 3))));
+    }
 }
 
-bool placesInWord(int rounded, char* out, const TextWidths& widths) {
-    return inWord(rounded, out, widths);
+// The whole part of amount + 0.5 is what the host's rounding gives, unless that
+// sum is whole itself: rounding, whatever the mode, may carry a sum onto a whole
+// number but not past it. Sums that are whole are halves or next to one.
+void formatNumber(double value, char* out, const TextWidths& widths) {
+    const double scaled = widths.unit * value;
+    const double sum = std::abs(scaled) + 0.5;
+    if (kWords && sum < widths.wordLimit) {
+        const auto n = static_cast<std::int32_t>(sum);
+        if (n != sum)
+            return placesInWord(std::signbit(scaled) & (n != 0), static_cast<std::uint32_t>(n), out,
+                                widths);
+    }
+    formatByHost(value, out, widths);
 }
 
 void doutostr(double value, char* out, int intDigits, int decimals, bool plusSign) {

@@ -14,27 +14,35 @@ namespace Vaskel {
 // place above 10^9 holds no digit of a 32-bit number but is still counted for
 // the blanks.
 struct TextWidths {
-    int intDigits;  // -1, or 1 .. 19 - decimals
-    int decimals;   // 0 .. 9
+    double unit;             // 10^decimals
+    double wordLimit;        // placesInWord takes numbers below; 0 for none
+    signed char intDigits;   // -1, or 1 .. 19 - decimals
+    unsigned char decimals;  // 0 .. 9
     bool plusSign;
-    std::uint32_t wordLimit;  // placesInWord takes numbers below; 0 for none
+    bool upTo12;  // texts in a word have 5 to 12 bytes with their terminator
 
     static constexpr TextWidths of(int intDigits, int decimals, bool plusSign) {
-        constexpr std::uint32_t powers[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
+        constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
         const int counted = std::clamp(decimals, 0, 9);
         const int width = intDigits < 0 ? -1 : std::clamp(intDigits, 1, 19 - counted);
         const bool fits = width > 0 && counted <= 5 && 2 * width + counted + 1 <= 24;
-        return {width, counted, plusSign, fits ? powers[std::min(width + counted, 6)] : 0};
+        return {powers[counted],
+                fits ? powers[std::min(width + counted, 6)] : 0,
+                static_cast<signed char>(width),
+                static_cast<unsigned char>(counted),
+                plusSign,
+                width >= 2 && 2 * width + counted + 2 <= 12};
     }
 };
 
 // The rule itself: writes rounded / 10^decimals and the terminator.
 void placesPlain(int rounded, char* out, const TextWidths& widths);
 
-// The same text, put together in one machine word with blanks before it: up to
-// six digits of which none is too many for the width. Returns false, with
-// nothing written, for other numbers and widths.
-bool placesInWord(int rounded, char* out, const TextWidths& widths);
+// The same text for n below widths.wordLimit, negated if negative: up to six
+// digits of which none is too many for the width, put together in one machine
+// word with blanks before it.
+[[gnu::noinline]] void placesInWord(bool negative, std::uint32_t n, char* out,
+                                    const TextWidths& widths);
 
 // doutostr behind its widths.
 void formatNumber(double value, char* out, const TextWidths& widths);

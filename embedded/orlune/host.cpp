@@ -17,11 +17,6 @@ void replace(Sink<Signature>& sink, std::function<Signature> handler) {
 
 }  // namespace
 
-Sinks& sinks() {
-    static Sinks* const instance = new Sinks;  // outlives every static destructor
-    return *instance;
-}
-
 void onBeep(std::function<void(int)> handler) { replace(sinks().beep, std::move(handler)); }
 void onDebugLine(std::function<void(const char*)> handler) {
     replace(sinks().debugLine, std::move(handler));

@@ -22,9 +22,17 @@ struct Sinks {
     double flatness = 0.5;
 };
 
-/// The one set of sinks; usable from the first call on, whatever the order in
-/// which libraries are loaded.
-Sinks& sinks();
+/// Initialised as constants and never destroyed, so that the sinks are usable from
+/// the first call to the last one, whatever the order in which libraries are loaded.
+union SinkStore {
+    constexpr SinkStore() : sinks{} {}
+    ~SinkStore() {}
+    Sinks sinks;
+};
+inline constinit SinkStore gSinkStore;
+
+/// The one set of sinks.
+inline Sinks& sinks() { return gSinkStore.sinks; }
 
 }  // namespace Embedded
 
