@@ -118,7 +118,7 @@ class PrivateWriter {
 std::size_t Type1Program::privateSize() const {
     std::size_t size = kReadyHead.cipher.size() + kTail.size() + 40 + kEntryFrame;
     for (const auto& glyph : mFont.mGlyphs)
-        if (glyph) size += kEntryFrame + glyph->mName.size() + glyph->mOutline.size();
+        if (glyph) size += kEntryFrame + glyph->mName.size() + glyph->mLength;
     return size;
 }
 
@@ -160,11 +160,11 @@ std::size_t Type1Program::appendPrivate(Bytes& out) const {
         writer.text("/");
         writer.text(glyph->mName);
         writer.text(" ");
-        writer.number(headLength + glyph->mOutline.size() + 1);
+        writer.number(headLength + glyph->mLength + 1);
         writer.text(" RD ");
         WideEncryption key(Encryption::kCharstringKey);
         writer.charstring(key, head, headLength);
-        writer.charstring(key, glyph->mOutline.data(), glyph->mOutline.size());
+        writer.charstring(key, glyph->mOutline.data(), glyph->mLength);
         writer.charstring(key, &endchar, 1);
         writer.text(" ND\n");
     }

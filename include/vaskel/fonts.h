@@ -82,11 +82,12 @@ class VASKEL_API Type1Glyph {
     std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
     void updateBounds(int x, int y);
-    void makeRoom(std::size_t bytes);
+    unsigned char* room(std::size_t bytes);
     void drawTo(int x, int y, unsigned char command);
 
     std::string mName;
-    std::vector<unsigned char> mOutline;
+    std::vector<unsigned char> mOutline;  // mLength bytes and room for more
+    std::size_t mLength;
     std::int32_t mWidth;
     std::int32_t mCurrentX;
     std::int32_t mCurrentY;

@@ -1,9 +1,14 @@
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <climits>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
+#include <vector>
 
+#include "fonts/charstring.h"
 #include "tests/fonts/type1_text.h"
 #include "tests/support/fake_host.h"
 #include "vaskel/fonts.h"
@@ -67,6 +72,20 @@ TEST_CASE("glyph: numbers take the shortest charstring form") {
         Type1Glyph glyph("x");
         glyph.moveTo(row.value, 0);
         CHECK(outlineOf(glyph) == bytesOf(row.bytes) + bytesOf({139, 21}));
+    }
+}
+
+TEST_CASE("glyph: numbers without a branch are the plain form's") {
+    std::vector<std::int64_t> values = {INT_MIN, INT_MAX, 2LL * INT_MIN, 2LL * INT_MAX + 1};
+    for (int value = -1300; value <= 1300; ++value) values.push_back(value);
+    for (const int end : {-32000, 32000})
+        for (int value = end - 2; value <= end + 2; ++value) values.push_back(value);
+    for (const std::int64_t value : values) {
+        CAPTURE(value);
+        unsigned char want[Fonts::kLongestNumber], got[Fonts::kLongestNumber];
+        const std::ptrdiff_t length = Fonts::encodeNumber(want, value) - want;
+        REQUIRE(Fonts::encodeNumberFast(got, value) - got == length);
+        CHECK(std::equal(got, got + length, want));
     }
 }
 
@@ -171,7 +190,7 @@ TEST_CASE("glyph: memory that ends leaves the glyph as it was") {
             if (command == 3) g.closePath();
         };
         int refused = 0;
-        for (int i = 0; i < 200; ++i) {
+        for (int i = 0; i < 600; ++i) {
             const Type1Glyph before = glyph;
             try {
                 const FailingAllocation failing(1);
