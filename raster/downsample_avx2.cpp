@@ -6,9 +6,11 @@
 #include <immintrin.h>
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
+#include "raster/downsample_estimate.h"
 #include "raster/downsample_packed.h"
 
 #define VASKEL_AVX2 __attribute__((target("avx2")))
@@ -77,7 +79,7 @@ void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float*
         line.weight == 1 ? addPixelsInOrder<true>(cells, line, sums)
                          : addPixelsInOrder<false>(cells, line, sums);
     else
-        addBytesInOrderAvx2(cells, line, sums);
+        kDownsampleTable.accumulate(cells, line, sums);
 }
 
 // ---- Means ------------------------------------------------------------------
@@ -116,28 +118,40 @@ VASKEL_AVX2 std::size_t coarseMeans(float reciprocalOfArea, const float* sums, s
     return k;
 }
 
-// Where 2^-13 less and 2^-13 more give the same byte, so does the exact mean.
-// The others are divided.
-VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
-                                 unsigned char* out) {
-    const __m256 reciprocal = _mm256_set1_ps(static_cast<float>(1 / rule.area));
-    const __m256 lower = _mm256_set1_ps(0.5f - 1.0f / 8192);
-    const __m256 upper = _mm256_set1_ps(0.5f + 1.0f / 8192);
+// Where slack less and slack more give the same byte, so does the exact mean,
+// if slack is 2^-13 or more. Of the others take sees to each.
+template <class Take>
+VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, const float* sums,
+                                           std::size_t count, unsigned char* out, Take take) {
+    const __m256 reciprocal = _mm256_set1_ps(static_cast<float>(1 / bounds.area));
+    const __m256 lower = _mm256_set1_ps(static_cast<float>(0.5 - bounds.slack));
+    const __m256 upper = _mm256_set1_ps(static_cast<float>(0.5 + bounds.slack));
     std::size_t k = 0;
     for (; k + 32 <= count; k += 32) {
-        __m256i low[4];
-        __m256i differ = _mm256_setzero_si256();
+        __m256i low[4], equal[4];
         for (std::size_t i = 0; i < 4; ++i) {
             low[i] = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, lower));
             const __m256i high = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, upper));
-            differ = _mm256_or_si256(differ, _mm256_xor_si256(low[i], high));
+            equal[i] = _mm256_cmpeq_epi32(low[i], high);
         }
-        if (_mm256_testz_si256(differ, differ))
-            storeBytes(low[0], low[1], low[2], low[3], out + k);
-        else
-            kDownsamplePlain.means(rule, sums + k, 32, out + k);
+        storeBytes(low[0], low[1], low[2], low[3], out + k);
+        const __m256i all = _mm256_and_si256(_mm256_and_si256(equal[0], equal[1]),
+                                             _mm256_and_si256(equal[2], equal[3]));
+        if (_mm256_movemask_epi8(all) == -1) continue;
+        for (std::size_t i = 0; i < 4; ++i) {
+            auto differ =
+                static_cast<unsigned>(~_mm256_movemask_ps(_mm256_castsi256_ps(equal[i]))) & 255;
+            for (; differ != 0; differ &= differ - 1)
+                take(k + 8 * i + static_cast<std::size_t>(std::countr_zero(differ)));
+        }
     }
     return k;
+}
+
+VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
+                                 unsigned char* out) {
+    return meansWithin({rule.area, 1.0 / 8192}, sums, count, out,
+                       [&](std::size_t k) { kDownsamplePlain.means(rule, sums + k, 1, out + k); });
 }
 
 VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t count,
@@ -150,7 +164,15 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
 
 }  // namespace
 
-const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2, splitLineAvx2};
+VASKEL_AVX2 void certainMeansAvx2(const MeanBounds& bounds, const float* sums, std::size_t count,
+                                  unsigned char* out, std::vector<std::uint32_t>& open) {
+    const std::size_t done = meansWithin(bounds, sums, count, out, [&](std::size_t k) {
+        certainMeans(bounds, sums, k, 1, out, open);
+    });
+    certainMeans(bounds, sums, done, count - done, out, open);
+}
+
+const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2, &kEstimateAvx2};
 
 }  // namespace Vaskel
 

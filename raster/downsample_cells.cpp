@@ -194,7 +194,10 @@ void accumulateTable(const DownsampleCells& cells, const DownsampleLine& line, f
 
 #if defined(__x86_64__)
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable, &kDownsampleAvx2};
-std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 3 : 2; }
+// Whatever has AVX2 has fused operations too, but they are named apart.
+std::size_t usableForms() {
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? 3 : 2;
+}
 #else
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable};
 std::size_t usableForms() { return 2; }

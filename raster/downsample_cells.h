@@ -69,12 +69,6 @@ struct DownsampleLine {
     bool exact;
 };
 
-/// A line whose pixels belong to two output lines.
-struct SplitLine {
-    const unsigned char* bytes;  // four channels of a pixel side by side
-    double done, next;           // its shares
-};
-
 /// How a sum becomes a byte: trunc(sum / area + 0.5), within 0..255.
 struct MeanRule {
     double area;
@@ -89,16 +83,15 @@ struct MeanRule {
 /// a pixel at a time, as float(double(sum) + product) with the product formed in
 /// double; images in documents depend on these bits.
 struct PackedForm;
+struct EstimateForm;
 struct DownsampleForm {
     const char* name;
     void (*accumulate)(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
     void (*means)(const MeanRule& rule, const float* sums, std::size_t count, unsigned char* out);
     /// What takes the sums that fit 16 bits; null if the others take them all.
     const PackedForm* packed;
-    /// accumulate of an inexact line with four channels to the sums of two output
-    /// lines: weights are within 0..1, sums not negative, those of next 0 whatever
-    /// it holds. Null if accumulate does that.
-    void (*split)(const DownsampleCells& cells, const SplitLine& line, float* done, float* next);
+    /// What estimates the means of inexact lines; null if none.
+    const EstimateForm* estimate;
 };
 
 /// The rules themselves; faster forms are held to them.
@@ -131,12 +124,6 @@ const DownsampleForm& chosenDownsampleForm();
 #if defined(__x86_64__)
 /// The wide form of exact lines: bytes times shares are added in integers.
 void accumulateExactAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
-
-/// The wide form of inexact lines with one channel.
-void addBytesInOrderAvx2(const DownsampleCells& cells, const DownsampleLine& line, float* sums);
-
-/// The wide form of split lines.
-void splitLineAvx2(const DownsampleCells& cells, const SplitLine& line, float* done, float* next);
 #endif
 
 /// How many periods a form can take that reads reach bytes from a period's first.

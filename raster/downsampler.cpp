@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/orlune.h"
+#include "raster/downsample_estimate.h"
 #include "raster/downsample_packed.h"
 #include "raster/downsample_picks.h"
 #include "util/narrow.h"
@@ -40,14 +41,18 @@ constexpr double kExactIntegers = 16777216;  // 2^24
 /// share both.
 struct DownsampleSums {
     std::vector<float> values;
-    std::vector<float> next;  // of the output line after this one, while a line is split
-    std::size_t used = 0;     // all values behind are 0
+    std::size_t used = 0;  // all values behind are 0
 
     // While the lines are exact, sums may be held packed: values are all 0 then.
     PackedRule rule;
     std::vector<std::uint16_t> packed;
     enum { kNone, kPacked, kFloats } held = kNone;
     int packedChannels = 0;  // of the lines that are packed
+
+    // Lines that nobody has asked the sums of yet: values are all 0 then.
+    KeptLines kept;
+    std::vector<float> estimates;
+    std::vector<std::uint32_t> open;  // places; of a fixed room
 
     // Lines may be added in any order as long as their weights are multiples of
     // 1 / steps and the weights added so far do not exceed exactWeight.
@@ -59,10 +64,15 @@ struct DownsampleSums {
 
     // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
     DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
-        : values(count), next(count), rule(cells, factorDown), factorY(factorDown) {
+        : values(count), rule(cells, factorDown), kept(cells, factorDown), factorY(factorDown) {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
-        if (bits < 0 || cells.fractionBits < 0) return;
+        if (bits < 0 || cells.fractionBits < 0) {
+            estimates.resize(count);
+            // About as many as settling them all would take.
+            open.reserve(8 + count / 32);
+            return;
+        }
         steps = std::ldexp(1, bits);
         const double units = std::ldexp(steps, cells.fractionBits);
         exactWeight = kExactIntegers / (255 * cells.factor * units);
@@ -101,6 +111,7 @@ struct DownsampleSums {
         used = 0;
         weight = 0;
         held = kNone;
+        kept.clear();
     }
 };
 
@@ -125,7 +136,28 @@ struct DownsamplerInside {
         return {line, channels, static_cast<unsigned>(weight * sums.rule.unitsY)};
     }
 
+    // Keeps the line for later, where lines are inexact and sums are not begun.
+    static bool keeps(downsampler& d, const unsigned char* line, int channels, double weight) {
+        DownsampleSums& sums = *d.mSums;
+        return chosenDownsampleForm().estimate && sums.estimates.size() != 0 &&
+               sums.held == sums.kNone && sums.kept.keep(line, channels, weight);
+    }
+
+    // Adds the lines that are kept.
+    static void settle(downsampler& d) {
+        DownsampleSums& sums = *d.mSums;
+        for (const KeptLines::Line& line : sums.kept.lines())
+            add(d, line.bytes, sums.kept.channels(), line.weight);
+        sums.kept.clear();
+    }
+
     static void accumulate(downsampler& d, const unsigned char* line, int channels, double weight) {
+        if (keeps(d, line, channels, weight)) return;
+        settle(d);
+        add(d, line, channels, weight);
+    }
+
+    static void add(downsampler& d, const unsigned char* line, int channels, double weight) {
         DownsampleSums& sums = *d.mSums;
         const DownsampleForm& form = chosenDownsampleForm();
         if (form.packed && sums.packs(channels, weight)) {
@@ -146,10 +178,30 @@ struct DownsamplerInside {
 
     static void makeBytes(downsampler& d, int channels) {
         DownsampleSums& sums = *d.mSums;
+        settle(d);
         sums.unpack();
         chosenDownsampleForm().means(
             {d.mFactorX * d.mFactorY, sums.exact() && sums.coarse}, sums.values.data(),
             outputWidth(d) * static_cast<std::size_t>(channels), d.mLine.get());
+    }
+
+    // Makes the bytes of the lines that are kept; false if too many are open.
+    static bool estimateBytes(downsampler& d) {
+        DownsampleSums& sums = *d.mSums;
+        const EstimateForm& form = *chosenDownsampleForm().estimate;
+        const std::size_t n = outputWidth(d),
+                          channels = static_cast<std::size_t>(sums.kept.channels());
+        const MeanBounds bounds = meanBounds(*d.mCells, sums.kept, d.mFactorX * d.mFactorY);
+        form.sums(*d.mCells, sums.kept, n, sums.estimates.data());
+        sums.open.clear();
+        form.means(bounds, sums.estimates.data(), n * channels, d.mLine.get(), sums.open);
+        if (sums.open.size() == sums.open.capacity()) return false;
+        for (const std::uint32_t place : sums.open) {
+            const float sum =
+                ruleSum(*d.mCells, sums.kept, place / channels, static_cast<int>(place % channels));
+            kDownsamplePlain.means({bounds.area, false}, &sum, 1, &d.mLine[place]);
+        }
+        return true;
     }
 
     // The line completes an output line, whose bytes are made, and begins the
@@ -158,22 +210,15 @@ struct DownsamplerInside {
         DownsampleSums& sums = *d.mSums;
         const DownsampleForm& form = chosenDownsampleForm();
         const double rest = 1 - weight;
-        if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
+        if (keeps(d, line, channels, weight)) {
+            if (estimateBytes(d)) {
+                rest != 0 ? sums.kept.keepLast(rest) : sums.kept.clear();
+                return;
+            }
+            makeBytes(d, channels);
+        } else if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
             form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, channels, weight),
                                 sums.packed.data(), d.mLine.get());
-        } else if (form.split && channels == 4 && weight >= 0 && weight < 1 &&
-                   sums.weightWith(weight) > sums.exactWeight) {
-            sums.unpack();
-            sums.add(weight);
-            form.split(*d.mCells, {line, weight, rest}, sums.values.data(), sums.next.data());
-            makeBytes(d, channels);
-            // All sums in use are written by the next split line.
-            sums.values.swap(sums.next);
-            sums.weight = 0;
-            sums.add(rest);
-            sums.held = sums.kFloats;
-            sums.used = 4 * (outputWidth(d) + 1);
-            return;
         } else {
             accumulate(d, line, channels, weight);
             makeBytes(d, channels);
@@ -297,6 +342,7 @@ void downsampler::getlastline(unsigned char* line) {
         DownsamplerInside::copySlots(*this, line);
         return;
     }
+    DownsamplerInside::settle(*this);
     mSums->unpack();
     const double cell = mFactorX * mFactorY;
     for (std::size_t i = 0; i < n; ++i) mLine[i] = clamp8(Orlune::iround(mSums->values[i] / cell));

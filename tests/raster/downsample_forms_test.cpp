@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "raster/downsample_estimate.h"
 #include "raster/downsample_packed.h"
 #include "tests/support/guarded_bytes.h"
 #include "vaskel/raster.h"
@@ -28,7 +29,7 @@ struct ForcedForm {
 
 // Passes on to another form and counts lines, so that a test sees what ran.
 const DownsampleForm* gRecorded = nullptr;
-int gLines = 0, gExactLines = 0, gPackedLines = 0, gSplitLines = 0;
+int gLines = 0, gExactLines = 0, gPackedLines = 0, gEstimatedLines = 0;
 const PackedForm kRecordingPacked = {
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums) {
@@ -57,16 +58,21 @@ DownsampleForm gRecording = {
     },
     nullptr, nullptr};
 
-void recordSplit(const DownsampleCells& cells, const SplitLine& line, float* done, float* next) {
-    ++gSplitLines;
-    gRecorded->split(cells, line, done, next);
-}
+const EstimateForm kRecordingEstimate = {
+    [](const DownsampleCells& cells, const KeptLines& kept, std::size_t count, float* sums) {
+        gEstimatedLines += static_cast<int>(kept.lines().size());
+        gRecorded->estimate->sums(cells, kept, count, sums);
+    },
+    [](const MeanBounds& bounds, const float* sums, std::size_t count, unsigned char* out,
+       std::vector<std::uint32_t>& open) {
+        gRecorded->estimate->means(bounds, sums, count, out, open);
+    }};
 
 void record(const DownsampleForm* form) {
     gRecorded = form;
     gRecording.packed = form->packed ? &kRecordingPacked : nullptr;
-    gRecording.split = form->split ? recordSplit : nullptr;
-    gLines = gExactLines = gPackedLines = gSplitLines = 0;
+    gRecording.estimate = form->estimate ? &kRecordingEstimate : nullptr;
+    gLines = gExactLines = gPackedLines = gEstimatedLines = 0;
 }
 
 struct Image {
@@ -80,7 +86,7 @@ struct Image {
 template <class Unit>
 std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, unsigned seed,
                                int* exactLines = nullptr, int* inOrderLines = nullptr,
-                               int* packedLines = nullptr, int* splitLines = nullptr) {
+                               int* packedLines = nullptr, int* estimatedLines = nullptr) {
     const ForcedForm forced(&gRecording);
     record(form);
     downsampler sampler(image.factor, 1, image.width, image.height);
@@ -106,11 +112,11 @@ std::vector<unsigned char> run(const Image& image, const DownsampleForm* form, u
     sampler.getlastline(reinterpret_cast<Unit*>(out.data()));
     take();
     if (image.filtering)
-        CHECK(gLines + gPackedLines + gSplitLines >= static_cast<int>(image.height));
+        CHECK(gLines + gPackedLines + gEstimatedLines >= static_cast<int>(image.height));
     if (exactLines) *exactLines += gExactLines;
     if (inOrderLines) *inOrderLines += gLines - gExactLines;
     if (packedLines) *packedLines += gPackedLines;
-    if (splitLines) *splitLines += gSplitLines;
+    if (estimatedLines) *estimatedLines += gEstimatedLines;
     return all;
 }
 
@@ -133,7 +139,7 @@ std::vector<Image> images() {
 }  // namespace
 
 TEST_CASE("downsampler: every form gives the plain form's bytes") {
-    int exact = 0, inOrder = 0, packed = 0, split = 0;
+    int exact = 0, inOrder = 0, packed = 0, estimated = 0;
     for (const Image& image : images()) {
         CAPTURE(image.factor);
         CAPTURE(image.width);
@@ -144,14 +150,14 @@ TEST_CASE("downsampler: every form gives the plain form's bytes") {
         for (const DownsampleForm* form : downsampleForms().subspan(1)) {
             CAPTURE(std::string(form->name));
             CHECK(run<unsigned char>(image, form, seed, &exact, &inOrder) == bytes);
-            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder, &packed, &split) ==
+            CHECK(run<unsigned int>(image, form, seed, &exact, &inOrder, &packed, &estimated) ==
                   pixels);
         }
     }
     CHECK(exact > 1000);
     CHECK(inOrder > 1000);
     if (downsampleForms().back()->packed) CHECK(packed > 500);
-    if (downsampleForms().back()->split) CHECK(split > 500);
+    if (downsampleForms().back()->estimate) CHECK(estimated > 4000);
 }
 
 TEST_CASE("downsampler: random sizes and factors, every form") {
