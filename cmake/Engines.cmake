@@ -72,5 +72,6 @@ set_target_properties(vaskel PROPERTIES VERSION ${PROJECT_VERSION}
                                         SOVERSION ${PROJECT_VERSION_MAJOR}
                                         LINKER_LANGUAGE CXX
                                         LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
-target_link_options(vaskel PRIVATE -Wl,--gc-sections
+# Calls from one engine to another do not go through the linkage table.
+target_link_options(vaskel PRIVATE -Wl,--gc-sections -Wl,-Bsymbolic-functions
                     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
