@@ -55,8 +55,9 @@ vaskel_optimise(-Os ${vaskel_unhurried})
 # Texts that are made right in a string's memory, without zeros first, need a
 # member that C++23 brought; without it they are made by way of zeros.
 if("cxx_std_23" IN_LIST CMAKE_CXX_COMPILE_FEATURES)
-    set_source_files_properties(${PROJECT_SOURCE_DIR}/encoding/unicode_onepass.cpp PROPERTIES
-                                COMPILE_OPTIONS "${CMAKE_CXX23_STANDARD_COMPILE_OPTION}")
+    set_property(SOURCE ${PROJECT_SOURCE_DIR}/encoding/unicode_avx512_short.cpp
+                        ${PROJECT_SOURCE_DIR}/encoding/unicode_onepass.cpp
+                 APPEND PROPERTY COMPILE_OPTIONS "${CMAKE_CXX23_STANDARD_COMPILE_OPTION}")
 endif()
 
 # libvaskel.so leaves the host's calls undefined and names no library that

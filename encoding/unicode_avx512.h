@@ -15,6 +15,7 @@
 // GCC 12 takes what its own header leaves undefined on purpose for a slip.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 
 #include <immintrin.h>
@@ -95,15 +96,21 @@ VASKEL_AVX512 inline __mmask16 areSurrogates(__m512i values) {
 
 /// Values below 200000 as UTF-16 units, from 10000 on by the kept formula, with
 /// the low unit in the upper half of a lane. None of the units is zero.
-VASKEL_AVX512 inline Byte* putUnits16(__m512i values, __mmask16 wide, __m512i order, Byte* out) {
+VASKEL_AVX512 inline __m512i utf16Of(__m512i values, __mmask32& keep) {
+    const __mmask16 wide = _mm512_cmpge_epu32_mask(values, all32(0x10000));
     // High unit: bits 10 to 20, less 0x40, of which ten bits count.
     const __m512i high = _mm512_sub_epi32(_mm512_srli_epi32(values, 10), all32(0x40));
     const __m512i low = _mm512_slli_epi32(values, 16);
     const __m512i both = choose(all32(0xFFFF), high, low);
     const __m512i pair = andOr(both, all32(0x003F03FF), all32(0xDC00D800));
     const __m512i units = _mm512_mask_mov_epi32(values, wide, pair);
-    const __mmask32 keep = _mm512_test_epi16_mask(units, units);
-    store(out, _mm512_shuffle_epi8(_mm512_maskz_compress_epi16(keep, units), order));
+    keep = _mm512_test_epi16_mask(units, units);
+    return _mm512_maskz_compress_epi16(keep, units);
+}
+
+VASKEL_AVX512 inline Byte* putUnits16(__m512i values, __m512i order, Byte* out) {
+    __mmask32 keep;
+    store(out, _mm512_shuffle_epi8(utf16Of(values, keep), order));
     return out + 2 * popcount(keep);
 }
 
@@ -120,7 +127,7 @@ struct Utf8Tags {
 alignas(64) inline constexpr Utf8Tags kUtf8Tags;
 
 /// Values below 200000 as UTF-8.
-VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
+VASKEL_AVX512 inline __m512i utf8Of(__m512i values, __mmask64& keep) {
     // From each value the bits from 18, 12, 6 and 0 on, in this order.
     const __m512i offsets = _mm512_set1_epi64(0x20262C3200060C12);
     const __m512i sixes = _mm512_multishift_epi64_epi8(offsets, values);
@@ -130,8 +137,13 @@ VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
     const __mmask16 ascii = _mm512_cmplt_epu32_mask(values, all32(0x80));
     const __m512i bytes =
         _mm512_mask_slli_epi32(andOr(sixes, all32(0x3F3F3F3F), tags), ascii, values, 24);
-    const __mmask64 keep = _mm512_test_epi8_mask(bytes, bytes);
-    store(out, _mm512_maskz_compress_epi8(keep, bytes));
+    keep = _mm512_test_epi8_mask(bytes, bytes);
+    return _mm512_maskz_compress_epi8(keep, bytes);
+}
+
+VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
+    __mmask64 keep;
+    store(out, utf8Of(values, keep));
     return out + popcount(keep);
 }
 
@@ -146,8 +158,53 @@ VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
     return out + popcount(keep);
 }
 
-// ---- unicode_avx512_units.cpp -------------------------------------------------
+/// The numbers of bytes, and of 32-bit lanes in all of their bytes.
+struct Numbers {
+    Byte bytes[64] = {};
+    constexpr explicit Numbers(unsigned size) {
+        for (unsigned i = 0; i < 64; ++i) bytes[i] = static_cast<Byte>(i / size);
+    }
+};
+alignas(64) inline constexpr Numbers kPlaces(1), kLanes(4);
 
+/// By the upper four bits of a lead byte: the bits of a character's value in
+/// four bytes that begin with it, and by how many bits what they make, put
+/// together, has to be shifted down.
+struct ByLead {
+    std::uint32_t bits[16] = {}, shifts[16] = {};
+    constexpr ByLead() {
+        for (unsigned lead = 0; lead < 16; ++lead) {
+            const unsigned followers = lead < 0xC ? 0 : lead < 0xE ? 1 : lead - 0xC;
+            const unsigned first = followers == 0 ? 0x7F : 0x3F >> followers;
+            bits[lead] = first << 24 | 0x3F3F3F;
+            shifts[lead] = 18 - 6 * followers;
+        }
+    }
+};
+alignas(64) inline constexpr ByLead kByLead;
+
+/// The values of the characters that begin at those starts, a byte each, whose
+/// numbers are in lanes; zero where none is there.
+VASKEL_AVX512 inline __m512i valuesAt(__m512i block, __m512i starts, __m512i lanes,
+                                      __mmask16 there) {
+    // Four bytes from each start, the first one uppermost.
+    const __m512i places = _mm512_permutexvar_epi8(lanes, starts);
+    const __m512i raw = _mm512_permutexvar_epi8(_mm512_add_epi8(places, all32(0x00010203)), block);
+    const __m512i lead = _mm512_srli_epi32(raw, 28);
+    const __m512i bits =
+        _mm512_and_si512(raw, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.bits)));
+    const __m512i pairs = _mm512_maddubs_epi16(bits, all32(0x40014001));  // 64 * a + b
+    const __m512i all = _mm512_madd_epi16(pairs, all32(0x10000001));      // 4096 * ab + cd
+    return _mm512_maskz_srlv_epi32(
+        there, all, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.shifts)));
+}
+
+// ---- unicode_avx512_from_utf8.cpp, unicode_avx512_units.cpp ------------------------
+
+BlockStop utf8ToUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders);
+BlockStop utf8ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders);
 BlockStop utf16ToUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
                       ByteOrders orders);
 BlockStop utf16ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* out,

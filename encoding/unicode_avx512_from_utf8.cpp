@@ -9,9 +9,7 @@
 // places of characters are certain, and, for UTF-16, if it holds none of the
 // values that end a text or make it bad. All other blocks are left to the rules.
 
-#include "encoding/unicode_avx2.h"
 #include "encoding/unicode_avx512.h"
-#include "encoding/unicode_onepass.h"
 
 #if defined(__x86_64__)
 
@@ -22,15 +20,6 @@ namespace {
 
 constexpr unsigned kStarts = 60;
 
-// The numbers of bytes, and of 32-bit lanes in all of their bytes.
-struct Numbers {
-    Byte bytes[64] = {};
-    constexpr explicit Numbers(unsigned size) {
-        for (unsigned i = 0; i < 64; ++i) bytes[i] = static_cast<Byte>(i / size);
-    }
-};
-alignas(64) constexpr Numbers kPlaces(1), kLanes(4);
-
 // Of sixteen times three bytes the third, the second, the first and the third.
 struct Threes {
     Byte bytes[64] = {};
@@ -40,38 +29,6 @@ struct Threes {
     }
 };
 alignas(64) constexpr Threes kThrees;
-
-// By the upper four bits of a lead byte: the bits of a character's value in
-// four bytes that begin with it, and by how many bits of the bytes behind it
-// six-bit groups put together have to be shifted down.
-struct ByLead {
-    std::uint32_t bits[16] = {}, shifts[16] = {};
-    constexpr ByLead() {
-        for (unsigned lead = 0; lead < 16; ++lead) {
-            const unsigned followers = lead < 0xC ? 0 : lead < 0xE ? 1 : lead - 0xC;
-            const unsigned first = followers == 0 ? 0x7F : 0x3F >> followers;
-            bits[lead] = first << 24 | 0x3F3F3F;
-            shifts[lead] = 18 - 6 * followers;
-        }
-    }
-};
-alignas(64) constexpr ByLead kByLead;
-
-// The values of the characters that begin at those starts, a byte each, whose
-// numbers are in lanes; zero where none is there.
-VASKEL_AVX512 inline __m512i valuesAt(__m512i block, __m512i starts, __m512i lanes,
-                                      __mmask16 there) {
-    // Four bytes from each start, the first one uppermost.
-    const __m512i places = _mm512_permutexvar_epi8(lanes, starts);
-    const __m512i raw = _mm512_permutexvar_epi8(_mm512_add_epi8(places, all32(0x00010203)), block);
-    const __m512i lead = _mm512_srli_epi32(raw, 28);
-    const __m512i bits =
-        _mm512_and_si512(raw, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.bits)));
-    const __m512i pairs = _mm512_maddubs_epi16(bits, all32(0x40014001));  // 64 * a + b
-    const __m512i all = _mm512_madd_epi16(pairs, all32(0x10000001));      // 4096 * ab + cd
-    return _mm512_maskz_srlv_epi32(
-        there, all, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.shifts)));
-}
 
 // Units below 10000 as they are, or as 32-bit values; n of them count.
 template <bool kWide>
@@ -138,8 +95,7 @@ VASKEL_AVX512 inline Byte* putCharacters(__m512i block, __m512i starts, std::siz
         const __mmask16 zeros = _mm512_testn_epi32_mask(values, values);
         if (((zeros & there) | areSurrogates(values)) != 0) return nullptr;
         if (fours) {
-            const __mmask16 wide = _mm512_cmpge_epu32_mask(values, all32(0x10000));
-            out = putUnits16(values, wide, order, out);
+            out = putUnits16(values, order, out);
             continue;
         }
         const __m512i units = _mm512_castsi256_si512(_mm512_cvtepi32_epi16(values));
@@ -242,23 +198,16 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
 
 }  // namespace
 
-constexpr UnicodeBlocks kBlocks = {
-    .utf8ToUtf16 = fromUtf8<false>,
-    .utf8ToUtf32 = fromUtf8<true>,
-    .utf16ToUtf8 = utf16ToUtf8,
-    .utf16ToUtf32 = utf16ToUtf32,
-    .utf32ToUtf8 = utf32ToUtf8,
-    .utf32ToUtf16 = utf32ToUtf16,
-    .size8 = size8Avx2,
-    .size16 = size16Avx2,
-    .size32 = size32Avx2,
-    .ahead = 1,
-};
+BlockStop utf8ToUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders) {
+    return fromUtf8<false>(in, last, end, out, orders);
+}
+
+BlockStop utf8ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                      ByteOrders orders) {
+    return fromUtf8<true>(in, last, end, out, orders);
+}
 
 }  // namespace Vaskel::Avx512
-
-namespace Vaskel {
-const UnicodeForm kUnicodeAvx512 = OnePassForm<Avx512::kBlocks>::named("AVX-512");
-}
 
 #endif

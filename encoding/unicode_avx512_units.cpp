@@ -119,14 +119,13 @@ VASKEL_AVX512 BlockStop utf32ToUtf16(const Byte* in, const Byte* last, const Byt
         const __m512i values =
             _mm512_shuffle_epi8(_mm512_maskz_loadu_epi32(low16(count), in), inOrder);
         if (areSurrogates(values) != 0) return {};
-        const __mmask16 wide = _mm512_cmpge_epu32_mask(values, all32(0x10000));
-        if (wide == 0) {
+        if (_mm512_cmpge_epu32_mask(values, all32(0x10000)) == 0) {
             const __m512i units = _mm512_castsi256_si512(_mm512_cvtepi32_epi16(values));
             store(out, _mm512_castsi512_si256(_mm512_shuffle_epi8(units, order)));
             out += 2 * count;
         } else {
             if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
-            out = putUnits16(values, wide, order, out);
+            out = putUnits16(values, order, out);
         }
         in += 4 * count;
     }

@@ -214,3 +214,24 @@ TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the
     CHECK(good > all / 4);
     CHECK(good < all);
 }
+
+TEST_CASE("unicode: whatever is behind a text changes nothing") {
+    for (const Fill& fill : kFills) {
+        CAPTURE(fill.why);
+        for (std::size_t count = 0; count < 80; ++count) {
+            CAPTURE(count);
+            const Values values = filled(fill, count);
+            for (const int behind : {0x00, 0x01, 0x41, 0x80, 0xC3, 0xD8, 0xDC, 0xE4, 0xF0, 0xFF}) {
+                CAPTURE(behind);
+                const std::string more(200, static_cast<char>(behind));
+                int good = compareFrom8(text8(values) + more, PlacedText::kPlaces - 1);
+                for (const bool big : {false, true}) {
+                    const std::string units = text16(unitsOf(values), big) + more;
+                    good += compareFrom16(units, PlacedText::kPlaces - 1);
+                    good += compareFrom32(text32(values, big) + more, PlacedText::kPlaces - 1);
+                }
+                CHECK(good == (count ? 16 : 12));
+            }
+        }
+    }
+}
