@@ -29,7 +29,8 @@ set(vaskel_loops
     geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
     geometry/edge_run_avx2.cpp geometry/inside_path.cpp geometry/intersect_active.cpp
     geometry/intersect_simple.cpp
-    raster/downsample_avx2.cpp raster/downsample_cells.cpp raster/downsample_exact_avx2.cpp
+    raster/downsample_avx2.cpp raster/downsample_cells.cpp raster/downsample_estimate_avx2.cpp
+    raster/downsample_exact_avx2.cpp
     raster/vectorizer.cpp raster/vectorizer_edges.cpp raster/vectorizer_lines.cpp
     colour/ink_run.cpp fonts/type1_glyph.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp

@@ -39,6 +39,13 @@ class KeptLines {
     const std::vector<Line>& lines() const { return mLines; }
     int channels() const { return mChannels; }
 
+    /// Where the caller's next line will be if lines go on as the last three lay,
+    /// and the way from one to the next; a way of 0 if they did not lie evenly.
+    struct Ahead {
+        std::uintptr_t line, step;
+    };
+    Ahead ahead() const { return {mLastAt + mStep, mStep}; }
+
     static constexpr std::size_t kBehind = 32;
     static constexpr std::size_t kMostLines = 64;
     static constexpr std::size_t kMostPixels = 64;  // of a cell's own
@@ -52,6 +59,7 @@ class KeptLines {
     std::unique_ptr<unsigned char[]> mBytes;
     std::vector<unsigned char*> mPlaces;  // of mMost lines, those of mLines first
     std::vector<Line> mLines;
+    std::uintptr_t mLastAt = 0, mLastStep = 0, mStep = 0;
 };
 
 /// An estimated sum by area lies within slack of the rule's one.

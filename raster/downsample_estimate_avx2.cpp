@@ -1,6 +1,7 @@
 // Estimates in vectors: first down, the lines of a group of cells being added
 // column by column, then across, the columns of each cell, so that cells' edges
-// are met once an output line.
+// are met once an output line. Memory is idle meanwhile and fetches what comes
+// next.
 
 #if defined(__x86_64__)
 
@@ -29,16 +30,28 @@ struct Lines {
         const unsigned char* bytes;
         float weight;
     } parts[KeptLines::kMostParts];
+    std::size_t count;
+    KeptLines::Ahead ahead;
 
-    explicit Lines(const KeptLines& kept) {
-        std::size_t count = 0;
-        for (Part& part : parts) part = {kept.lines().front().bytes, 0};
+    explicit Lines(const KeptLines& kept) : count(kept.lines().size()), ahead(kept.ahead()) {
+        Part* part = parts;
+        for (Part& none : parts) none = {kept.lines().front().bytes, 0};
         for (const KeptLines::Line& line : kept.lines()) {
             if (line.weight == 1)
                 whole[wholes++] = line.bytes;
             else
-                parts[count++] = {line.bytes, static_cast<float>(line.weight)};
+                *part++ = {line.bytes, static_cast<float>(line.weight)};
         }
+    }
+
+    // Has the caller's next lines fetched meanwhile, from the byte at place on.
+    // That never faults, wherever they may be.
+    VASKEL_AVX2_INLINE void fetch(std::size_t place) const {
+        constexpr std::size_t kCacheLine = 64;
+        if (ahead.step == 0 || place % kCacheLine >= 32) return;
+        for (std::size_t i = 0; i < count; ++i)
+            _mm_prefetch(reinterpret_cast<const char*>(ahead.line + i * ahead.step + place),
+                         _MM_HINT_T1);
     }
 };
 
@@ -64,6 +77,7 @@ VASKEL_AVX2 void addDown(const Lines& lines, std::size_t first, std::size_t coun
     const __m256 weightA = _mm256_set1_ps(lines.parts[0].weight);
     const __m256 weightB = _mm256_set1_ps(lines.parts[1].weight);
     for (std::size_t i = first; i < first + count; i += 32, sums += 32) {
+        lines.fetch(i);
         __m256i low = zero, high = zero;
         std::size_t line = 0;
         for (; line + 2 <= lines.wholes; line += 2) {

@@ -172,6 +172,27 @@ TEST_CASE("downsample estimate: lines are kept while they belong together") {
     CHECK(KeptLines(many, 3.3).keep(large.data(), 1, 1));
 }
 
+TEST_CASE("downsample estimate: where the next line will be follows from the last three") {
+    const DownsampleCells cells(10.0 / 3, 10);
+    const std::vector<unsigned char> image(400);
+    KeptLines kept(cells, 30.3);
+    struct Row {
+        const char* why;
+        int line, step;
+    };
+    for (const Row& row : {Row{"one", 0, 0}, Row{"two", 1, 0}, Row{"three", 2, 40},
+                           Row{"four", 3, 40}, Row{"a leap", 6, 0}, Row{"another way", 5, 0},
+                           Row{"upwards", 4, -40}, Row{"again", 4, 0}, Row{"and again", 4, 0}}) {
+        CAPTURE(row.why);
+        const unsigned char* const line = &image[static_cast<std::size_t>(40 * row.line)];
+        REQUIRE(kept.keep(line, 4, 1));
+        CHECK(static_cast<std::intptr_t>(kept.ahead().step) == row.step);
+        if (row.step != 0)
+            CHECK(kept.ahead().line ==
+                  reinterpret_cast<std::uintptr_t>(line) + static_cast<std::uintptr_t>(row.step));
+    }
+}
+
 // Two lines of v and v + 1 make means of v + 1/2 everywhere, about which only
 // the rule's roundings decide. Adding all sums by the rule then takes less time
 // than one by one.
