@@ -2,8 +2,8 @@
 
 #include "vaskel/encoding/path_to_url.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -34,27 +34,42 @@ SplitScheme splitScheme(std::string_view path, std::string_view defaultScheme) {
     return split;
 }
 
-// Takes the next component from the front of *rest; empty when there is none.
-std::string_view takeComponent(std::string_view* rest) {
-    rest->remove_prefix(std::min(rest->find_first_not_of('/'), rest->size()));
-    const std::string_view component = rest->substr(0, rest->find('/'));
-    rest->remove_prefix(component.size());
-    return component;
-}
+// The components of a text, which they are taken from in place: each is
+// terminated where its slash stood.
+class Components {
+ public:
+    explicit Components(std::string* text) : mNext(text->data()), mEnd(mNext + text->size()) {}
 
-void appendMiddle(const std::string& component, std::string* url) {
+    // The next component; empty when there is none.
+    std::string_view take() {
+        while (mNext != mEnd && *mNext == '/') ++mNext;
+        const char* const first = mNext;
+        void* const slash = std::memchr(mNext, '/', static_cast<std::size_t>(mEnd - mNext));
+        char* const end = slash == nullptr ? mEnd : static_cast<char*>(slash);
+        *end = '\0';  // also over the text's own terminator
+        mNext = end + (end != mEnd);
+        return {first, static_cast<std::size_t>(end - first)};
+    }
+
+ private:
+    char* mNext;
+    char* mEnd;
+};
+
+void appendMiddle(const char* component, std::string* url) {
     wchar_t wide[kWideCapacity];
     char encoded[kEncodedCapacity];
-    Orlune::UTF8ToUni16Char(component.c_str(), wide, kWideCapacity);
-    Orlune::Uni16CharToURLEncoding(wide, encoded, kEncodedCapacity);
-    url->append(encoded);
+    Orlune::UTF8ToUni16Char(component, wide, kWideCapacity);
+    const int length = Orlune::Uni16CharToURLEncoding(wide, encoded, kEncodedCapacity);
+    encoded[length] = '/';
+    url->append(encoded, static_cast<std::size_t>(length) + 1);
 }
 
-void appendLeaf(const std::string& leaf, std::string* url) {
+void appendLeaf(std::string_view leaf, std::string* url) {
     const std::size_t before = url->size();
     const std::size_t capacity = 3 * leaf.size() + 1;
     url->resize(before + capacity);
-    const int length = Orlune::UTF8ToURLEncoding(leaf.c_str(), url->data() + before, capacity);
+    const int length = Orlune::UTF8ToURLEncoding(leaf.data(), url->data() + before, capacity);
     url->resize(before + static_cast<std::size_t>(length));
 }
 
@@ -63,26 +78,23 @@ void appendLeaf(const std::string& leaf, std::string* url) {
 void PathToURL(const std::string& path, const std::string& defaultScheme,
                Orlune::FileSpecURL& out) {
     const SplitScheme split = splitScheme(path, defaultScheme);
-    std::string_view rest = split.rest;
-    const bool absolute = rest.starts_with('/');
-    std::string_view next = takeComponent(&rest);
-    if (next.empty()) return;
+    std::string text(split.rest);
+    Components components(&text);
+    std::string_view component = components.take();
+    if (component.empty()) return;
 
     std::string url;
     url.reserve(path.size() + path.size() / 2);  // a good guess: few characters are encoded
     if (!split.scheme.empty()) url.append(split.scheme).append("://");
-    std::string component;  // terminated, for the platform's functions
-    for (bool first = true;; first = false) {
-        component.assign(next);
-        next = takeComponent(&rest);
-        if (next.empty()) break;
-        if (first) {
-            if (absolute) url += '/';
-            url += component;  // the host or volume, as it is
-        } else {
-            appendMiddle(component, &url);
+    std::string_view next = components.take();
+    if (!next.empty()) {
+        if (split.rest.starts_with('/')) url += '/';
+        url.append(component) += '/';  // the host or volume, as it is
+        component = next;
+        while (!(next = components.take()).empty()) {
+            appendMiddle(component.data(), &url);
+            component = next;
         }
-        url += '/';
     }
     appendLeaf(component, &url);
 

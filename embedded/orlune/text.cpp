@@ -143,13 +143,16 @@ const From* takeAscii(Output<To>& output, const From* text) {
     return takeWhile(output, text, [](From c) { return c > 0 && c <= 0x7F; });
 }
 
+template <class From>
+bool isUnreserved(From c) {
+    const auto index = static_cast<std::make_unsigned_t<From>>(c);
+    return index < 0x80 && kUnreserved.is[index];
+}
+
 // Most names begin with what needs no encoding, and many hold nothing else.
 template <class From>
 const From* takeUnreserved(Output<char>& output, const From* text) {
-    return takeWhile(output, text, [](From c) {
-        const auto index = static_cast<std::make_unsigned_t<From>>(c);
-        return index < 0x80 && kUnreserved.is[index];
-    });
+    return takeWhile(output, text, isUnreserved<From>);
 }
 
 }  // namespace
@@ -193,18 +196,15 @@ int UTF8ToURLEncoding(const char* utf8, char* out, std::size_t capacity) {
 int Uni16CharToURLEncoding(const wchar_t* text, char* out, std::size_t capacity) {
     if (capacity == 0) return 0;
     Output<char> output(out, capacity);
-    text = takeUnreserved(output, text);
-    while (*text != 0) {
-        char bytes[256];
-        Output<char> utf8(bytes, sizeof bytes);
-        for (text = takeAscii(utf8, text); *text != 0 && utf8.room() >= 4;
-             text = takeAscii(utf8, text)) {
+    while (*(text = takeUnreserved(output, text)) != 0) {
+        char bytes[64];  // of the characters before the next one that stays
+        char* last = bytes;
+        do {
             const std::uint32_t character = nextOfUni16(text);
             if (character == kNoCharacter) return output.refuse();
-            char* const last = utf8::unchecked::append(character, utf8.space());
-            utf8.filled(static_cast<std::size_t>(last - utf8.space()));
-        }
-        takeEncoded(output, bytes, utf8.space());
+            last = utf8::unchecked::append(character, last);
+        } while (last <= bytes + sizeof bytes - 4 && *text != 0 && !isUnreserved(*text));
+        takeEncoded(output, bytes, last);
     }
     return output.finish();
 }
