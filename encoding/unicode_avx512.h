@@ -158,26 +158,68 @@ VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
     return out + popcount(keep);
 }
 
-/// The numbers of bytes, and of 32-bit lanes in all of their bytes.
-struct Numbers {
+/// Where to take the bytes of a vector from: groups of some bytes are taken from
+/// those from every step-th byte on.
+struct Places {
     Byte bytes[64] = {};
-    constexpr explicit Numbers(unsigned size) {
-        for (unsigned i = 0; i < 64; ++i) bytes[i] = static_cast<Byte>(i / size);
+    constexpr Places(unsigned group, unsigned step, unsigned taken) {
+        for (unsigned i = 0; i < 64; ++i)
+            bytes[i] = static_cast<Byte>((i / group * step + i % group % taken) % 64);
     }
 };
-alignas(64) inline constexpr Numbers kPlaces(1), kLanes(4);
+alignas(64) inline constexpr Places kPlaces(1, 1, 1), kLanes(4, 1, 1);
+
+/// Takes bytes from places that differ from a table's in some bits, as those of
+/// a unit in another byte order do.
+VASKEL_AVX512 inline __m512i placesOf(const Places& table, unsigned flipped) {
+    return _mm512_xor_si512(_mm512_load_si512(&table), all8(flipped));
+}
+
+/// Units in the machine's byte order, or not, as 32-bit values: the lower
+/// sixteen, or the upper ones.
+class Widen16 {
+ public:
+    VASKEL_AVX512 Widen16(bool inBig, bool big)
+        : mLow(placesOf(kUnits, inBig != big ? 1 : 0)), mBytes(big ? kUpper : kUpper >> 2) {}
+    VASKEL_AVX512 __m512i low(__m512i units) const {
+        return _mm512_maskz_permutexvar_epi8(mBytes, mLow, units);
+    }
+    VASKEL_AVX512 __m512i high(__m512i units) const {
+        return _mm512_maskz_permutexvar_epi8(mBytes, _mm512_add_epi8(mLow, all8(32)), units);
+    }
+
+ private:
+    static constexpr std::uint64_t kUpper = 0xCCCCCCCCCCCCCCCC;
+    alignas(64) static constexpr Places kUnits{4, 2, 2};
+    __m512i mLow;
+    __mmask64 mBytes;
+};
+
+/// The lower 16 bits of 32-bit values, or all of them if others are zero.
+class Narrow32 {
+ public:
+    VASKEL_AVX512 Narrow32(bool inBig, bool big)
+        : mPlaces(placesOf(kValues, (inBig ? 3 : 0) ^ (big ? 1 : 0))) {}
+    VASKEL_AVX512 __m256i operator()(__m512i values) const {
+        return _mm512_castsi512_si256(_mm512_permutexvar_epi8(mPlaces, values));
+    }
+
+ private:
+    alignas(64) static constexpr Places kValues{2, 4, 2};
+    __m512i mPlaces;
+};
 
 /// By the upper four bits of a lead byte: the bits of a character's value in
-/// four bytes that begin with it, and by how many bits what they make, put
-/// together, has to be shifted down.
+/// four bytes that begin with it. The last byte counts for characters of four
+/// bytes only; for others, what its lower six bits lack is by how much the value
+/// has to be shifted down, and the bits that are left there are shifted out.
 struct ByLead {
-    std::uint32_t bits[16] = {}, shifts[16] = {};
+    std::uint32_t bits[16] = {};
     constexpr ByLead() {
         for (unsigned lead = 0; lead < 16; ++lead) {
             const unsigned followers = lead < 0xC ? 0 : lead < 0xE ? 1 : lead - 0xC;
             const unsigned first = followers == 0 ? 0x7F : 0x3F >> followers;
-            bits[lead] = first << 24 | 0x3F3F3F;
-            shifts[lead] = 18 - 6 * followers;
+            bits[lead] = first << 24 | 0x3F3F00 | (0x3F ^ (18 - 6 * followers));
         }
     }
 };
@@ -190,13 +232,12 @@ VASKEL_AVX512 inline __m512i valuesAt(__m512i block, __m512i starts, __m512i lan
     // Four bytes from each start, the first one uppermost.
     const __m512i places = _mm512_permutexvar_epi8(lanes, starts);
     const __m512i raw = _mm512_permutexvar_epi8(_mm512_add_epi8(places, all32(0x00010203)), block);
-    const __m512i lead = _mm512_srli_epi32(raw, 28);
     const __m512i bits =
-        _mm512_and_si512(raw, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.bits)));
-    const __m512i pairs = _mm512_maddubs_epi16(bits, all32(0x40014001));  // 64 * a + b
-    const __m512i all = _mm512_madd_epi16(pairs, all32(0x10000001));      // 4096 * ab + cd
-    return _mm512_maskz_srlv_epi32(
-        there, all, _mm512_permutexvar_epi32(lead, _mm512_load_si512(kByLead.shifts)));
+        _mm512_permutexvar_epi32(_mm512_srli_epi32(raw, 28), _mm512_load_si512(kByLead.bits));
+    const __m512i parts = _mm512_and_si512(raw, bits);
+    const __m512i pairs = _mm512_maddubs_epi16(parts, all32(0x40014001));  // 64 * a + b
+    const __m512i all = _mm512_madd_epi16(pairs, all32(0x10000001));       // 4096 * ab + cd
+    return _mm512_maskz_srlv_epi32(there, all, _mm512_andnot_si512(bits, all32(0x3F)));
 }
 
 // ---- unicode_avx512_from_utf8.cpp, unicode_avx512_units.cpp ------------------------

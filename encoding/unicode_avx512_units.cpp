@@ -14,6 +14,17 @@
 namespace Vaskel::Avx512 {
 namespace {
 
+// Sixteen values from 800 on that need three bytes each.
+VASKEL_AVX512 inline Byte* putThrees(__m512i values, Byte* out) {
+    alignas(64) static constexpr Places kFirstThree(3, 4, 3);
+    // From each value the bits from 12, 6 and 0 on, in this order.
+    const __m512i offsets = _mm512_set1_epi64(0x0020262C0000060C);
+    const __m512i sixes = _mm512_multishift_epi64_epi8(offsets, values);
+    const __m512i bytes = andOr(sixes, all32(0x3F3F0F), all32(0x8080E0));
+    store(out, _mm512_permutexvar_epi8(_mm512_load_si512(&kFirstThree), bytes));
+    return out + 48;
+}
+
 // Sixteen values of which those in lanes are characters.
 template <bool kWide>
 VASKEL_AVX512 inline Byte* put(__m512i values, __mmask16 lanes, __m512i order, Byte* out) {
@@ -22,31 +33,65 @@ VASKEL_AVX512 inline Byte* put(__m512i values, __mmask16 lanes, __m512i order, B
     return out + 4 * popcount(lanes);
 }
 
+// ASCII in units of that many bytes, a byte each.
+template <std::size_t kUnit>
+VASKEL_AVX512 inline __m512i asciiPlaces(bool big) {
+    alignas(64) static constexpr Places places(1, kUnit, 1);
+    return placesOf(places, big ? kUnit - 1 : 0);
+}
+
+// A number as units in another byte order have it.
+constexpr unsigned as16(unsigned value, bool big) {
+    return big ? (value & 0xFF) << 8 | value >> 8 : value;
+}
+constexpr unsigned as32(unsigned value, bool big) {
+    return big ? as16(value & 0xFFFF, true) << 16 | as16(value >> 16, true) : value;
+}
+
 // To UTF-32 or, not wide, to UTF-8.
 template <bool kWide>
 VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
                                   ByteOrders orders) {
     const __m512i inOrder = unitOrder16(orders.inBig), order = unitOrder32(orders.big);
-    while (in <= last) {
+    const Widen16 widen(orders.inBig, orders.big);
+    const __m512i ascii = asciiPlaces<2>(orders.inBig);
+    const __m512i notAscii = all16(as16(0xFF80, orders.inBig));
+    const __m512i surrogateBits = all16(as16(0xF800, orders.inBig));
+    const __m512i surrogate = all16(as16(0xD800, orders.inBig));
+    // Values are stored where cache lines begin, if it is known where that is:
+    // the first block may be a shorter one.
+    std::size_t most = kWide ? 16 + -reinterpret_cast<std::uintptr_t>(out) % 64 / 4 : 32;
+    for (; in <= last; most = 32) {
         const auto left = static_cast<std::size_t>(end - in) / 2;
-        std::size_t count = std::min<std::size_t>(left, 32);
-        const __m512i units =
-            _mm512_shuffle_epi8(_mm512_maskz_loadu_epi16(low32(count), in), inOrder);
+        std::size_t count = std::min(left, most);
+        const __m512i raw = _mm512_maskz_loadu_epi16(low32(count), in);
+        if (!kWide && _mm512_test_epi16_mask(raw, notAscii) == 0) {
+            store(out, _mm512_castsi512_si256(_mm512_permutexvar_epi8(ascii, raw)));
+            out += count;
+            in += 2 * count;
+            continue;
+        }
         const __mmask32 surrogates =
-            _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all16(0xF800)), all16(0xD800));
+            _mm512_cmpeq_epi16_mask(_mm512_and_si512(raw, surrogateBits), surrogate);
+        if (kWide && surrogates == 0) {
+            store(out, widen.low(raw));
+            if (count > 16) store(out + 64, widen.high(raw));
+            out += 4 * count;
+            in += 2 * count;
+            continue;
+        }
+        const __m512i units = _mm512_shuffle_epi8(raw, inOrder);
         if (surrogates == 0) {
-            if (kWide) {
-                store(out, _mm512_shuffle_epi8(lowHalf(units), order));
-                if (count > 16) store(out + 64, _mm512_shuffle_epi8(highHalf(units), order));
-                out += 4 * count;
-            } else if (_mm512_cmpge_epu16_mask(units, all16(0x80)) == 0) {
-                store(out, _mm512_cvtepi16_epi8(units));
-                out += count;
-            } else if (_mm512_cmpge_epu16_mask(units, all16(0x800)) == 0) {
+            if (_mm512_cmpge_epu16_mask(units, all16(0x800)) == 0) {
                 out = putUtf8Below800(units, out);
             } else {
-                out = putUtf8(lowHalf(units), out);
-                if (count > 16) out = putUtf8(highHalf(units), out);
+                const std::uint32_t threes = _mm512_cmpge_epu16_mask(units, all16(0x800));
+                const __m512i low = lowHalf(units);
+                out = (threes & 0xFFFF) == 0xFFFF ? putThrees(low, out) : putUtf8(low, out);
+                if (count > 16) {
+                    const __m512i upper = highHalf(units);
+                    out = threes >> 16 == 0xFFFF ? putThrees(upper, out) : putUtf8(upper, out);
+                }
             }
             in += 2 * count;
             continue;
@@ -54,10 +99,7 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
         std::uint64_t high =
             _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all16(0xFC00)), all16(0xD800));
         // The other half of the last one may be in the next block.
-        if (left > 32 && high >> 31 != 0) {
-            high ^= std::uint64_t{1} << 31;
-            count = 31;
-        }
+        if (left > count && high >> (count - 1) != 0) high ^= std::uint64_t{1} << --count;
         const std::uint64_t low = (surrogates & low32(count)) ^ high;
         if (high << 1 != low) return {};
         // A pair is 0x190000 | (high & 0x3F) << 10 | (low & 0x3FF).
@@ -95,18 +137,21 @@ BlockStop utf16ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* 
 VASKEL_AVX512 BlockStop utf32ToUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
                                     ByteOrders orders) {
     const __m512i inOrder = unitOrder32(orders.inBig);
+    const __m512i ascii = asciiPlaces<4>(orders.inBig);
+    const __m512i notAscii = all32(as32(0xFFFFFF80, orders.inBig));
     while (in <= last) {
         const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(end - in) / 4, 16);
-        const __m512i values =
-            _mm512_shuffle_epi8(_mm512_maskz_loadu_epi32(low16(count), in), inOrder);
-        if (_mm512_cmpge_epu32_mask(values, all32(0x80)) == 0) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm512_cvtepi32_epi8(values));
-            out += count;
-        } else {
-            if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
-            out = putUtf8(values, out);
-        }
+        const __m512i raw = _mm512_maskz_loadu_epi32(low16(count), in);
         in += 4 * count;
+        if (_mm512_test_epi32_mask(raw, notAscii) == 0) {
+            const __m512i bytes = _mm512_permutexvar_epi8(ascii, raw);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm512_castsi512_si128(bytes));
+            out += count;
+            continue;
+        }
+        const __m512i values = _mm512_shuffle_epi8(raw, inOrder);
+        if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
+        out = putUtf8(values, out);
     }
     return {in, out};
 }
@@ -114,20 +159,24 @@ VASKEL_AVX512 BlockStop utf32ToUtf8(const Byte* in, const Byte* last, const Byte
 VASKEL_AVX512 BlockStop utf32ToUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
                                      ByteOrders orders) {
     const __m512i inOrder = unitOrder32(orders.inBig), order = unitOrder16(orders.big);
+    const Narrow32 narrow(orders.inBig, orders.big);
+    const __m512i above = all32(as32(0xFFFF0000, orders.inBig));
+    const __m512i surrogateBits = all32(as32(0xFFFFF800, orders.inBig));
+    const __m512i surrogate = all32(as32(0xD800, orders.inBig));
     while (in <= last) {
         const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(end - in) / 4, 16);
-        const __m512i values =
-            _mm512_shuffle_epi8(_mm512_maskz_loadu_epi32(low16(count), in), inOrder);
-        if (areSurrogates(values) != 0) return {};
-        if (_mm512_cmpge_epu32_mask(values, all32(0x10000)) == 0) {
-            const __m512i units = _mm512_castsi256_si512(_mm512_cvtepi32_epi16(values));
-            store(out, _mm512_castsi512_si256(_mm512_shuffle_epi8(units, order)));
-            out += 2 * count;
-        } else {
-            if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
-            out = putUnits16(values, order, out);
-        }
+        const __m512i raw = _mm512_maskz_loadu_epi32(low16(count), in);
         in += 4 * count;
+        if (_mm512_cmpeq_epi32_mask(_mm512_and_si512(raw, surrogateBits), surrogate) != 0)
+            return {};
+        if (_mm512_test_epi32_mask(raw, above) == 0) {
+            store(out, narrow(raw));
+            out += 2 * count;
+            continue;
+        }
+        const __m512i values = _mm512_shuffle_epi8(raw, inOrder);
+        if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
+        out = putUnits16(values, order, out);
     }
     return {in, out};
 }

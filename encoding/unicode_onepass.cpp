@@ -118,10 +118,10 @@ void writeInto(std::string& result, const Write& write) {
 }
 
 // A text of some length: its first chunk is converted into a buffer on the stack
-// and tells how much memory to ask for. The others are converted right into the
-// result, as long as there is room for what they could become, and the last ones
-// in the buffer again. Nothing is filled with zeros first, and a text of one
-// chunk needs one allocation of the exact size.
+// and tells how much memory to ask for, where that is not known before. The others
+// are converted right into the result, as long as there is room for what they could become, and the
+// last ones in the buffer again. Nothing is filled with zeros first, and a text of one chunk needs
+// one allocation of the exact size.
 class OnePass {
  public:
     OnePass(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead, ByteOrders orders)
@@ -135,10 +135,13 @@ class OnePass {
         std::string result;
         Taken taken = Taken::Yes;
         if (size > chunk) {
-            taken = takeWholeBlocks(in, in + chunk, end);
+            if (mWay.growsEvenly) {
+                result.reserve(mWay.growth * size + 2 * mWay.markSize);
+            } else {
+                taken = takeWholeBlocks(in, in + chunk, end);
+                if (taken == Taken::Yes) result.reserve(expectedSize(in - text, end - in));
+            }
             if (taken == Taken::Yes) {
-                result.reserve(mWay.growsEvenly ? mWay.growth * size + 2 * mWay.outUnit
-                                                : expectedSize(in - text, end - in));
                 flush(result);
                 taken = takeInto(result, in, end);
             }
