@@ -7,43 +7,39 @@ namespace Vaskel::Intersect {
 namespace {
 
 constexpr std::int32_t kBeyond = 1 << 27;
-constexpr std::size_t kFewMoves = 64;
-constexpr int kNearby = 8;  // chains tried around the one that may be near
+constexpr Index kBetween = 8;  // chains from one in the row to the next
+constexpr int kNearby = 8;     // chains tried around the one that may be near
 
 }  // namespace
 
-ActiveChains::ActiveChains(const std::vector<PackedPlace>& points) : mPoints(points) {
+ActiveChains::ActiveChains(const std::vector<PackedPlace>& points, std::size_t most)
+    : mPoints(points) {
     const auto levelAt = [](std::int32_t y) {
         return ActiveChain::Edge{packed(-kBeyond, y), packed(kBeyond, y)};
     };
+    mChains.reserve(most + 2);
     mChains.resize(2);
     const ActiveChain::Edge bottom = levelAt(-kBeyond), top = levelAt(kBeyond);
     mChains[kBottom] = {bottom, bottom, 0, 0, kTop, kNone, 0, 0};
-    mChains[kTop] = {top, top, 0, 0, kNone, kBottom, 0, 0};
-    mBlocks.resize(1);
-    mBlocks[0].count = 2;
-    mBlocks[0].chains[0] = kBottom;
-    mBlocks[0].chains[1] = kTop;
-    mOrder.push_back(0);
+    mChains[kTop] = {top, top, 0, 0, kNone, kBottom, kNone, 0};
+    mRow.push_back(kBottom);
 }
 
-bool ActiveChains::advance(Index lower, Index upper, PackedPlace p) {
-    ActiveChain& a = (*this)[lower];
-    ActiveChain& b = (*this)[upper];
+bool ActiveChains::follow(ActiveChain& lower, ActiveChain& upper, PackedPlace p) const {
     // No chain is followed beyond its end, where the sweep takes it out.
     for (;;) {
-        if (a.upper.right < b.lower.right) {
-            if (!(a.upper.right < p)) return true;
-            if (b.lower.side(a.upper.right) >= 0) return false;
-            a.upper.left = a.upper.right;
-            a.upperPoint += a.step;
-            a.upper.right = mPoints[static_cast<std::size_t>(a.upperPoint)];
+        if (lower.upper.right < upper.lower.right) {
+            if (!(lower.upper.right < p)) return true;
+            if (upper.lower.side(lower.upper.right) >= 0) return false;
+            lower.upper.left = lower.upper.right;
+            lower.upperPoint += lower.step;
+            lower.upper.right = mPoints[static_cast<std::size_t>(lower.upperPoint)];
         } else {
-            if (!(b.lower.right < p)) return true;
-            if (a.upper.side(b.lower.right) <= 0) return false;
-            b.lower.left = b.lower.right;
-            b.lowerPoint += b.step;
-            b.lower.right = mPoints[static_cast<std::size_t>(b.lowerPoint)];
+            if (!(upper.lower.right < p)) return true;
+            if (lower.upper.side(upper.lower.right) <= 0) return false;
+            upper.lower.left = upper.lower.right;
+            upper.lowerPoint += upper.step;
+            upper.lower.right = mPoints[static_cast<std::size_t>(upper.lowerPoint)];
         }
     }
 }
@@ -73,20 +69,54 @@ Index ActiveChains::chainBelow(PackedPlace p, Index near) {
 }
 
 Index ActiveChains::findBelow(PackedPlace p) {
-    std::size_t first = 0;
-    for (std::size_t count = mOrder.size(); count > 1;) {
-        const std::size_t half = count / 2;
-        if (isBelow(block(mOrder[first + half]).chains[0], p)) first += half;
-        count -= half;
+    if (mSteps > mChains.size() - mFreeChains.size()) putInOrder();
+    std::size_t first = 0;  // of the bottom, which is never left
+    for (std::size_t end = mRow.size(); end - first > 1;) {
+        std::size_t at = first + (end - first) / 2;
+        for (; mRow[at] == kNone; --at) ++mSteps;
+        if (at == first) {  // nothing stands in the lower half
+            at = first + (end - first) / 2;
+            while (++at < end && mRow[at] == kNone) ++mSteps;
+            if (at == end) break;
+        }
+        (isBelow(mRow[at], p) ? first : end) = at;
     }
-    const Block& among = block(mOrder[first]);
-    Index place = 0;
-    for (Index count = among.count; count > 1;) {
-        const Index half = count / 2;
-        if (isBelow(among.chains[place + half], p)) place += half;
-        count -= half;
+    Index found = mRow[first];
+    Index steps = 0;
+    for (Index above = (*this)[found].above; isBelow(above, p); above = (*this)[found].above) {
+        found = above;
+        ++steps;
     }
-    return among.chains[place];
+    mSteps += static_cast<std::size_t>(steps);
+    if (steps > kBetween && (*this)[found].place == kNone) addToRow(found, first + 1);
+    return found;
+}
+
+// Puts a chain in the row at a place, and those that stand there one place
+// further, as far as the next free one.
+void ActiveChains::addToRow(Index chain, std::size_t place) {
+    constexpr std::size_t kReach = 64;
+    std::size_t free = place;
+    while (free < mRow.size() && free < place + kReach && mRow[free] != kNone) ++free;
+    if (free == mRow.size()) mRow.push_back(kNone);
+    if (mRow[free] != kNone) return;
+    for (; free > place; --free) setPlace(mRow[free - 1], free);
+    setPlace(chain, place);
+}
+
+// Each search is followed by as many steps as it has taken, so that this costs
+// no more than the searches before it. Every other place stays free.
+void ActiveChains::putInOrder() {
+    for (const Index chain : mRow)
+        if (chain != kNone) (*this)[chain].place = kNone;
+    mRow.clear();
+    Index count = 0;
+    for (Index chain = kBottom; chain != kTop; chain = (*this)[chain].above) {
+        if (count++ % kBetween != 0) continue;
+        mRow.resize(mRow.size() + 2, kNone);
+        setPlace(chain, mRow.size() - 2);
+    }
+    mSteps = 0;
 }
 
 Index ActiveChains::allocate() {
@@ -100,17 +130,12 @@ Index ActiveChains::allocate() {
 }
 
 Index ActiveChains::insertAbove(Index below, PackedPlace left, Index rightPoint, Index step) {
-    if (block((*this)[below].block).count == kMost) split((*this)[below].block);
     const Index chain = allocate();
     ActiveChain& lower = (*this)[below];
     const ActiveChain::Edge edge = {left, mPoints[static_cast<std::size_t>(rightPoint)]};
-    (*this)[chain] = {edge, edge, rightPoint, rightPoint, lower.above, below, lower.block, step};
+    (*this)[chain] = {edge, edge, rightPoint, rightPoint, lower.above, below, kNone, step};
     (*this)[lower.above].below = chain;
     lower.above = chain;
-    Block& home = block(lower.block);
-    Index place = home.count++;
-    for (; home.chains[place - 1] != below; --place) home.chains[place] = home.chains[place - 1];
-    home.chains[place] = chain;
     return chain;
 }
 
@@ -118,55 +143,14 @@ void ActiveChains::erase(Index chain) {
     const ActiveChain& gone = (*this)[chain];
     (*this)[gone.below].above = gone.above;
     (*this)[gone.above].below = gone.below;
-    Block& home = block(gone.block);
-    Index* const end = home.chains + home.count;
-    Index* const at = std::find(home.chains, end, chain);
-    std::copy(at + 1, end, at);
-    if (--home.count == 0) dropBlock(gone.block);
+    if (gone.place != kNone) {
+        // The next one below stands in the row instead, unless it does already.
+        Index& heir = mRow[static_cast<std::size_t>(gone.place)];
+        Index& place = (*this)[gone.below].place;
+        heir = place == kNone ? gone.below : kNone;
+        if (place == kNone) place = gone.place;
+    }
     mFreeChains.push_back(chain);
-}
-
-// Looks outwards from where the block was last seen: blocks entered and taken
-// out below it have moved it since, which is made good now and then.
-std::size_t ActiveChains::positionOf(Index wanted) {
-    const std::size_t last = mOrder.size() - 1;
-    if (++mMoves > kFewMoves + last / 16) {
-        mMoves = 0;
-        for (std::size_t i = 0; i <= last; ++i) block(mOrder[i]).place = static_cast<Index>(i);
-    }
-    const auto seen = std::min(static_cast<std::size_t>(block(wanted).place), last);
-    for (std::size_t away = 0;; ++away) {
-        if (away <= seen && mOrder[seen - away] == wanted) return seen - away;
-        if (away <= last - seen && mOrder[seen + away] == wanted) return seen + away;
-    }
-}
-
-// The upper half of a full block becomes a block of its own.
-void ActiveChains::split(Index full) {
-    const std::size_t place = positionOf(full);
-    Index fresh = static_cast<Index>(mBlocks.size());
-    if (mFreeBlocks.empty()) {
-        mBlocks.emplace_back();
-    } else {
-        fresh = mFreeBlocks.back();
-        mFreeBlocks.pop_back();
-    }
-    mOrder.insert(mOrder.begin() + static_cast<std::ptrdiff_t>(place) + 1, fresh);
-    Block& from = block(full);
-    Block& to = block(fresh);
-    from.place = static_cast<Index>(place);
-    to.place = from.place + 1;
-    from.count = kMost / 2;
-    to.count = kMost - kMost / 2;
-    for (Index i = 0; i < to.count; ++i) {
-        to.chains[i] = from.chains[from.count + i];
-        (*this)[to.chains[i]].block = fresh;
-    }
-}
-
-void ActiveChains::dropBlock(Index empty) {
-    mOrder.erase(mOrder.begin() + static_cast<std::ptrdiff_t>(positionOf(empty)));
-    mFreeBlocks.push_back(empty);
 }
 
 }  // namespace Vaskel::Intersect

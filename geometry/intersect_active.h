@@ -3,6 +3,8 @@
 #ifndef GEOMETRY_INTERSECT_ACTIVE_H
 #define GEOMETRY_INTERSECT_ACTIVE_H
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -24,32 +26,46 @@ struct alignas(64) ActiveChain {
     Index upperPoint;  // the points at which these end
     Index lowerPoint;
     Index above, below;
-    Index block;
-    Index step;  // 1 or -1: the way to the right through the points
+    Index place;  // in the row, or kNone
+    Index step;   // 1 or -1: the way to the right through the points
 };
 
-/// A list of chains, in blocks, so that a place is found by halving: first
-/// among the blocks, then within one.
+/// A list of chains. Most places are found by steps from a chain nearby; for the
+/// others every few chains stand in a row as well, among which a place is found
+/// by halving. The row is put in order anew when searches have taken as many steps
+/// beside it as that takes.
 class ActiveChains {
  public:
     static constexpr Index kBottom = 0, kTop = 1;  // beyond all coordinates
 
-    explicit ActiveChains(const std::vector<PackedPlace>& points);
+    /// Expects most chains at a time, and finds room for more.
+    ActiveChains(const std::vector<PackedPlace>& points, std::size_t most);
 
     ActiveChain& operator[](Index chain) { return mChains[static_cast<std::size_t>(chain)]; }
 
-    /// Asks for the memory of a chain, or of its neighbours and its block.
-    [[gnu::always_inline]] void fetch(Index chain) { __builtin_prefetch(&(*this)[chain]); }
-    [[gnu::always_inline]] void fetchAround(Index chain) {
-        const ActiveChain& c = (*this)[chain];
-        if (c.above >= 0) fetch(c.above);
-        if (c.below >= 0) fetch(c.below);
-        __builtin_prefetch(&block(c.block));
+    /// Asks for the memory of a chain, of its neighbours, and of theirs.
+    [[gnu::always_inline]] void fetch(Index chain) {
+        if (chain >= 0) __builtin_prefetch(&(*this)[chain]);
+    }
+    [[gnu::always_inline]] void fetchNext(Index chain) {
+        if (chain < 0) return;
+        fetch((*this)[chain].above);
+        fetch((*this)[chain].below);
+    }
+    [[gnu::always_inline]] void fetchSecond(Index chain) {
+        if (chain < 0) return;
+        const Index above = (*this)[chain].above, below = (*this)[chain].below;
+        if (above >= 0) fetch((*this)[above].above);
+        if (below >= 0) fetch((*this)[below].below);
     }
 
     /// Compares a chain with the one above it as far as p: every vertex of the
     /// two before p. False unless each lies strictly on its side of the other.
-    bool advance(Index lower, Index upper, PackedPlace p);
+    bool advance(Index lower, Index upper, PackedPlace p) {
+        ActiveChain& a = (*this)[lower];
+        ActiveChain& b = (*this)[upper];
+        return std::min(a.upper.right, b.lower.right) >= p || follow(a, b, p);
+    }
 
     /// The last chain that p lies above, looking from the chain near if that is
     /// active (not below 0). kNone when chains come in no order.
@@ -61,29 +77,22 @@ class ActiveChains {
     void erase(Index chain);
 
  private:
-    static constexpr Index kMost = 62;
-    struct Block {
-        Index count = 0;
-        Index place = 0;  // near its position in mOrder
-        Index chains[kMost];
-    };
-
+    bool follow(ActiveChain& lower, ActiveChain& upper, PackedPlace p) const;
     bool isBelow(Index chain, PackedPlace p);
     Index findBelow(PackedPlace p);
+    void addToRow(Index chain, std::size_t place);
+    void putInOrder();
+    void setPlace(Index chain, std::size_t place) {
+        mRow[place] = chain;
+        (*this)[chain].place = static_cast<Index>(place);
+    }
     Index allocate();
-    std::size_t positionOf(Index block);
-    void split(Index block);
-    void dropBlock(Index block);
-    Block& block(Index i) { return mBlocks[static_cast<std::size_t>(i)]; }
-    const Block& block(Index i) const { return mBlocks[static_cast<std::size_t>(i)]; }
 
     const std::vector<PackedPlace>& mPoints;
     std::vector<ActiveChain> mChains;
     std::vector<Index> mFreeChains;
-    std::vector<Block> mBlocks;
-    std::vector<Index> mFreeBlocks;
-    std::vector<Index> mOrder;  // blocks from bottom to top
-    std::size_t mMoves = 0;     // changes of mOrder since all places were true
+    std::vector<Index> mRow;  // from bottom to top; kNone where nothing stands
+    std::size_t mSteps = 0;   // beside the row, since it was put in order
     bool mInOrder = true;
 };
 

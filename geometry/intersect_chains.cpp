@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <utility>
 
 namespace Vaskel::Intersect {
 namespace {
@@ -18,39 +19,46 @@ bool isWithinLimit(PackedPlace p) {
     return xFits && yFits;
 }
 
-struct Item {
-    std::uint32_t key;
-    Index turn;
-};
-
+constexpr int kKeyBits = 27;                 // of a difference of coordinates
 constexpr std::size_t kWorthCounting = 256;  // below, comparing is faster
 
-// Sorts by the lowest bits of the keys, in passes of up to 11 of them.
-void sortByKey(Item* items, Item* other, std::size_t count, int bits) {
-    const auto less = [](const Item& a, const Item& b) { return a.key < b.key; };
+// Sorts by keys of so many bits, in passes of up to 11 of them; returns where
+// the sorted events are.
+Event* sortByKey(Event* events, Event* other, std::size_t count, int bits) {
     if (count < kWorthCounting) {
-        std::sort(items, items + count, less);
-        return;
+        std::sort(events, events + count,
+                  [](const Event& a, const Event& b) { return a.key < b.key; });
+        return events;
     }
-    constexpr int kMostBits = 11;
+    constexpr int kMostBits = 11, kMostPasses = 3;
+    static_assert(kKeyBits <= kMostBits * kMostPasses);
     const int passes = (bits + kMostBits - 1) / kMostBits;
-    Item* from = items;
-    Item* to = other;
+    struct Digit {
+        int low = 0;             // its lowest bit
+        std::uint32_t mask = 0;  // of the digit shifted there
+        std::uint32_t of(const Event& event) const { return event.key >> low & mask; }
+    };
+    std::array<Digit, kMostPasses> digits;
     for (int pass = 0; pass < passes; ++pass) {
         const int low = bits * pass / passes, high = bits * (pass + 1) / passes;
-        const std::uint32_t mask = (std::uint32_t{1} << (high - low)) - 1;
-        std::array<std::uint32_t, std::size_t{1} << kMostBits> starts{};
-        for (std::size_t i = 0; i < count; ++i) ++starts[from[i].key >> low & mask];
-        std::uint32_t sum = 0;
-        for (std::uint32_t digit = 0; digit <= mask; ++digit) {
-            const std::uint32_t size = starts[digit];
-            starts[digit] = sum;
-            sum += size;
-        }
-        for (std::size_t i = 0; i < count; ++i) to[starts[from[i].key >> low & mask]++] = from[i];
-        std::swap(from, to);
+        digits[static_cast<std::size_t>(pass)] = {low, (std::uint32_t{1} << (high - low)) - 1};
     }
-    if (from != items) std::copy(from, from + count, items);
+    std::array<std::array<std::uint32_t, std::size_t{1} << kMostBits>, kMostPasses> starts{};
+    const auto [first, second, third] = digits;
+    for (std::size_t i = 0; i < count; ++i) {
+        ++starts[0][first.of(events[i])];
+        ++starts[1][second.of(events[i])];
+        ++starts[2][third.of(events[i])];
+    }
+    for (std::size_t pass = 0; pass < static_cast<std::size_t>(passes); ++pass) {
+        const Digit digit = digits[pass];
+        auto& at = starts[pass];
+        std::uint32_t sum = 0;
+        for (std::uint32_t i = 0; i <= digit.mask; ++i) sum += std::exchange(at[i], sum);
+        for (std::size_t i = 0; i < count; ++i) other[at[digit.of(events[i])]++] = events[i];
+        std::swap(events, other);
+    }
+    return events;
 }
 
 }  // namespace
@@ -72,20 +80,20 @@ bool MonotoneChains::addContour(const PackedPlace* walked, Index count, bool clo
     const PackedPlace* const p = points.data() + base;
     const auto offset = static_cast<Index>(base);
     const Index firstTurn = mTurnCount;
-    turns[static_cast<std::size_t>(mTurnCount++)] = {
+    mTurns[static_cast<std::size_t>(mTurnCount++)] = {
         offset, closed ? Turn::kFirstClosed : Turn::kFirstOpen};
     bool sound = isWithinLimit(p[0]) && isWithinLimit(p[total - 1]) && p[1] != p[0];
     bool rises = p[1] > p[0];
     for (Index i = 1; i + 1 < total; ++i) {
         const bool risesNext = p[i + 1] > p[i];
         if (!isWithinLimit(p[i]) || p[i + 1] == p[i]) sound = false;
-        turns[static_cast<std::size_t>(mTurnCount)] = {offset + i, Turn::kInner};
+        mTurns[static_cast<std::size_t>(mTurnCount)] = {offset + i, Turn::kInner};
         mTurnCount += rises != risesNext ? 1 : 0;
         rises = risesNext;
     }
     if (closed) mRings.push_back({firstTurn, mTurnCount});
-    turns[static_cast<std::size_t>(mTurnCount++)] = {offset + total - 1,
-                                                     closed ? Turn::kLastClosed : Turn::kLastOpen};
+    mTurns[static_cast<std::size_t>(mTurnCount++)] = {offset + total - 1,
+                                                      closed ? Turn::kLastClosed : Turn::kLastOpen};
     return sound;
 }
 
@@ -93,21 +101,21 @@ bool MonotoneChains::build(const WalkedOutline& outline) {
     const std::size_t most = outline.points.size() + outline.contours.size() + 1;
     points.clear();
     points.reserve(most);
-    turns.resize(most + 1);  // each point may be written as one before that is known
+    // Each point may be written as a turn before it is known whether it is one.
+    mTurns = std::make_unique_for_overwrite<Turn[]>(most + 1);
     mRings.clear();
     mTurnCount = 0;
     for (const WalkedContour& contour : outline.contours)
         if (!addContour(outline.points.data() + contour.begin, contour.end - contour.begin,
                         contour.closed))
             return false;
-    turns.resize(static_cast<std::size_t>(mTurnCount));
+    turns = {mTurns.get(), static_cast<std::size_t>(mTurnCount)};
     sortEvents();
     return true;
 }
 
 // By x, and then those of equal x by y.
 void MonotoneChains::sortEvents() {
-    std::vector<Item> items(turns.size());
     std::int32_t minX = kLimit, minY = kLimit;
     for (const Turn& turn : turns) {
         const PackedPlace p = points[static_cast<std::size_t>(turn.point)];
@@ -117,29 +125,31 @@ void MonotoneChains::sortEvents() {
     const auto place = [&](Index turn) {
         return points[static_cast<std::size_t>(turns[static_cast<std::size_t>(turn)].point)];
     };
+    mEvents = std::make_unique_for_overwrite<Event[]>(turns.size());
     std::size_t count = 0;
     std::uint32_t all = 0;
     for (Index i = 0; i < mTurnCount; ++i) {
         const auto key = static_cast<std::uint32_t>(xOf(place(i)) - minX);
-        items[count] = {key, i};
+        mEvents[count] = {key, i};
         all |= key;
         count += turns[static_cast<std::size_t>(i)].kind != Turn::kLastClosed ? 1u : 0u;
     }
-    std::vector<Item> other(count >= kWorthCounting ? count : 0);
-    sortByKey(items.data(), other.data(), count, static_cast<int>(std::bit_width(all)));
+    auto other = std::make_unique_for_overwrite<Event[]>(count);
+    const auto bits = [&] { return static_cast<int>(std::bit_width(all)); };
+    if (sortByKey(mEvents.get(), other.get(), count, bits()) == other.get()) mEvents.swap(other);
     for (std::size_t begin = 0, end; begin < count; begin = end) {
-        for (end = begin + 1; end < count && items[end].key == items[begin].key;) ++end;
+        for (end = begin + 1; end < count && mEvents[end].key == mEvents[begin].key;) ++end;
         if (end == begin + 1) continue;
         all = 0;
         for (std::size_t i = begin; i < end; ++i) {
-            items[i].key = static_cast<std::uint32_t>(yOf(place(items[i].turn)) - minY);
-            all |= items[i].key;
+            mEvents[i].key = static_cast<std::uint32_t>(yOf(place(mEvents[i].turn)) - minY);
+            all |= mEvents[i].key;
         }
-        sortByKey(items.data() + begin, other.data(), end - begin,
-                  static_cast<int>(std::bit_width(all)));
+        Event* const run = mEvents.get() + begin;
+        Event* const sorted = sortByKey(run, other.get(), end - begin, bits());
+        if (sorted != run) std::copy(sorted, sorted + (end - begin), run);
     }
-    events.resize(count);
-    for (std::size_t i = 0; i < count; ++i) events[i] = items[i].turn;
+    events = {mEvents.get(), count};
 }
 
 Index MonotoneChains::lastTurnOf(Index first) const {

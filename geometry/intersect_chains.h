@@ -5,6 +5,8 @@
 #define GEOMETRY_INTERSECT_CHAINS_H
 
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <vector>
 
 #include "geometry/intersect_outline.h"
@@ -24,6 +26,12 @@ struct Turn {
     Kind kind;
 };
 
+/// The sweep comes to a turn.
+struct Event {
+    std::uint32_t key;  // of the last pass of sorting
+    Index turn;
+};
+
 /// Chains are the stretches of points between turns: chain i, in walk order,
 /// from turns[i] to turns[i + 1] of one contour, rises or falls in sweep order
 /// all the way.
@@ -36,9 +44,9 @@ class MonotoneChains {
     /// The contours' points in walk order, each contour from a turn on; that of
     /// a closed one stands at both ends.
     std::vector<PackedPlace> points;
-    std::vector<Turn> turns;
+    std::span<const Turn> turns;
     /// The turns in sweep order, kLastClosed ones left out.
-    std::vector<Index> events;
+    std::span<const Event> events;
 
     /// For a turn of kind kFirstClosed, the kLastClosed one of its contour.
     Index lastTurnOf(Index first) const;
@@ -51,6 +59,9 @@ class MonotoneChains {
     bool addContour(const PackedPlace* walked, Index count, bool closed);
     void sortEvents();
 
+    // Without first values: of memory that is not used nothing is touched.
+    std::unique_ptr<Turn[]> mTurns;
+    std::unique_ptr<Event[]> mEvents;
     std::vector<Ring> mRings;
     Index mTurnCount = 0;
 };

@@ -24,8 +24,18 @@
 
 #include "geometry/intersect_simple.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <span>
+
 #include "geometry/intersect_active.h"
 #include "geometry/intersect_chains.h"
+
+#if defined(__x86_64__)
+#include <emmintrin.h>
+#endif
 
 namespace Vaskel::Intersect {
 namespace {
@@ -33,7 +43,11 @@ namespace {
 class Proof {
  public:
     explicit Proof(const MonotoneChains& chains)
-        : mChains(chains), mActive(chains.points), mActiveOf(chains.turns.size(), kNone) {}
+        : mChains(chains),
+          mActive(chains.points, chains.turns.size() / 2),
+          mActiveOf(chains.turns.size() + 2 * kMargin, kNone) {
+        mAhead.fill(kNone);
+    }
 
     bool succeeds();
 
@@ -46,19 +60,25 @@ class Proof {
 
     const Turn& turn(Index i) const { return mChains.turns[static_cast<std::size_t>(i)]; }
     PackedPlace point(Index i) const { return mChains.points[static_cast<std::size_t>(i)]; }
-    Index& activeOf(Index chain) { return mActiveOf[static_cast<std::size_t>(chain)]; }
+    Index& activeOf(Index chain) { return mActiveOf[static_cast<std::size_t>(chain + kMargin)]; }
 
     Ways waysAt(Index turn) const;
-    Index activeNear(Index turn);
+    Index activeNear(Index turn, Index& eights);
     Index activeAt(Index turn);
     bool enter(Index turn, PackedPlace p, const Ways& ways);
     bool leave(PackedPlace p, const Ways& ways);
     // Inlined always: compilers drop calls of functions that only ask for memory.
     [[gnu::always_inline]] void fetchAhead(std::size_t event);
 
+    static constexpr Index kMargin = 9;
+    static constexpr Index kEightsEach = 4;  // for each turn at which the sweep enters
+    static constexpr std::size_t kStage = 6, kAhead = 16;  // events
+
     const MonotoneChains& mChains;
     ActiveChains mActive;
-    std::vector<Index> mActiveOf;  // by chain; kNone where not active
+    std::vector<Index> mActiveOf;      // by chain; kNone where not active and beyond both ends
+    Index mEights = 0;                 // that may still be looked at
+    std::array<Index, kAhead> mAhead;  // chains asked for, by event
 };
 
 Proof::Ways Proof::waysAt(Index i) const {
@@ -79,20 +99,50 @@ Proof::Ways Proof::waysAt(Index i) const {
     return ways;
 }
 
+// Bits 0 to 7 for the chains at before, and 8 to 15 for those at after, that are
+// active.
+std::uint32_t activeAmong(const Index* before, const Index* after) {
+#if defined(__x86_64__)
+    static_assert(kNone < 0 && sizeof(Index) == 4);
+    const auto four = [](const Index* chains) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(chains));
+    };
+    const __m128i idle = _mm_packs_epi16(_mm_packs_epi32(four(before), four(before + 4)),
+                                         _mm_packs_epi32(four(after), four(after + 4)));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(idle)) ^ 0xFFFF;
+#else
+    std::uint32_t active = 0;
+    for (int k = 0; k < 8; ++k)
+        active |= (before[k] >= 0 ? 1u : 0u) << k | (after[k] >= 0 ? 0x100u : 0u) << k;
+    return active;
+#endif
+}
+
 // Where the sweep enters at a turn, chains that lie near in walk order may be
-// active already and near in the plane: the nearest of them.
-Index Proof::activeNear(Index i) {
-    constexpr Index kFarthest = 8;
-    const auto end = static_cast<Index>(mActiveOf.size());
-    for (Index away = 1; away <= kFarthest; ++away) {
-        if (i + away < end && activeOf(i + away) != kNone) return activeOf(i + away);
-        if (i - 1 - away >= 0 && activeOf(i - 1 - away) != kNone) return activeOf(i - 1 - away);
+// active already and near in the plane: the nearest of them. Which that is cannot
+// be guessed, so that among eight on each side it is found without a branch; the
+// next eight are looked at as long as any are left of so many.
+Index Proof::activeNear(Index i, Index& eights) {
+    const Index* const first = mActiveOf.data();
+    const Index* const last = first + mActiveOf.size() - 8;
+    const Index* before = &activeOf(i - 1);
+    const Index* after = &activeOf(i + 1);
+    for (; eights > 0; after = std::min(after + 8, last)) {
+        before = before - first > 8 ? before - 8 : first;
+        --eights;
+        if (const std::uint32_t active = activeAmong(before, after)) {
+            const int up = std::countr_zero(active >> 8 | 0x100);
+            const int down = std::countl_zero(active << 24 | 0x800000);
+            return up <= down ? after[up] : before[7 - down];
+        }
+        if (before == first && after == last) break;
     }
     return kNone;
 }
 
 bool Proof::enter(Index i, PackedPlace p, const Ways& ways) {
-    const Index below = mActive.chainBelow(p, activeNear(i));
+    mEights += kEightsEach;
+    const Index below = mActive.chainBelow(p, activeNear(i, mEights));
     if (below == kNone) return false;
     const Index above = mActive[below].above;
     if (above == kNone || !mActive.advance(below, above, p)) return false;
@@ -134,34 +184,33 @@ bool Proof::leave(PackedPlace p, const Ways& ways) {
 }
 
 // The chain with which the event at a turn has to do.
-Index Proof::activeAt(Index i) { return activeOf(i) != kNone ? activeOf(i) : activeNear(i); }
+Index Proof::activeAt(Index i) {
+    Index eights = 2;
+    return activeOf(i) != kNone ? activeOf(i) : activeNear(i, eights);
+}
 
 // What an event needs lies scattered in memory, each piece named by the one
 // before: asked for some events ahead, so that it is there when its turn comes.
 inline void Proof::fetchAhead(std::size_t event) {
-    constexpr std::size_t kStage = 6;
-    const std::vector<Index>& events = mChains.events;
-    if (event + 4 * kStage < events.size()) __builtin_prefetch(&turn(events[event + 4 * kStage]));
-    if (event + 3 * kStage < events.size()) {
-        const Index i = events[event + 3 * kStage];
-        __builtin_prefetch(&mChains.points[static_cast<std::size_t>(turn(i).point)]);
-        __builtin_prefetch(&activeOf(i));
-    }
-    if (event + 2 * kStage < events.size()) {
-        const Index active = activeAt(events[event + 2 * kStage]);
-        if (active != kNone) mActive.fetch(active);
-    }
-    if (event + kStage < events.size()) {
-        const Index active = activeAt(events[event + kStage]);
-        if (active != kNone) mActive.fetchAround(active);
-    }
+    const std::span<const Event> events = mChains.events;
+    if (event + 4 * kStage >= events.size()) return;
+    __builtin_prefetch(&turn(events[event + 4 * kStage].turn));
+    const Index i = events[event + 3 * kStage].turn;
+    __builtin_prefetch(&mChains.points[static_cast<std::size_t>(turn(i).point)]);
+    __builtin_prefetch(&activeOf(i));
+    // The chain may be another one by then, which costs nothing but time.
+    const Index active = activeAt(events[event + 2 * kStage].turn);
+    mAhead[(event + 2 * kStage) % kAhead] = active;
+    mActive.fetch(active);
+    mActive.fetchNext(mAhead[(event + kStage) % kAhead]);
+    mActive.fetchSecond(mAhead[(event + kStage / 2) % kAhead]);
 }
 
 bool Proof::succeeds() {
     PackedPlace last = 0;
     for (std::size_t event = 0; event < mChains.events.size(); ++event) {
         fetchAhead(event);
-        const Index i = mChains.events[event];
+        const Index i = mChains.events[event].turn;
         const PackedPlace p = point(turn(i).point);
         // One that is left where another one begins would never be compared.
         if (p == last && event > 0) return false;
@@ -173,16 +222,11 @@ bool Proof::succeeds() {
     return true;
 }
 
-// Blocks of chains stand in one row, into which new ones are put: of so many
-// chains at a time that this is no longer quick, nothing is said.
-constexpr std::size_t kMostTurns = std::size_t{1} << 23;
-
 }  // namespace
 
 bool isSurelySimple(const WalkedOutline& outline) {
     MonotoneChains chains;
-    if (!chains.build(outline) || chains.turns.size() > kMostTurns) return false;
-    return Proof(chains).succeeds();
+    return chains.build(outline) && Proof(chains).succeeds();
 }
 
 }  // namespace Vaskel::Intersect
