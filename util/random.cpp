@@ -66,8 +66,9 @@ constexpr char toByte(std::uint32_t word) {
 // One word, the rule itself.
 std::uint32_t generateOne(std::uint32_t (&ring)[kRingSize], std::int32_t* index) {
     const std::uint32_t previous = ring[*index];
-    *index = *index < kRingSize - 1 ? *index + 1 : 0;
-    return ring[*index] = (ring[*index] + previous) & kWordMask;
+    const std::uint32_t next = (static_cast<std::uint32_t>(*index) + 1) % kRingSize;
+    *index = static_cast<std::int32_t>(next);
+    return ring[next] = (ring[next] + previous) & kWordMask;
 }
 
 using Words = std::uint32_t __attribute__((vector_size(16)));
