@@ -40,11 +40,6 @@ bool KeptLines::keep(const unsigned char* line, int channels, double weight) {
         mChannels = channels;
         for (std::size_t i = 0; i < mMost; ++i) mPlaces[i] = &mBytes[i * stride];
     }
-    const auto at = reinterpret_cast<std::uintptr_t>(line);
-    const std::uintptr_t step = at - mLastAt;
-    mStep = step == mLastStep ? step : 0;
-    mLastStep = step;
-    mLastAt = at;
     unsigned char* const to = mPlaces[mLines.size()];
     std::memcpy(to, line, bytes);
     mLines.push_back({to, weight});

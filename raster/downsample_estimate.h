@@ -39,13 +39,6 @@ class KeptLines {
     const std::vector<Line>& lines() const { return mLines; }
     int channels() const { return mChannels; }
 
-    /// Where the caller's next line will be if lines go on as the last three lay,
-    /// and the way from one to the next; a way of 0 if they did not lie evenly.
-    struct Ahead {
-        std::uintptr_t line, step;
-    };
-    Ahead ahead() const { return {mLastAt + mStep, mStep}; }
-
     static constexpr std::size_t kBehind = 32;
     static constexpr std::size_t kMostLines = 64;
     static constexpr std::size_t kMostPixels = 64;  // of a cell's own
@@ -59,7 +52,6 @@ class KeptLines {
     std::unique_ptr<unsigned char[]> mBytes;
     std::vector<unsigned char*> mPlaces;  // of mMost lines, those of mLines first
     std::vector<Line> mLines;
-    std::uintptr_t mLastAt = 0, mLastStep = 0, mStep = 0;
 };
 
 /// An estimated sum by area lies within slack of the rule's one.
@@ -73,8 +65,8 @@ MeanBounds meanBounds(const DownsampleCells& cells, const KeptLines& kept, doubl
 struct EstimateForm {
     /// Of the first count cells. Each sum is rounded to single precision at most
     /// as often as a cell has pixels and kRoundings more times.
-    void (*sums)(const DownsampleCells& cells, const KeptLines& kept, std::size_t count,
-                 float* sums);
+    void (*sums)(const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
+                 std::size_t count, float* sums);
     /// The bytes of the means that are certain; the places of the others are
     /// added to open, as far as it has room.
     void (*means)(const MeanBounds& bounds, const float* sums, std::size_t count,

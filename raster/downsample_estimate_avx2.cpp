@@ -31,9 +31,9 @@ struct Lines {
         float weight;
     } parts[KeptLines::kMostParts];
     std::size_t count;
-    KeptLines::Ahead ahead;
+    LinesAhead ahead;
 
-    explicit Lines(const KeptLines& kept) : count(kept.lines().size()), ahead(kept.ahead()) {
+    Lines(const KeptLines& kept, const LinesAhead& next) : count(kept.lines().size()), ahead(next) {
         Part* part = parts;
         for (Part& none : parts) none = {kept.lines().front().bytes, 0};
         for (const KeptLines::Line& line : kept.lines()) {
@@ -45,12 +45,11 @@ struct Lines {
     }
 
     // Has the caller's next lines fetched meanwhile, from the byte at place on.
-    // That never faults, wherever they may be.
     VASKEL_AVX2_INLINE void fetch(std::size_t place) const {
         constexpr std::size_t kCacheLine = 64;
-        if (ahead.step == 0 || place % kCacheLine >= 32) return;
+        if (ahead.step() == 0 || place % kCacheLine >= 32) return;
         for (std::size_t i = 0; i < count; ++i)
-            _mm_prefetch(reinterpret_cast<const char*>(ahead.line + i * ahead.step + place),
+            _mm_prefetch(reinterpret_cast<const char*>(ahead.next() + i * ahead.step() + place),
                          _MM_HINT_T1);
     }
 };
@@ -177,9 +176,9 @@ VASKEL_AVX2 void estimate(const DownsampleCells& cells, const Lines& lines, std:
     }
 }
 
-VASKEL_AVX2 void sums(const DownsampleCells& cells, const KeptLines& kept, std::size_t count,
-                      float* to) {
-    const Lines lines(kept);
+VASKEL_AVX2 void sums(const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
+                      std::size_t count, float* to) {
+    const Lines lines(kept, ahead);
     kept.channels() == 4 ? estimate<4>(cells, lines, count, to)
                          : estimate<1>(cells, lines, count, to);
 }

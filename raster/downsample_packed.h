@@ -64,6 +64,7 @@ struct PackedLine {
     const unsigned char* bytes;  // channels of a pixel side by side
     int channels;                // 4, or 1 where the rule has cells of bytes
     unsigned weight;             // in units; packs() bounds those of an area together
+    std::uintptr_t step;         // from this line to the next one, if known: LinesAhead
 };
 
 /// A way to do the work, on channels sums for each cell. Integers: all give the

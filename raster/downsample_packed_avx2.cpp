@@ -4,8 +4,9 @@
 //
 // A line is taken in four parts side by side: most of the time goes into waiting
 // for memory, and a CPU fetches several pages ahead, each by itself. It is told
-// what comes next besides, since it does not look beyond the page's end. Telling
-// it never faults, also where the line ends.
+// what comes next besides, since it does not look beyond the page's end: the
+// next line if it is known where that lies. Telling it never faults, also where
+// the line ends.
 
 #if defined(__x86_64__)
 
@@ -21,7 +22,18 @@
 namespace Vaskel {
 namespace {
 
-constexpr std::size_t kAhead = 1024;  // bytes
+VASKEL_AVX2_INLINE std::uintptr_t bytesAhead(const PackedLine& line) {
+    return line.step != 0 ? line.step : 1024;
+}
+
+// count bytes of what comes next.
+VASKEL_AVX2_INLINE void fetch(const unsigned char* from, std::uintptr_t ahead, std::size_t count) {
+    constexpr std::size_t kCacheLine = 64;
+    for (std::size_t i = 0; i < count; i += kCacheLine)
+        _mm_prefetch(
+            reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from) + ahead) + i,
+            _MM_HINT_T1);
+}
 
 VASKEL_AVX2_INLINE __m256i load32(const void* from) {
     return _mm256_loadu_si256(static_cast<const __m256i*>(from));
@@ -110,9 +122,10 @@ VASKEL_AVX2 std::size_t wholeCells(const DownsampleCells& cells, const PackedRul
     const __m256i multiplier = _mm256_set1_epi16(static_cast<short>(rule.multiplier));
     const __m128i shift = _mm_cvtsi32_si128(rule.shift);
     const std::size_t period = pattern.period, bytes = 4 * pattern.pixels;
+    const std::uintptr_t ahead = bytesAhead(line);
     const auto takePeriod = [&](const unsigned char* from, std::size_t place)
         __attribute__((target("avx2"), always_inline)) {
-        _mm_prefetch(from + kAhead, _MM_HINT_T0);
+        fetch(from, ahead, bytes);
         for (std::size_t k = 0; k < period; k += 4, place += 16) {
             __m256i four = _mm256_mullo_epi16(Shape::sums(rule, pattern, from, k), weight);
             if constexpr (kStep != PackedStep::kBegin)
@@ -157,13 +170,14 @@ VASKEL_AVX2 std::size_t wholeBytes(const DownsampleCells& cells, const PackedRul
     const __m128i half = _mm_set1_epi16(static_cast<short>(rule.half));
     const __m128i multiplier = _mm_set1_epi16(static_cast<short>(rule.multiplier));
     const __m128i shift = _mm_cvtsi32_si128(rule.shift);
+    const std::uintptr_t ahead = bytesAhead(line);
     const ByteCells* const begin = rule.bytes.data();
     const ByteCells* const end = begin + rule.bytes.size();
     const unsigned char* from = line.bytes;
     std::size_t place = 0;
     for (std::size_t i = 0; i < periods; ++i, from += pixels)
         for (const ByteCells* eight = begin; eight != end; ++eight, place += 8) {
-            _mm_prefetch(from + eight->starts[0] + kAhead, _MM_HINT_T0);
+            fetch(from + eight->starts[0], ahead, 1);
             const __m256i bytes =
                 _mm256_inserti128_si256(_mm256_castsi128_si256(load16(from + eight->starts[0])),
                                         load16(from + eight->starts[1]), 1);

@@ -23,18 +23,27 @@ VASKEL_AVX2_INLINE void eightPixels(const std::uint32_t* sources, const unsigned
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), eight);
 }
 
+// Telling the CPU what comes next never faults, wherever that may be.
+VASKEL_AVX2_INLINE void fetch(const unsigned char* from, std::uintptr_t ahead) {
+    _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from) + ahead),
+                 _MM_HINT_T1);
+}
+
 // A line is taken in four parts side by side: most of the time goes into
 // waiting for memory, and a CPU fetches several pages ahead, each by itself.
 VASKEL_AVX2 void pixels(const DownsamplePicks& picks, const unsigned char* line,
-                        unsigned char* out) {
+                        std::uintptr_t ahead, unsigned char* out) {
     // Gathers take signed places.
-    if (picks.width > INT_MAX) return kPickTable.pixels(picks, line, out);
+    if (picks.width > INT_MAX) return kPickTable.pixels(picks, line, ahead, out);
     const std::uint32_t* const sources = picks.sources.data();
     const std::size_t n = picks.count;
     const std::size_t part = n / 32 * 8;
     for (std::size_t j = 0; j < part; j += 8)
-        for (std::size_t k = j; k < 4 * part; k += part)
+        for (std::size_t k = j; k < 4 * part; k += part) {
+            fetch(line + std::size_t{4} * sources[k], ahead);
+            fetch(line + std::size_t{4} * sources[k + 4], ahead);
             eightPixels(sources + k, line, out + 4 * k);
+        }
     std::size_t j = 4 * part;
     for (; j + 8 <= n; j += 8) eightPixels(sources + j, line, out + 4 * j);
     for (; j < n; ++j) std::memcpy(out + 4 * j, line + std::size_t{4} * sources[j], 4);
@@ -43,13 +52,14 @@ VASKEL_AVX2 void pixels(const DownsamplePicks& picks, const unsigned char* line,
 // A block's picks are written with whatever comes behind them, which the next
 // block's picks overwrite. Picks ascend, and places hold a block's in order.
 VASKEL_AVX2 void bytes(const DownsamplePicks& picks, const unsigned char* line,
-                       unsigned char* out) {
+                       std::uintptr_t ahead, unsigned char* out) {
     constexpr std::size_t kBlock = DownsamplePicks::kBlock;
     static_assert(kBlock <= kPickRoom);
     const unsigned char* const places = picks.places.data();
     const std::size_t blocks = picks.taken.size();
     std::size_t done = 0;
     for (std::size_t block = 0; block < blocks; ++block) {
+        fetch(line + kBlock * block, ahead);
         const auto at = [&](const unsigned char* from) __attribute__((target("avx2"))) {
             return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + kBlock * block));
         };

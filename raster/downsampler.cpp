@@ -49,6 +49,8 @@ struct DownsampleSums {
     enum { kNone, kPacked, kFloats } held = kNone;
     int packedChannels = 0;  // of the lines that are packed
 
+    LinesAhead ahead;
+
     // Lines that nobody has asked the sums of yet: values are all 0 then.
     KeptLines kept;
     std::vector<float> estimates;
@@ -133,7 +135,8 @@ struct DownsamplerInside {
 
     static PackedLine packedLine(const DownsampleSums& sums, const unsigned char* line,
                                  int channels, double weight) {
-        return {line, channels, static_cast<unsigned>(weight * sums.rule.unitsY)};
+        return {line, channels, static_cast<unsigned>(weight * sums.rule.unitsY),
+                sums.ahead.step()};
     }
 
     // Keeps the line for later, where lines are inexact and sums are not begun.
@@ -192,7 +195,7 @@ struct DownsamplerInside {
         const std::size_t n = outputWidth(d),
                           channels = static_cast<std::size_t>(sums.kept.channels());
         const MeanBounds bounds = meanBounds(*d.mCells, sums.kept, d.mFactorX * d.mFactorY);
-        form.sums(*d.mCells, sums.kept, n, sums.estimates.data());
+        form.sums(*d.mCells, sums.kept, sums.ahead, n, sums.estimates.data());
         sums.open.clear();
         form.means(bounds, sums.estimates.data(), n * channels, d.mLine.get(), sums.open);
         if (sums.open.size() == sums.open.capacity()) return false;
@@ -227,15 +230,21 @@ struct DownsamplerInside {
         if (rest != 0) accumulate(d, line, channels, rest);
     }
 
+    // From this line, which completes an output line, to the next one that does.
+    static std::uintptr_t nextPicked(const downsampler& d) {
+        const double lines = std::ceil(2 * d.mFactorY - d.mRow);
+        return lines >= 1 && lines <= d.mHeight ? d.mSums->ahead.step() * asSize(lines) : 0;
+    }
+
     static void pickLine(downsampler& d, const unsigned int* line) {
         chosenPickForm().pixels(*d.mPicks, reinterpret_cast<const unsigned char*>(line),
-                                d.mLine.get());
+                                nextPicked(d), d.mLine.get());
         d.mColumn = d.mPicks->column;
     }
     // One-byte pixels come to stand in slots of four bytes.
     static void pickLine(downsampler& d, const unsigned char* line) {
         const PickForm& form = chosenPickForm();
-        form.bytes(*d.mPicks, line, d.mScratch.get());
+        form.bytes(*d.mPicks, line, nextPicked(d), d.mScratch.get());
         form.widen(d.mScratch.get(), d.mPicks->count, d.mLine.get());
         d.mColumn = d.mPicks->column;
     }
@@ -246,6 +255,7 @@ struct DownsamplerInside {
         constexpr int channels = sizeof(Pixel);
         const auto* bytes = reinterpret_cast<const unsigned char*>(line);
         d.mRow += 1;
+        d.mSums->ahead.took(line);
         if (!d.mFiltering) {
             if (d.mRow >= d.mFactorY) pickLine(d, line);
             return;
@@ -361,7 +371,7 @@ void downsampler::adjust(unsigned char* line) const { adjust(line, line); }
 void downsampler::adjust(const unsigned char* line, unsigned char* out) const {
     const std::size_t n = DownsamplerInside::outputWidth(*this);
     if (n == 0) return;
-    chosenPickForm().bytes(*mPicks, line, mScratch.get());
+    chosenPickForm().bytes(*mPicks, line, 0, mScratch.get());
     std::memcpy(out, mScratch.get(), n);
 }
 

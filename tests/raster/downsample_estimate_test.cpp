@@ -93,7 +93,7 @@ TEST_CASE("downsample estimate: sums by the rule are the plain form's, estimates
         for (const EstimateForm* form : estimateForms()) {
             GuardedBytes room(sizeof(float) * byRule.size());
             auto* const estimates = reinterpret_cast<float*>(room.data());
-            form->sums(image.cells, kept, image.n, estimates);
+            form->sums(image.cells, kept, LinesAhead(), image.n, estimates);
             for (std::size_t i = 0; i < byRule.size(); ++i) {
                 const double off = std::fabs(estimates[i] - byRule[i]) / image.area;
                 REQUIRE(off <= bounds.slack);
@@ -170,27 +170,6 @@ TEST_CASE("downsample estimate: lines are kept while they belong together") {
     const std::vector<unsigned char> large(524288);
     CHECK_FALSE(KeptLines(many, 3.3).keep(large.data(), 4, 1));
     CHECK(KeptLines(many, 3.3).keep(large.data(), 1, 1));
-}
-
-TEST_CASE("downsample estimate: where the next line will be follows from the last three") {
-    const DownsampleCells cells(10.0 / 3, 10);
-    const std::vector<unsigned char> image(400);
-    KeptLines kept(cells, 30.3);
-    struct Row {
-        const char* why;
-        int line, step;
-    };
-    for (const Row& row : {Row{"one", 0, 0}, Row{"two", 1, 0}, Row{"three", 2, 40},
-                           Row{"four", 3, 40}, Row{"a leap", 6, 0}, Row{"another way", 5, 0},
-                           Row{"upwards", 4, -40}, Row{"again", 4, 0}, Row{"and again", 4, 0}}) {
-        CAPTURE(row.why);
-        const unsigned char* const line = &image[static_cast<std::size_t>(40 * row.line)];
-        REQUIRE(kept.keep(line, 4, 1));
-        CHECK(static_cast<std::intptr_t>(kept.ahead().step) == row.step);
-        if (row.step != 0)
-            CHECK(kept.ahead().line ==
-                  reinterpret_cast<std::uintptr_t>(line) + static_cast<std::uintptr_t>(row.step));
-    }
 }
 
 // Two lines of v and v + 1 make means of v + 1/2 everywhere, about which only

@@ -59,9 +59,10 @@ DownsampleForm gRecording = {
     nullptr, nullptr};
 
 const EstimateForm kRecordingEstimate = {
-    [](const DownsampleCells& cells, const KeptLines& kept, std::size_t count, float* sums) {
+    [](const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
+       std::size_t count, float* sums) {
         gEstimatedLines += static_cast<int>(kept.lines().size());
-        gRecorded->estimate->sums(cells, kept, count, sums);
+        gRecorded->estimate->sums(cells, kept, ahead, count, sums);
     },
     [](const MeanBounds& bounds, const float* sums, std::size_t count, unsigned char* out,
        std::vector<std::uint32_t>& open) {

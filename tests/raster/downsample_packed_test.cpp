@@ -113,6 +113,8 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
         for (int line = 0; left > 0; ++line) {
             const unsigned weight = std::min(left, 1 + below(rule.unitsY));
             left -= weight;
+            // The next line may be said to lie anywhere, also where nothing is.
+            const std::uintptr_t step = line % 2 ? 0 : random() * std::uintptr_t{4099};
             GuardedBytes pixels(bytesPerPixel * width,
                                 round % 2 ? GuardedBytes::AtEnd : GuardedBytes::AtStart);
             for (std::size_t i = 0; i < pixels.size(); ++i)
@@ -127,13 +129,13 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
                     GuardedBytes got(count);
                     kDownsamplePlain.means({factor * factorY, false}, sums.data(), count,
                                            want.data());
-                    forms[form]->finish(cells, rule, {pixels.data(), channels, weight}, to,
+                    forms[form]->finish(cells, rule, {pixels.data(), channels, weight, step}, to,
                                         got.data());
                     REQUIRE(std::memcmp(got.data(), want.data(), count) == 0);
                     continue;
                 }
                 (line == 0 ? forms[form]->begin : forms[form]->add)(
-                    cells, rule, {pixels.data(), channels, weight}, to);
+                    cells, rule, {pixels.data(), channels, weight, step}, to);
                 bool same = true;
                 for (std::size_t i = 0; i < count; ++i)
                     same = same && static_cast<float>(to[i] * rule.unit) == sums[i];

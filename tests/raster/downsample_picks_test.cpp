@@ -16,6 +16,7 @@ using namespace Vaskel;
 namespace {
 
 constexpr unsigned kSeed = 2417;
+constexpr std::uintptr_t kNowhere = std::uintptr_t{1} << 40;  // behind a line
 
 struct ForcedPick {
     explicit ForcedPick(const PickForm* form) { forcePickForm(form); }
@@ -42,13 +43,13 @@ void checkForms(const DownsamplePicks& picks, std::mt19937& random) {
     fill(pixels, random);
     fill(bytes, random);
     GuardedBytes wantPixels(4 * n), wantBytes(n + kPickRoom);
-    kPickPlain.pixels(picks, pixels.data(), wantPixels.data());
-    kPickPlain.bytes(picks, bytes.data(), wantBytes.data());
+    kPickPlain.pixels(picks, pixels.data(), 0, wantPixels.data());
+    kPickPlain.bytes(picks, bytes.data(), 0, wantBytes.data());
     for (const PickForm* form : pickForms().subspan(1)) {
         CAPTURE(std::string(form->name));
         GuardedBytes gotPixels(4 * n), gotBytes(n + kPickRoom);
-        form->pixels(picks, pixels.data(), gotPixels.data());
-        form->bytes(picks, bytes.data(), gotBytes.data());
+        form->pixels(picks, pixels.data(), kNowhere, gotPixels.data());
+        form->bytes(picks, bytes.data(), kNowhere, gotBytes.data());
         REQUIRE(gotPixels == wantPixels);
         REQUIRE(std::memcmp(gotBytes.data(), wantBytes.data(), n) == 0);
         // There and back, from slots whose upper bytes count for nothing.
@@ -106,13 +107,15 @@ TEST_CASE("nearest pick: the forced form takes lines, bytes and adjusted lines")
     pixels = bytes = narrowed = 0;
     static const PickForm counting = {
         "counting",
-        [](const DownsamplePicks& picks, const unsigned char* line, unsigned char* out) {
+        [](const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
+           unsigned char* out) {
             ++pixels;
-            kPickPlain.pixels(picks, line, out);
+            kPickPlain.pixels(picks, line, ahead, out);
         },
-        [](const DownsamplePicks& picks, const unsigned char* line, unsigned char* out) {
+        [](const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
+           unsigned char* out) {
             ++bytes;
-            kPickPlain.bytes(picks, line, out);
+            kPickPlain.bytes(picks, line, ahead, out);
         },
         kPickPlain.widen,
         [](const unsigned char* slots, std::size_t count, unsigned char* out) {
@@ -181,4 +184,26 @@ TEST_CASE("nearest pick: all forms give whole images alike") {
         CAPTURE(factor);
         CHECK(outputs[0] == outputs[1]);
     }
+}
+
+TEST_CASE("nearest pick: forms are told where the next line lies that is picked from") {
+    static std::vector<std::uintptr_t> told;
+    told.clear();
+    static const PickForm listening = {"listening",
+                                       [](const DownsamplePicks& picks, const unsigned char* line,
+                                          std::uintptr_t ahead, unsigned char* out) {
+                                           told.push_back(ahead);
+                                           kPickPlain.pixels(picks, line, ahead, out);
+                                       },
+                                       kPickPlain.bytes, kPickPlain.widen, kPickPlain.narrow};
+    const ForcedPick forced(&listening);
+    downsampler sampler(5, 2, 10, 10);  // picks from lines 2, 4, 7 and 9
+    sampler.setFiltering(false);
+    const std::vector<unsigned> image(100);
+    unsigned out[4];
+    for (std::size_t y = 0; y < 10; ++y) {
+        sampler.stuff(&image[10 * y]);
+        while (sampler.ready()) sampler.get(out);
+    }
+    CHECK(told == std::vector<std::uintptr_t>{2 * 40, 3 * 40, 2 * 40, 3 * 40});
 }
