@@ -23,25 +23,23 @@ int enoughChanges(const Pemmit::Path* path) {
     return (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : 4;
 }
 
-// The same as isTooShort(path), which only walks of hundreds of equal points
-// come to.
-bool startsTooShort(const Pemmit::Path* path, const WalkedPoints& first) {
+// The same as isTooShort(path), which only outlines that begin with a short
+// piece or with equal points come to.
+bool startsTooShort(const Pemmit::Path* path, const PointRun& first) {
     const int enough = enoughChanges(path);
-    int changes = first.count() > 0 ? 1 : 0;
-    for (std::size_t i = 1; i < first.count() && changes < enough; ++i)
-        changes += first.x()[i] != first.x()[i - 1] || first.y()[i] != first.y()[i - 1];
-    if (changes >= enough) return false;
-    return !first.isFull() || isTooShort(path);
+    int changes = first.count > 0 ? 1 : 0;
+    for (int i = 1; i < first.count && changes < enough; ++i)
+        changes += first[i].x != first[i - 1].x || first[i].y != first[i - 1].y;
+    return changes < enough && isTooShort(path);
 }
 
 // Feeds the walked points themselves and returns the last one. There is one.
 Sample passOn(WalkedPoints& points, SimplifyFast& out) {
     Sample last = {};
-    while (points.count() > 0) {
-        out.add(points.x(), points.y(), points.count());
-        last = {points.x()[points.count() - 1], points.y()[points.count() - 1]};
-        if (!points.isFull()) break;
-        points.refill();
+    for (; points.run().count > 0; points.next()) {
+        const PointRun& run = points.run();
+        out.add(run);
+        last = {run[run.count - 1].x, run[run.count - 1].y};
     }
     return last;
 }
@@ -85,10 +83,22 @@ void cleanpar(int n, int tolerance, int step) {
     gState.step = step;
 }
 
+namespace {
+
+// Where an object's memory is not at hand, what follows it is fetched while its
+// box is waited for: hosts may keep a small outline's points there.
+void fetch(const Pemmit::Path* path) {
+    for (int behind = 64; behind < 256; behind += 64)
+        __builtin_prefetch(reinterpret_cast<const char*>(path) + behind);
+}
+
+}  // namespace
+
 Pemmit::Path* clean(const Pemmit::Path* path, int size) {
+    fetch(path);
     if (!path || refusesBox(path->box, size)) return nullptr;
     WalkedPoints points(path);
-    if (startsTooShort(path, points)) return Pemmit::patdup(path);
+    if (startsTooShort(path, points.run())) return Pemmit::patdup(path);
 
     const bool open = (path->flags & Pemmit::kFlagOpen) != 0;
     OwnedPath result(Pemmit::patbeg());
@@ -101,6 +111,7 @@ Pemmit::Path* clean(const Pemmit::Path* path, int size) {
         last = filterOpen(points, gState, out);
     else
         filterClosed(points, gState, out);
+    out.finish();
     if (open)
         Pemmit::patend(result.get(), last.x, last.y);
     else

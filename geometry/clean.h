@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "geometry/clean_kernel.h"
+#include "geometry/point_runs.h"
 #include "platform/pemmit.h"
 
 namespace Vaskel {
@@ -25,7 +26,7 @@ struct Sample {
 struct CleanBuffers {
     std::vector<std::int32_t> x, y;    // the samples around the current outputs
     std::vector<std::int16_t> narrow;  // the same as filterBlockFast wants them
-    std::vector<std::int32_t> outX, outY;
+    std::vector<WalkPoint> out;
     // The first samples of a closed outline, which come again at its end.
     std::vector<std::int32_t> firstX, firstY;
 };

@@ -75,14 +75,13 @@ class Row {
         while (centre < limit) {
             const std::int64_t wanted = (limit - centre - 1) / state.order + 1;
             const std::size_t count =
-                std::min(mBuffers.outX.size(), static_cast<std::size_t>(wanted));
+                std::min(mBuffers.out.size(), static_cast<std::size_t>(wanted));
             const FilterBlock block = {&x(centre - mReach), &y(centre - mReach),
                                        static_cast<std::size_t>(state.order), count};
-            std::int32_t* const outX = mBuffers.outX.data();
-            std::int32_t* const outY = mBuffers.outY.data();
-            if (!filterBlockFast(state.kernel, block, mBuffers.narrow.data(), outX, outY))
-                filterBlockPlain(state.kernel, block, outX, outY);
-            out.add(outX, outY, count);
+            WalkPoint* const outputs = mBuffers.out.data();
+            if (!filterBlockFast(state.kernel, block, mBuffers.narrow.data(), outputs))
+                filterBlockPlain(state.kernel, block, outputs);
+            out.add({outputs, 1, static_cast<int>(count)});
             centre += static_cast<std::int64_t>(count) * state.order;
         }
         return centre;
@@ -146,8 +145,7 @@ CleanBuffers makeBuffers(int order, const CleanKernel& kernel) {
     buffers.x.resize(length);
     buffers.y.resize(length);
     buffers.narrow.resize(2 * (length + kTapBlock));
-    buffers.outX.resize(outputs);
-    buffers.outY.resize(outputs);
+    buffers.out.resize(outputs);
     return buffers;
 }
 

@@ -81,12 +81,11 @@ CleanKernel makeKernel(int n) {
     return kernel;
 }
 
-void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, std::int32_t* outX,
-                      std::int32_t* outY) {
+void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, WalkPoint* out) {
     for (std::size_t j = 0; j < block.count; ++j) {
         const std::size_t at = j * block.stride;
-        outX[j] = filterSample(block.x + at, kernel.weights.data(), kernel.reach);
-        outY[j] = filterSample(block.y + at, kernel.weights.data(), kernel.reach);
+        out[j] = {filterSample(block.x + at, kernel.weights.data(), kernel.reach),
+                  filterSample(block.y + at, kernel.weights.data(), kernel.reach)};
     }
 }
 
@@ -111,47 +110,65 @@ inline __m128i loadTaps(const std::int16_t* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
 
-// Four partial sums.
+// Four partial sums. The number of blocks is 0 where it is not known before.
+template <int blocks>
 inline __m128i products(const std::int16_t* samples, const std::int16_t* taps, std::size_t count) {
+    if (blocks > 0) count = blocks * kTapBlock;
     __m128i sum = _mm_madd_epi16(loadTaps(samples), loadTaps(taps));
     for (std::size_t i = kTapBlock; i < count; i += kTapBlock)
         sum = _mm_add_epi32(sum, _mm_madd_epi16(loadTaps(samples + i), loadTaps(taps + i)));
     return sum;
 }
 
+template <int blocks>
+void filterNarrow(const CleanKernel& kernel, const FilterBlock& block, const std::int16_t* x,
+                  const std::int16_t* y, WalkPoint* out) {
+    const std::int16_t* const taps = kernel.taps.data();
+    const std::size_t count = kernel.taps.size();
+    const std::size_t outputs = block.count;
+    const std::size_t stride = block.stride;
+    const std::int32_t* centreX = block.x + kernel.reach;
+    const std::int32_t* centreY = block.y + kernel.reach;
+    const __m128i half = _mm_set1_epi32(8192);
+    for (std::size_t j = 0; j < outputs; ++j) {
+        const __m128i sumX = products<blocks>(x, taps, count);
+        const __m128i sumY = products<blocks>(y, taps, count);
+        // x0 y0 x1 y1 + x2 y2 x3 y3, then both halves of that.
+        __m128i sum = _mm_add_epi32(_mm_unpacklo_epi32(sumX, sumY), _mm_unpackhi_epi32(sumX, sumY));
+        sum = _mm_add_epi32(sum, _mm_unpackhi_epi64(sum, sum));
+        sum = _mm_srai_epi32(_mm_add_epi32(sum, half), 14);
+        sum = _mm_add_epi32(
+            sum, _mm_unpacklo_epi32(_mm_cvtsi32_si128(*centreX), _mm_cvtsi32_si128(*centreY)));
+        static_assert(sizeof(WalkPoint) == 8);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + j), sum);
+        x += stride;
+        y += stride;
+        centreX += stride;
+        centreY += stride;
+    }
+}
+
 }  // namespace
 
 bool filterBlockFast(const CleanKernel& kernel, const FilterBlock& block, std::int16_t* narrow,
-                     std::int32_t* outX, std::int32_t* outY) {
+                     WalkPoint* out) {
     if (kernel.taps.empty()) return false;
     const std::size_t length = block.length(kernel.reach);
     std::int16_t* const x = narrow;
     std::int16_t* const y = narrow + length + kTapBlock;
     if (!narrowAll(block.x, length, x) || !narrowAll(block.y, length, y)) return false;
-    const std::int16_t* const taps = kernel.taps.data();
-    const std::size_t count = kernel.taps.size();
-    const __m128i half = _mm_set1_epi32(8192);
-    for (std::size_t j = 0; j < block.count; ++j) {
-        const std::size_t at = j * block.stride;
-        const __m128i sumX = products(x + at, taps, count);
-        const __m128i sumY = products(y + at, taps, count);
-        // x0 y0 x1 y1 + x2 y2 x3 y3, then both halves of that.
-        __m128i sum = _mm_add_epi32(_mm_unpacklo_epi32(sumX, sumY), _mm_unpackhi_epi32(sumX, sumY));
-        sum = _mm_add_epi32(sum, _mm_unpackhi_epi64(sum, sum));
-        sum = _mm_srai_epi32(_mm_add_epi32(sum, half), 14);
-        const std::size_t centre = at + kernel.reach;
-        sum = _mm_add_epi32(sum, _mm_unpacklo_epi32(_mm_cvtsi32_si128(block.x[centre]),
-                                                    _mm_cvtsi32_si128(block.y[centre])));
-        outX[j] = _mm_cvtsi128_si32(sum);
-        outY[j] = _mm_cvtsi128_si32(_mm_shuffle_epi32(sum, 1));
-    }
+    if (kernel.taps.size() == 2 * kTapBlock)  // order 1
+        filterNarrow<2>(kernel, block, x, y, out);
+    else if (kernel.taps.size() == 4 * kTapBlock)  // order 2
+        filterNarrow<4>(kernel, block, x, y, out);
+    else
+        filterNarrow<0>(kernel, block, x, y, out);
     return true;
 }
 
 #else
 
-bool filterBlockFast(const CleanKernel&, const FilterBlock&, std::int16_t*, std::int32_t*,
-                     std::int32_t*) {
+bool filterBlockFast(const CleanKernel&, const FilterBlock&, std::int16_t*, WalkPoint*) {
     return false;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "geometry/point_runs.h"
 #include "util/narrow.h"
 
 namespace Vaskel {
@@ -67,8 +68,7 @@ struct FilterBlock {
 };
 
 /// Filters a block; the rule itself, one filterSample after the other.
-void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, std::int32_t* outX,
-                      std::int32_t* outY);
+void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, WalkPoint* out);
 
 /// The same with eight taps to an instruction, or false, and nothing is
 /// written, when samples lie 2^15 or more from the first one, the kernel has no
@@ -82,7 +82,7 @@ void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, std::
 /// be subtracted from all before. Differences and taps fit in 16 bits, and a
 /// pair of products in 32.
 bool filterBlockFast(const CleanKernel& kernel, const FilterBlock& block, std::int16_t* narrow,
-                     std::int32_t* outX, std::int32_t* outY);
+                     WalkPoint* out);
 
 }  // namespace Vaskel
 

@@ -63,14 +63,13 @@ void Samples::Axis::write(std::int32_t* out, std::size_t count, std::int64_t m) 
 
 bool Samples::nextSegment() {
     for (;; ++mAt) {
-        if (mAt == mPoints.count()) {
-            if (!mPoints.isFull()) return false;
-            mPoints.refill();
+        if (mAt == mPoints.run().count) {
+            mPoints.next();
             mAt = 0;
-            if (mPoints.count() == 0) return false;
+            if (mPoints.run().count == 0) return false;
         }
-        const std::int32_t x = mPoints.x()[mAt];
-        const std::int32_t y = mPoints.y()[mAt];
+        const std::int32_t x = mPoints.run()[mAt].x;
+        const std::int32_t y = mPoints.run()[mAt].y;
         std::int64_t m = 1;
         if (!mBegun) {
             mBegun = true;
@@ -91,10 +90,39 @@ bool Samples::nextSegment() {
     }
 }
 
+// With a step of 1: the samples of the run's next segments, as far as these are
+// upright or level and there is room for all of a segment. Their length is a
+// whole number of steps, so that each sample is a unit from the one before it.
+// Traced outlines consist of nothing else.
+std::size_t Samples::takeUpright(std::int32_t* x, std::int32_t* y, std::size_t room) {
+    const PointRun run = mPoints.run();
+    std::int64_t atX = mX.at, atY = mY.at;
+    std::size_t taken = 0;
+    for (; mAt < run.count; ++mAt) {
+        const std::int64_t dx = run[mAt].x - atX;
+        const std::int64_t dy = run[mAt].y - atY;
+        if (dx != 0 && dy != 0) break;
+        const std::int64_t m = dx + dy < 0 ? -(dx + dy) : dx + dy;
+        if (m > static_cast<std::int64_t>(room - taken)) break;
+        const std::int64_t unitX = (dx > 0) - (dx < 0);
+        const std::int64_t unitY = (dy > 0) - (dy < 0);
+        for (std::int64_t k = 0; k < m; ++k, ++taken) {
+            x[taken] = static_cast<std::int32_t>(atX += unitX);
+            y[taken] = static_cast<std::int32_t>(atY += unitY);
+        }
+    }
+    mX.at = atX;
+    mY.at = atY;
+    return taken;
+}
+
 std::size_t Samples::take(std::int32_t* x, std::int32_t* y, std::size_t room) {
     std::size_t taken = 0;
     while (taken < room) {
-        if (mLeft == 0 && !nextSegment()) break;
+        if (mLeft == 0) {
+            if (mStep == 1 && mBegun) taken += takeUpright(x + taken, y + taken, room - taken);
+            if (!nextSegment()) break;
+        }
         const auto count = static_cast<std::size_t>(
             std::min<std::int64_t>(mLeft, static_cast<std::int64_t>(room - taken)));
         mX.write(x + taken, count, mCount);

@@ -18,7 +18,7 @@ std::int64_t distanceRoot(std::int64_t dx, std::int64_t dy);
 /// every point that lies at least a step from the last sample as many as whole
 /// steps fit in, evenly spaced, the last of them the point itself.
 ///
-/// Steps below 1 count as 1. Takes all points from the current batch on.
+/// Steps below 1 count as 1. Takes all points from the current run on.
 class Samples {
  public:
     Samples(WalkedPoints& points, int step) : mPoints(points), mStep(step < 1 ? 1 : step) {}
@@ -43,9 +43,10 @@ class Samples {
     };
 
     bool nextSegment();
+    std::size_t takeUpright(std::int32_t* x, std::int32_t* y, std::size_t room);
 
     WalkedPoints& mPoints;
-    std::size_t mAt = 0;  // the next point of its batch
+    int mAt = 0;  // the next point of its run
     Axis mX, mY;
     std::int64_t mStep;
     std::int64_t mCount = 0;  // samples of the current segment

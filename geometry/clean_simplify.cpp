@@ -20,6 +20,15 @@ inline __m128i beyond(__m128i steps, __m128i across, __m128i limit) {
     return _mm_or_si128(_mm_sub_epi64(limit, _mm_mul_epu32(size, size)),
                         _mm_sub_epi64(limit, _mm_mul_epu32(odd, odd)));
 }
+
+// The same as all ones or zeros of each step, for products that may be cut off
+// and a limit of 32 bits.
+inline __m128i beyondNear(__m128i steps, __m128i across, __m128i limit) {
+    const __m128i product = _mm_madd_epi16(steps, across);
+    const __m128i narrow = _mm_packs_epi32(product, product);
+    const __m128i apart = _mm_unpacklo_epi16(narrow, _mm_setzero_si128());
+    return _mm_cmpgt_epi32(_mm_madd_epi16(apart, apart), limit);
+}
 #endif
 
 }  // namespace
@@ -37,7 +46,7 @@ inline void PackedSteps::restart(const Step& s) {
 inline void PackedSteps::push(int count, const Step& s) {
     const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(s)));
     if (count % 4 == 0) {
-        mBlock[count / 4 - 1] = mNewest;
+        mBlock[static_cast<unsigned>(count) / 4 - 1] = mNewest;
         mNewest = one;
     } else {
         mNewest = _mm_or_si128(_mm_slli_si128(mNewest, 4), one);
@@ -51,6 +60,16 @@ inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit)
     for (int i = 0; i < (count - 1) / 4; ++i)
         any = _mm_or_si128(any, beyond(mBlock[i], across, most));
     return _mm_movemask_pd(_mm_castsi128_pd(any)) == 0;
+}
+
+inline bool PackedSteps::areWithinNear(int count, const Step& d, int limit) const {
+    const __m128i across = _mm_set1_epi32(static_cast<int>(pack({d.y, -d.x})));
+    const __m128i most = _mm_set1_epi32(limit);
+    __m128i any = beyondNear(mNewest, across, most);
+    const unsigned blocks = static_cast<unsigned>(count - 1) / 4;
+    for (unsigned i = 0; i < blocks; ++i)
+        any = _mm_or_si128(any, beyondNear(mBlock[i], across, most));
+    return _mm_movemask_epi8(any) == 0;
 }
 
 Step PackedSteps::at(int count, int i) const {
@@ -72,6 +91,10 @@ inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit)
         if (product * product > limit) return false;
     }
     return true;
+}
+
+inline bool PackedSteps::areWithinNear(int count, const Step& d, int limit) const {
+    return areWithin(count, d, limit);
 }
 
 Step PackedSteps::at(int, int i) const {
@@ -114,81 +137,90 @@ SimplifyFast::SimplifyFast(Pemmit::Path* result, int tolerance)
 }
 
 // What changes with each point is kept in registers.
-void SimplifyFast::add(const std::int32_t* x, const std::int32_t* y, std::size_t count) {
+void SimplifyFast::add(const PointRun& run) {
     if (mTolerance == 0) {
-        addUnsimplified(x, y, count);
+        addUnsimplified(run);
         return;
     }
-    if (count == 0) return;
-    std::size_t i = 0;
-    if (!mBegun) {
+    const WalkPoint* at = run.first;
+    const std::ptrdiff_t step = run.step;
+    const WalkPoint* const end = at + step * run.count;
+    if (!mBegun && at != end) {
         mBegun = true;
-        mLastX = x[0];
-        mLastY = y[0];
-        Pemmit::patlin(mResult, mLastX, mLastY);
-        i = 1;
+        mLast = *at;
+        emit(*at);
+        at += step;
     }
-    std::int64_t lastX = mLastX, lastY = mLastY;
-    int pointX = mPointX, pointY = mPointY;
+    constexpr std::int64_t kSquares = kNearTolerance * kNearTolerance;
+    const auto square = static_cast<int>(std::min(mSquare, kSquares));
+    const unsigned mostPending = mSquare <= kSquares ? kMostPending - 1 : 0;
+    std::int64_t lastX = mLast.x, lastY = mLast.y;
+    WalkPoint point = mPoint;
     int pending = mCount;
-    bool firstIsShort = isShort(mFirst);
-    PackedSteps steps = mSteps;
-    for (; i < count; ++i) {
-        Step d = {x[i] - lastX, y[i] - lastY};
-        bool dIsShort = isShort(d);
-        if (dIsShort && static_cast<unsigned>(pending - 1) < kMostPending - 1 &&
-            (firstIsShort && d.x != -32768
-                 ? steps.areWithin(pending, d, mSquare * (d.x * d.x + d.y * d.y))
-                 : absorbsOneByOne(steps, d, pending))) {
-            steps.push(pending, d);
+    // Behind a long first step nothing is near enough.
+    unsigned most = isShort(mFirst) ? mostPending : 0;
+    for (; at != end; at += step) {
+        Step d = {at->x - lastX, at->y - lastY};
+        const std::uint64_t reach =
+            static_cast<std::uint64_t>(d.x + kNear) | static_cast<std::uint64_t>(d.y + kNear);
+        bool absorbed;
+        if (reach < 2 * kNear && static_cast<unsigned>(pending - 1) < most) [[likely]] {
+            const auto dx = static_cast<int>(d.x), dy = static_cast<int>(d.y);
+            absorbed = mSteps.areWithinNear(pending, d, square * (dx * dx + dy * dy));
+        } else {
+            absorbed = absorbsFar(d, pending);
+        }
+        if (absorbed) {
+            mSteps.push(pending, d);
             ++pending;
         } else {
             if (pending > 0) {
-                lastX = pointX;
-                lastY = pointY;
-                Pemmit::patlin(mResult, pointX, pointY);
-                d = {x[i] - lastX, y[i] - lastY};
-                dIsShort = isShort(d);
+                emit(point);
+                lastX = point.x;
+                lastY = point.y;
+                d = {at->x - lastX, at->y - lastY};
             }
-            mFirst = d;
-            firstIsShort = dIsShort;
-            steps.restart(dIsShort ? d : Step{0, 0});
+            const bool firstIsShort = isShort(d);
+            mFirst.x = d.x;
+            mFirst.y = d.y;
+            mSteps.restart(firstIsShort ? d : Step{0, 0});
+            most = firstIsShort ? mostPending : 0;
             pending = 1;
         }
-        pointX = x[i];
-        pointY = y[i];
+        point = *at;
     }
-    mLastX = static_cast<int>(lastX);
-    mLastY = static_cast<int>(lastY);
-    mPointX = pointX;
-    mPointY = pointY;
+    mLast = {static_cast<int>(lastX), static_cast<int>(lastY)};
+    mPoint = point;
     mCount = pending;
-    mSteps = steps;
 }
 
 // Each point emits the one before it, but the first, which was emitted by
 // itself, is not emitted again.
-void SimplifyFast::addUnsimplified(const std::int32_t* x, const std::int32_t* y,
-                                   std::size_t count) {
-    std::size_t i = 0;
-    if (!mBegun && count > 0) {
+void SimplifyFast::addUnsimplified(const PointRun& run) {
+    int i = 0;
+    if (!mBegun && run.count > 0) {
         mBegun = true;
-        Pemmit::patlin(mResult, x[0], y[0]);
-        i = 1;
+        emit(run[i++]);
     }
-    if (i == count) return;
-    if (mCount != 0) Pemmit::patlin(mResult, mPointX, mPointY);
-    mCount = 1;
-    for (; i + 1 < count; ++i) Pemmit::patlin(mResult, x[i], y[i]);
-    mPointX = x[i];
-    mPointY = y[i];
+    for (; i < run.count; ++i) {
+        if (mCount != 0) emit(mPoint);
+        mCount = 1;
+        mPoint = run[i];
+    }
 }
 
-bool SimplifyFast::absorbsOneByOne(const PackedSteps& steps, const Step& d, int pending) const {
+// What add decides for vectors that are not near, or behind a long first step.
+[[gnu::noinline]] bool SimplifyFast::absorbsFar(Step d, int pending) const {
+    if (!isShort(d) || pending < 1 || pending >= kMostPending) return false;
+    if (!isShort(mFirst) || d.x == -32768) return absorbsOneByOne(d, pending);
+    return mSteps.areWithin(pending, d, mSquare * (d.x * d.x + d.y * d.y));
+}
+
+bool SimplifyFast::absorbsOneByOne(const Step& d, int pending) const {
     const std::int64_t most = toleranceTimesLength(mTolerance, d);
     if (magnitude(cross(mFirst, d)) > most) return false;
     for (int i = 0; i < pending; ++i)
-        if (magnitude(cross(steps.at(pending, i), d)) > most) return false;
+        if (magnitude(cross(mSteps.at(pending, i), d)) > most) return false;
     return true;
 }
 

@@ -11,6 +11,7 @@
 #include <emmintrin.h>
 #endif
 
+#include "geometry/point_runs.h"
 #include "platform/pemmit.h"
 
 namespace Vaskel {
@@ -50,6 +51,8 @@ class PackedSteps {
     /// Whether the squared cross product of each of count steps with a short d
     /// is at most limit, which is not negative. d.x is not -32768.
     bool areWithin(int count, const Step& d, std::int64_t limit) const;
+    /// The same for a near d and a limit of at most 2^29.
+    bool areWithinNear(int count, const Step& d, int limit) const;
     Step at(int count, int i) const;
 
  private:
@@ -101,27 +104,54 @@ class SimplifyPlain {
 /// there, X stays below 2^63. The first step, which may be long, is kept apart,
 /// and so is the one short vector whose negative has 17 bits (d.x = -32768):
 /// both go the plain way. Empty places hold zero steps, whose products are 0.
+///
+/// With a tolerance of up to kNearTolerance, 16, a near d has components of
+/// -kNear .. kNear - 1, kNear being 1024: X is then at most 16^2 * 2 * 1024^2 =
+/// 2^29. Cross products may be cut off at the ends of 16 bits, whose squares
+/// are above that, and all squares fit in 32 bits. Nearly all points of traced
+/// outlines are near.
 class SimplifyFast {
  public:
     SimplifyFast(Pemmit::Path* result, int tolerance);
 
-    /// Adds count points, one after the other.
-    void add(const std::int32_t* x, const std::int32_t* y, std::size_t count);
-    void add(int x, int y) { add(&x, &y, 1); }
+    /// Adds the points of a run, one after the other.
+    void add(const PointRun& run);
+    void add(int x, int y) {
+        const WalkPoint point = {x, y};
+        add({&point, 1, 1});
+    }
+
+    /// Writes the points that wait to be written together; due after the last
+    /// one.
+    void finish() {
+        appendPoints(mResult, mOut, mOutCount);
+        mOutCount = 0;
+    }
 
  private:
-    void addUnsimplified(const std::int32_t* x, const std::int32_t* y, std::size_t count);
-    bool absorbsOneByOne(const PackedSteps& steps, const Step& d, int pending) const;
+    void addUnsimplified(const PointRun& run);
+    bool absorbsFar(Step d, int pending) const;
+    bool absorbsOneByOne(const Step& d, int pending) const;
+    void emit(const WalkPoint& point) {
+        if (mOutCount == kOut) finish();
+        mOut[mOutCount++] = point;
+    }
+
+    static constexpr int kNear = 1024;
+    static constexpr int kNearTolerance = 16;
+    static constexpr int kOut = 64;
 
     Pemmit::Path* mResult;
     std::int64_t mTolerance;
-    std::int64_t mSquare;          // of the tolerance, cut off
-    int mLastX = 0, mLastY = 0;    // P
-    int mPointX = 0, mPointY = 0;  // the newest point: P plus the last pending step
+    std::int64_t mSquare;   // of the tolerance, cut off
+    WalkPoint mLast = {};   // P
+    WalkPoint mPoint = {};  // the newest point: P plus the last pending step
     bool mBegun = false;
     int mCount = 0;  // pending steps
+    int mOutCount = 0;
     Step mFirst = {};
     PackedSteps mSteps;  // the pending ones; zero for the first if that is long
+    WalkPoint mOut[kOut];
 };
 
 }  // namespace Vaskel

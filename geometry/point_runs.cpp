@@ -1,17 +1,18 @@
 #include "geometry/point_runs.h"
 
 namespace Vaskel {
-namespace {
 
-bool hostHasRuns() { return &Pemmit::scan::scarun != nullptr; }
+bool gWithHostRuns = true;
 
-bool gWithRuns = true;
+void setHostRuns(bool with) { gWithHostRuns = with; }
 
-}  // namespace
-
-bool usesHostRuns() { return gWithRuns && hostHasRuns(); }
-
-void setHostRuns(bool with) { gWithRuns = with; }
+void appendPoints(Pemmit::Path* path, const WalkPoint* points, int count) {
+    if (gWithHostRuns && &Pemmit::patrun != nullptr) {
+        if (count > 0) Pemmit::patrun(path, points, count);
+        return;
+    }
+    for (int i = 0; i < count; ++i) Pemmit::patlin(path, points[i].x, points[i].y);
+}
 
 bool RunWalk::gather(PointRun& run) {
     run = {mBatch, 1, 0};

@@ -20,12 +20,18 @@ struct PointRun {
     const WalkPoint& operator[](int i) const { return first[std::ptrdiff_t{i} * step]; }
 };
 
-/// Whether walks are read by Pemmit::scan::scarun: true where the host has it.
-bool usesHostRuns();
+/// False while a test does without the host's optional calls.
+extern bool gWithHostRuns;
 
-/// For tests: without, points are asked for one by one whatever the host has.
-/// With changes nothing where it has none.
+/// Whether walks are read by Pemmit::scan::scarun: true where the host has it.
+inline bool usesHostRuns() { return &Pemmit::scan::scarun != nullptr && gWithHostRuns; }
+
+/// For tests: without, points are asked for and appended one by one whatever
+/// the host has. With changes nothing where it has none.
 void setHostRuns(bool with);
+
+/// Appends count points to a path, as Pemmit::patlin does one by one.
+void appendPoints(Pemmit::Path* path, const WalkPoint* points, int count);
 
 /// A walk over a contour's points, or a path's.
 class RunWalk {

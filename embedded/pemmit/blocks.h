@@ -35,7 +35,9 @@ struct BlockCache {
     int count = 0;
     int most = 0;  // with more than that some go back
 };
-extern constinit thread_local BlockCache tBlockCache;
+// Reached without a call: libraries that are loaded late find room for this
+// much in what the loader keeps free.
+extern constinit thread_local BlockCache tBlockCache [[gnu::tls_model("initial-exec")]];
 
 /// Has the processor fetch a block's memory, which is soon written to. Any
 /// address may be given.

@@ -95,6 +95,25 @@ void enlarge(Box& box, int x, int y) {
     std::memcpy(static_cast<void*>(&box), &edges, sizeof edges);
 }
 
+// Two points at a time; the last one counts twice where their number is odd.
+void enlarge(Box& box, const Point* points, int count) {
+    static_assert(sizeof(Point) * 2 == sizeof(Lanes));
+    Lanes low, high;
+    const Point pair[2] = {points[count - 1], points[count - 1]};
+    std::memcpy(&low, pair, sizeof low);
+    high = low;
+    for (int i = 0; i + 1 < count; i += 2) {
+        Lanes both;
+        std::memcpy(&both, points + i, sizeof both);
+        low = both < low ? both : low;
+        high = both > high ? both : high;
+    }
+    box.minX = std::min({box.minX, low[0], low[2]});
+    box.minY = std::min({box.minY, low[1], low[3]});
+    box.maxX = std::max({box.maxX, high[0], high[2]});
+    box.maxY = std::max({box.maxY, high[1], high[3]});
+}
+
 void store(Node& node, int x, int y) {
     *node.write++ = {x, y};
     enlarge(node.box, x, y);
@@ -120,6 +139,19 @@ void patlin(Path* path, int x, int y) {
     store(node, x, y);
     if (node.parent) [[unlikely]]
         tellParent(node);
+}
+
+void patrun(Path* path, const PointBase<int>* points, int count) {
+    Node& node = *nodeOf(path);
+    if (node.limit - node.write < count) {
+        Contour* const contour = contourOf(path);
+        if (!contour) return;
+        contour->makeRoom(static_cast<std::uint32_t>(count));
+    }
+    std::memcpy(node.write, points, static_cast<std::size_t>(count) * sizeof(Point));
+    node.write += count;
+    enlarge(node.box, points, count);
+    if (node.parent) growBox(*node.parent, node.box);
 }
 
 void patend(Path* path, int x, int y) {

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 
+#include "platform/pemmit/bezier.h"
 #include "platform/pemmit/object.h"
 
 namespace Pemmit {
@@ -25,6 +26,11 @@ PLATFORM_API Path* patbeg();
 /// Appends the point (x, y), any two integers, at the path's end. A few
 /// nanoseconds on average: engines call it once a point.
 PLATFORM_API void patlin(Path* path, int x, int y);
+
+/// Appends count points, at least 1, that lie side by side, as patlin does one
+/// by one. A host may leave this call out. The engines look for it when they
+/// are loaded and use patlin otherwise, with the same results.
+PLATFORM_API PLATFORM_OPTIONAL void patrun(Path* path, const PointBase<int>* points, int count);
 
 /// Ends an open path: appends (x, y) as its last point and sets kFlagOpen.
 PLATFORM_API void patend(Path* path, int x, int y);

@@ -9,6 +9,7 @@
 
 #include "geometry/clean.h"
 #include "geometry/clean_kernel.h"
+#include "geometry/point_runs.h"
 #include "tests/support/paths.h"
 #include "vaskel/geometry.h"
 
@@ -83,11 +84,21 @@ Outcome outcome(Pemmit::Path* path) {
     return {false, path->flags, walked(path)};
 }
 
+// With the host's optional calls and without.
+void compare(const Pemmit::Path* path) {
+    const Outcome want = outcome(Vaskel::cleanPlain(path, 5));
+    for (const bool runs : {true, false}) {
+        CAPTURE(runs);
+        Vaskel::setHostRuns(runs);
+        CHECK(outcome(Vaskel::clean(path, 5)) == want);
+    }
+    Vaskel::setHostRuns(true);
+}
+
 void compare(const Points& points) {
     for (const bool open : {false, true}) {
         CAPTURE(open);
-        const PathPtr path = open ? openPath(points) : closedPath(points);
-        CHECK(outcome(Vaskel::clean(path.get(), 5)) == outcome(Vaskel::cleanPlain(path.get(), 5)));
+        compare((open ? openPath(points) : closedPath(points)).get());
     }
 }
 
@@ -97,7 +108,7 @@ TEST_CASE("clean: every form gives the plain form's outline") {
     MESSAGE("seed " << kSeed);
     Random random(kSeed);
     for (const int n : {-1, 0, 1, 2, 3, 5, 9, 40})
-        for (const int tolerance : {0, 1, 2, 5, -3, 1023, 1024, 46341, INT_MIN})
+        for (const int tolerance : {0, 1, 2, 5, -3, 16, 17, 1023, 1024, 46341, INT_MIN})
             for (int i = 0; i < 3; ++i) {
                 const int step = random.between(-1, 9);
                 CAPTURE(n);
@@ -108,6 +119,52 @@ TEST_CASE("clean: every form gives the plain form's outline") {
                 compare(wander(random, random.between(1, 120), 9));
                 compare(ripple(random, random.between(3, 300), 1 + random.between(0, 4)));
             }
+}
+
+// Both sides of the lengths and tolerances up to which narrow products do.
+TEST_CASE("clean: tolerances from narrow to wide agree with the plain form") {
+    Random random(kSeed);
+    for (const int tolerance : {1, 3, -15, 15, -16, 16, 17, -17, 40})
+        for (const int reach : {1022, 1023, 1024, 1025, 3000}) {
+            CAPTURE(tolerance);
+            CAPTURE(reach);
+            Vaskel::cleanpar(0, tolerance, 1);
+            for (int i = 0; i < 5; ++i) {
+                Points fan = {{7, -7}};  // far and near again, as seen from the last point
+                for (int k = 0; k < 200; ++k) {
+                    const int far = random.between(0, 3) == 0 ? reach : random.between(0, reach);
+                    const int turn = random.between(-tolerance, tolerance) + tolerance / 2;
+                    const bool upright = random.between(0, 1) == 0;
+                    const int sign = random.between(0, 9) == 0 ? -1 : 1;
+                    fan.push_back(
+                        {7 + (upright ? turn : sign * far), -7 + (upright ? sign * far : turn)});
+                }
+                compare(fan);
+                compare(ripple(random, 400, tolerance < 0 ? -tolerance : tolerance));
+            }
+        }
+    Vaskel::cleanpar(0, 0, 0);
+}
+
+TEST_CASE("clean: outlines of joined pieces, some back to front, agree with the plain form") {
+    Random random(kSeed);
+    for (const int n : {0, 1, 2})
+        for (const int tolerance : {0, 1, 4}) {
+            CAPTURE(n);
+            CAPTURE(tolerance);
+            Vaskel::cleanpar(n, tolerance, 1);
+            for (const int count : {1, 2, 3, 20, 130, 300}) {
+                CAPTURE(count);
+                const PathPtr p(Pemmit::patbeg()), q(Pemmit::patbeg());
+                Pemmit::patlinbb(p.get(), q.get());
+                for (Pemmit::Path* const side : {p.get(), q.get()})
+                    for (const Point& point : wander(random, count, 4))
+                        Pemmit::patlin(side, point.x, point.y);
+                Pemmit::patlinee(p.get(), q.get());
+                compare(p.get());
+            }
+        }
+    Vaskel::cleanpar(0, 0, 0);
 }
 
 TEST_CASE("clean: outlines of every length near those of the filter agree with the plain form") {
@@ -206,18 +263,18 @@ TEST_CASE("clean: the fast filter takes near samples and leaves far ones to the 
             const Vaskel::FilterBlock block = {x.data(), y.data(), stride, kCount};
             REQUIRE(block.length(kernel.reach) == length);
             std::vector<std::int16_t> narrow(2 * (length + Vaskel::kTapBlock));
-            std::vector<std::int32_t> wantX(kCount), wantY(kCount), gotX(kCount), gotY(kCount);
-            Vaskel::filterBlockPlain(kernel, block, wantX.data(), wantY.data());
-            const bool taken =
-                Vaskel::filterBlockFast(kernel, block, narrow.data(), gotX.data(), gotY.data());
+            std::vector<Vaskel::WalkPoint> want(kCount), got(kCount);
+            Vaskel::filterBlockPlain(kernel, block, want.data());
+            const bool taken = Vaskel::filterBlockFast(kernel, block, narrow.data(), got.data());
 #ifdef __SSE2__
             CHECK(taken == (spread <= 32767));
 #else
             CHECK(!taken);
 #endif
-            if (taken) {
-                CHECK(gotX == wantX);
-                CHECK(gotY == wantY);
+            for (std::size_t i = 0; taken && i < kCount; ++i) {
+                CAPTURE(i);
+                CHECK(got[i].x == want[i].x);
+                CHECK(got[i].y == want[i].y);
             }
         }
     }

@@ -46,6 +46,37 @@ TEST_CASE("Pemmit::patlin: appends, and the box is true after every point") {
     }
 }
 
+TEST_CASE("Pemmit::patrun: where it is offered, the points that patlin appends") {
+    if (&Pemmit::patrun == nullptr) {
+        MESSAGE("not offered, which is allowed");
+        return;
+    }
+    Dice dice(2);
+    const PathPtr path(Pemmit::patbeg()), other(Pemmit::patbeg());
+    PointList points;
+    const auto checkPath = [&] {
+        CHECK(sameBox(path->box, boxOf(points)));
+        CHECK(sameBox(path->box, other->box));
+        CHECK(walk(path.get()) == walk(other.get()));
+        CHECK(Pemmit::patsiz(path.get()) == static_cast<int>(points.size()) + 1);
+    };
+    for (const int count : {1, 2, 3, 9, 1, 16, 64, 5, 700, 20000, 1, 64}) {
+        CAPTURE(count);
+        std::vector<Pemmit::PointBase<int>> run;
+        for (int i = 0; i < count; ++i) {
+            points.push_back({dice.coordinate(), dice.coordinate()});
+            run.push_back({points.back().first, points.back().second});
+            Pemmit::patlin(other.get(), run.back().x, run.back().y);
+        }
+        Pemmit::patrun(path.get(), run.data(), count);
+        checkPath();
+        points.push_back({dice.coordinate(), dice.coordinate()});
+        for (Pemmit::Path* const each : {path.get(), other.get()})  // patlin goes on behind it
+            Pemmit::patlin(each, points.back().first, points.back().second);
+        checkPath();
+    }
+}
+
 TEST_CASE("Pemmit::patend: appends the last point and opens the path") {
     const PathPtr path(Pemmit::patbeg());
     append(path.get(), {{1, 2}, {3, 4}});

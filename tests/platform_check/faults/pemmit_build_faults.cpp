@@ -35,6 +35,14 @@ void patlin(Path* path, int x, int y) {
         ++path->box.maxX;
 }
 
+void patrun(Path* path, const PointBase<int>* points, int count) {
+    static auto* const next = real<void(Path*, const PointBase<int>*, int)>(
+        "_ZN6Pemmit6patrunEPNS_4PathEPKNS_9PointBaseIiEEi");
+    const Box before = path->box;
+    next(path, points, count);
+    if (fault("patrun-forgets-the-box")) path->box = before;
+}
+
 void patend(Path* path, int x, int y) {
     static auto* const next = real<void(Path*, int, int)>("_ZN6Pemmit6patendEPNS_4PathEii");
     next(path, x, y);
