@@ -67,6 +67,10 @@ VASKEL_AVX2 VASKEL_ALIGNED_READS std::size_t sizeToZeroAligned(const Byte* text)
         block += kBytes;
         if (reinterpret_cast<std::uintptr_t>(block) % (4 * kBytes) == 0) {
             for (;; block += 4 * kBytes) {
+                // Of texts larger than the caches, what is behind the end of a page
+                // does not come by itself.
+                _mm_prefetch(block + 2048, _MM_HINT_T0);
+                _mm_prefetch(block + 2048 + 64, _MM_HINT_T0);
                 const __m256i first =
                     _mm256_or_si256(zeroUnits<kUnit>(block), zeroUnits<kUnit>(block + kBytes));
                 const __m256i second = _mm256_or_si256(zeroUnits<kUnit>(block + 2 * kBytes),

@@ -138,6 +138,7 @@ template <bool kWide>
 VASKEL_AVX512 inline BlockStop putThrees(const Byte* in, const Byte* last, const Byte* end,
                                          const Output<kWide>& output, Byte* out) {
     for (; in <= last && end - in >= 48; in += 48) {
+        expect(in);
         const __m512i bytes = _mm512_maskz_loadu_epi8(lowBits(48), in);
         // In each lane the third byte, the second, the first and again the third.
         const __m512i raw = _mm512_permutexvar_epi8(_mm512_load_si512(&kThrees), bytes);
@@ -164,6 +165,7 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
     while (in <= last) {
         const auto left = static_cast<std::size_t>(end - in);
         const std::size_t size = left < 64 ? left : 64;
+        expect(in);
         const __m512i block = _mm512_maskz_loadu_epi8(lowBits(size), in);
         const std::uint64_t high = _mm512_movepi8_mask(block);
         if ((high | carry) == 0) {

@@ -64,6 +64,7 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
     for (; in <= last; most = 32) {
         const auto left = static_cast<std::size_t>(end - in) / 2;
         std::size_t count = std::min(left, most);
+        expect(in);
         const __m512i raw = _mm512_maskz_loadu_epi16(low32(count), in);
         if (!kWide && _mm512_test_epi16_mask(raw, notAscii) == 0) {
             store(out, _mm512_castsi512_si256(_mm512_permutexvar_epi8(ascii, raw)));
@@ -141,6 +142,7 @@ VASKEL_AVX512 BlockStop utf32ToUtf8(const Byte* in, const Byte* last, const Byte
     const __m512i notAscii = all32(as32(0xFFFFFF80, orders.inBig));
     while (in <= last) {
         const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(end - in) / 4, 16);
+        expect(in);
         const __m512i raw = _mm512_maskz_loadu_epi32(low16(count), in);
         in += 4 * count;
         if (_mm512_test_epi32_mask(raw, notAscii) == 0) {
@@ -165,6 +167,7 @@ VASKEL_AVX512 BlockStop utf32ToUtf16(const Byte* in, const Byte* last, const Byt
     const __m512i surrogate = all32(as32(0xD800, orders.inBig));
     while (in <= last) {
         const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(end - in) / 4, 16);
+        expect(in);
         const __m512i raw = _mm512_maskz_loadu_epi32(low16(count), in);
         in += 4 * count;
         if (_mm512_cmpeq_epi32_mask(_mm512_and_si512(raw, surrogateBits), surrogate) != 0)

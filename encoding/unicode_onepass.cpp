@@ -119,9 +119,9 @@ void writeInto(std::string& result, const Write& write) {
 
 // A text of some length: its first chunk is converted into a buffer on the stack
 // and tells how much memory to ask for, where that is not known before. The others
-// are converted right into the result, as long as there is room for what they could become, and the
-// last ones in the buffer again. Nothing is filled with zeros first, and a text of one chunk needs
-// one allocation of the exact size.
+// are converted right into the result, as long as there is room for what they could
+// become, and the last ones in the buffer again. Nothing is filled with zeros
+// first, and a text of one chunk needs one allocation of the exact size.
 class OnePass {
  public:
     OnePass(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead, ByteOrders orders)
@@ -134,18 +134,7 @@ class OnePass {
         mOut = putMark(mWay, mOrders, mOut);
         std::string result;
         Taken taken = Taken::Yes;
-        if (size > chunk) {
-            if (mWay.growsEvenly) {
-                result.reserve(mWay.growth * size + 2 * mWay.markSize);
-            } else {
-                taken = takeWholeBlocks(in, in + chunk, end);
-                if (taken == Taken::Yes) result.reserve(expectedSize(in - text, end - in));
-            }
-            if (taken == Taken::Yes) {
-                flush(result);
-                taken = takeInto(result, in, end);
-            }
-        }
+        if (size > chunk) taken = takeChunks(result, in, size);
         while (taken == Taken::Yes && left() > chunk) {
             taken = takeWholeBlocks(in, in + chunk, end);
             flush(result);
@@ -162,6 +151,9 @@ class OnePass {
  private:
     // What a chunk becomes stays in the first-level cache.
     static constexpr std::size_t kChunkBecomes = 8192;
+    // How much of a text tells better how much memory to ask for, and from which
+    // size on that is good enough for less of it to be kept in reserve.
+    static constexpr std::size_t kSample = 256 << 10, kLong = 2 << 20;
     // How far the rules go where a block function stops before it tries again.
     static constexpr std::ptrdiff_t kByRules = 32;
     static constexpr std::size_t kZeros = kBlock + kBlockAhead;
@@ -188,19 +180,42 @@ class OnePass {
         }
     }
 
-    // As many whole chunks as there is certainly room for in result.
-    Taken takeInto(std::string& result, const Byte*& in, const Byte* end) {
+    // All whole chunks that there is room for in result, into it.
+    Taken takeChunks(std::string& result, const Byte*& in, std::size_t size) {
+        const Byte *const text = in, *const end = in + size;
+        if (mWay.growsEvenly) {
+            result.reserve(mWay.growth * size + 2 * mWay.markSize);
+            flush(result);
+            return takeInto(result, in, end, end);
+        }
+        Taken taken = takeWholeBlocks(in, in + kChunkBecomes / mWay.growth, end);
+        if (taken != Taken::Yes) return taken;
+        const auto made = static_cast<std::size_t>(mOut - mBuffer);
+        const std::size_t sample = std::min(size / 8, kSample);
+        const bool sampled = sample >= kChunkBecomes;
+        result.reserve(expectedSize(made, in - text, sampled ? sample : size, 16));
+        flush(result);
+        if (sampled) {
+            taken = takeInto(result, in, text + sample, end);
+            if (taken != Taken::Yes) return taken;
+            result.reserve(expectedSize(result.size(), in - text, size, size < kLong ? 16 : 64));
+        }
+        return takeInto(result, in, end, end);
+    }
+
+    // As many whole chunks of [in, until) as there is certainly room for in result.
+    Taken takeInto(std::string& result, const Byte*& in, const Byte* until, const Byte* end) {
         const std::size_t chunk = kChunkBecomes / mWay.growth;
         const std::size_t spare = kBeyond * mWay.growth + kBlockSpill;
         Taken taken = Taken::Yes;
         writeInto(result, [&, used = result.size()](char* memory, std::size_t room) {
             Byte* const begin = reinterpret_cast<Byte*>(memory);
             mOut = begin + used;
-            while (taken == Taken::Yes) {
+            while (taken == Taken::Yes && in < until) {
                 const std::size_t free = room - static_cast<std::size_t>(mOut - begin);
                 if (free < spare) break;
                 const std::size_t fits =
-                    std::min((free - spare) / mWay.growth, static_cast<std::size_t>(end - in));
+                    std::min((free - spare) / mWay.growth, static_cast<std::size_t>(until - in));
                 if (fits < chunk) break;
                 taken = takeWholeBlocks(in, in + fits, end);
             }
@@ -238,12 +253,12 @@ class OnePass {
         }
     }
 
-    // The size of the result if the text goes on as it began, and a sixteenth
-    // more: so much memory is asked for, and more only if that turns out wrong.
-    // A chunk is less than 2^16 bytes and an address space at most 2^47.
-    std::size_t expectedSize(std::ptrdiff_t taken, std::ptrdiff_t left) const {
-        const std::int64_t made = mOut - mBuffer;
-        return static_cast<std::size_t>(made + left * std::int64_t{made + made / 16} / taken);
+    // The size of the result if the text goes on as it began, and a fraction of
+    // it more: so much memory is asked for, and more only if that turns out wrong.
+    static std::size_t expectedSize(std::size_t made, std::ptrdiff_t taken, std::size_t size,
+                                    std::size_t fraction) {
+        const double growth = static_cast<double>(made) / static_cast<double>(taken);
+        return static_cast<std::size_t>(growth * static_cast<double>(size + size / fraction));
     }
 
     void flush(std::string& result) {

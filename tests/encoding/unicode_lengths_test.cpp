@@ -173,6 +173,22 @@ TEST_CASE("unicode: every form gives the plain form's bytes for lengths around t
     }
 }
 
+// From 64 KiB on, a part of the text tells how much memory to ask for; from 2 MiB
+// on, there is less in reserve.
+TEST_CASE("unicode: every form gives the plain form's bytes for texts that outgrow their memory") {
+    for (const std::size_t count : {30000, 1100000}) {
+        CAPTURE(count);
+        Values values(count, 'a');
+        for (std::size_t i = count / 6; i < count; ++i)
+            values[i] = 0x3042 + static_cast<std::uint32_t>(i % 64);
+        for (std::size_t i = 9 * count / 10; i < count; ++i)
+            values[i] = 0x1F600 + static_cast<std::uint32_t>(i % 64);
+        CHECK(compareFrom8(text8(values), 0) == 4);
+        CHECK(compareFrom16(text16(unitsOf(values), false), 0) == 3);
+        CHECK(compareFrom32(text32(values, false), 0) == 3);
+    }
+}
+
 TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the end") {
     constexpr std::uint32_t kBadUnits[] = {0xD800, 0xDBFF, 0xDC00, 0xDFFF};
     constexpr std::uint32_t kBadValues[] = {0xD800, 0xDFFF, 0x200000, 0xFFFF0041};
