@@ -16,7 +16,7 @@ constexpr int kGroup = 4;
 constexpr int kDigits = 5;
 constexpr int kLineLength = 100;
 
-char character(unsigned char digit) { return static_cast<char>('!' + digit); }
+unsigned char character(unsigned char digit) { return static_cast<unsigned char>('!' + digit); }
 
 }  // namespace
 
@@ -47,7 +47,14 @@ int ascii85out_base::putgroup(unsigned char last) {
         return 0;
     }
     Digits85 digits(value);
-    for (int i = 0; i < kDigits; ++i) putuns8ascii(character(digits.next()));
+    if (mColumn < mLineLength - kDigits) {
+        // No line ends in this group. Where putuns8 throws, the column falls
+        // behind, in a stream that lacks a part in any case.
+        for (int i = 0; i < kDigits; ++i) putuns8(character(digits.next()));
+        mColumn += kDigits;
+    } else {
+        for (int i = 0; i < kDigits; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
+    }
     return 0;
 }
 
@@ -63,7 +70,7 @@ void ascii85out_base::finish() {
         std::fill(mGroup + mFill, mGroup + kGroup, static_cast<unsigned char>(0));
         Digits85 digits(std::uint32_t{mGroup[0]} << 24 | std::uint32_t{mGroup[1]} << 16 |
                         std::uint32_t{mGroup[2]} << 8);
-        for (int i = 0; i <= mFill; ++i) putuns8ascii(character(digits.next()));
+        for (int i = 0; i <= mFill; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
     }
     putuns8('~');
     ++mColumn;
