@@ -35,7 +35,7 @@ set(vaskel_loops
     colour/ink_run.cpp fonts/type1_glyph.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
     encoding/unicode_avx2_from_utf8.cpp encoding/unicode_avx2_to_utf8.cpp
-    encoding/unicode_onepass.cpp)
+    encoding/unicode_avx512_short.cpp encoding/unicode_onepass.cpp)
 set(vaskel_unhurried
     messages/error.cpp messages/message_ask.cpp messages/message_blocks.cpp
     messages/message_handler.cpp units/unit_state.cpp units/parse_range.cpp

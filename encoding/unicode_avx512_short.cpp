@@ -1,12 +1,12 @@
 // Unicode conversions for CPUs with AVX-512 and its byte shuffles: texts of at
-// most sixteen characters, which need no loop, and the form itself.
+// most sixteen characters, which need no loop, short ones, and the form itself.
 //
-// Such a text is read at once, with whatever is behind it in its page; what it
-// becomes is in one vector, and its size is known before the result is made: so
-// nothing is written that has to be read again, and no step waits for the length
-// of the text. Same results as the block functions: the values and what becomes
-// of them are made by the same steps. All other texts, bad ones among them, are
-// left to these.
+// The shortest texts are read at once, with whatever is behind them in their page;
+// what they become is in one vector, and its size is known before the result is
+// made: so nothing is written that has to be read again, and no step waits for the
+// length of the text. Same results as the block functions: the values and what
+// becomes of them are made by the same steps. All other texts, bad ones among
+// them, are left to these.
 
 #include "encoding/unicode_avx2.h"
 #include "encoding/unicode_avx512.h"
@@ -18,19 +18,6 @@ namespace Vaskel {
 namespace Avx512 {
 namespace {
 
-constexpr UnicodeBlocks kBlocks = {
-    .utf8ToUtf16 = utf8ToUtf16,
-    .utf8ToUtf32 = utf8ToUtf32,
-    .utf16ToUtf8 = utf16ToUtf8,
-    .utf16ToUtf32 = utf16ToUtf32,
-    .utf32ToUtf8 = utf32ToUtf8,
-    .utf32ToUtf16 = utf32ToUtf16,
-    .size8 = size8Avx2,
-    .size16 = size16Avx2,
-    .size32 = size32Avx2,
-    .ahead = 1,
-};
-
 // Reads up to 64 bytes of which only some belong to a text.
 #define VASKEL_READS_PAGE __attribute__((no_sanitize("address")))
 
@@ -39,19 +26,23 @@ bool inOnePage(const char* text) {
     return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - 64;
 }
 
-// The values of a text, and how many there are; none if they are not taken.
+constexpr std::size_t kNone = ~std::size_t{0};
+
+// The values of a text, and how many there are if they are taken; how many bytes
+// it has, if that is known.
 struct Values {
     __m512i values;
-    std::size_t count;
-    static constexpr std::size_t kNone = ~std::size_t{0};
-    VASKEL_AVX512 static Values none() { return {_mm512_setzero_si512(), kNone}; }
+    std::size_t count, size;
+    VASKEL_AVX512 static Values none(std::size_t size = kNone) {
+        return {_mm512_setzero_si512(), kNone, size};
+    }
     bool taken() const { return count != kNone; }
 };
 
 VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf8(const char* text) {
     const __m512i block = _mm512_loadu_si512(text);
     const std::uint64_t zeros = _mm512_testn_epi8_mask(block, block);
-    if (zeros == 0) return Values::none();
+    if (zeros == 0) return Values::none(text[64] == 0 ? 64 : kNone);
     const std::uint64_t valid = _blsmsk_u64(zeros) >> 1;
     const std::uint64_t cont = _mm512_cmplt_epi8_mask(block, all8(0xC0)) & valid;
     const std::uint64_t two = _mm512_cmpge_epu8_mask(block, all8(0xC0));
@@ -62,21 +53,22 @@ VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf8(const char* text) {
     // first byte that is missing is among the 64.
     const std::uint64_t follow = (two & valid) << 1 | (three & valid) << 2 | (four & valid) << 3;
     const std::uint64_t leads = valid & ~cont;
-    const std::size_t count = popcount(leads);
-    if (((follow ^ cont) | five) != 0 || count > 16) return Values::none();
+    const std::size_t count = popcount(leads), size = popcount(valid);
+    if (((follow ^ cont) | five) != 0 || count > 16) return Values::none(size);
     const __m512i starts = _mm512_maskz_compress_epi8(leads, _mm512_load_si512(&kPlaces));
-    return {valuesAt(block, starts, _mm512_load_si512(&kLanes), low16(count)), count};
+    return {valuesAt(block, starts, _mm512_load_si512(&kLanes), low16(count)), count, size};
 }
 
 VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf16(const char* text, bool big) {
     const __m512i units = _mm512_loadu_si512(text);
     const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
     const auto count = static_cast<std::size_t>(_tzcnt_u32(zeros));
-    if (count > 16) return Values::none();
+    const std::size_t size = zeros == 0 ? kNone : 2 * count;
+    if (count > 16) return Values::none(size);
     const __m512i ordered = _mm512_shuffle_epi8(units, unitOrder16(big));
     const __m512i values = _mm512_maskz_mov_epi32(low16(count), lowHalf(ordered));
-    if (areSurrogates(values) != 0) return Values::none();
-    return {values, count};
+    if (areSurrogates(values) != 0) return Values::none(size);
+    return {values, count, size};
 }
 
 VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf32(const char* text, bool big) {
@@ -89,8 +81,8 @@ VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf32(const char* text, bool 
     const auto count = static_cast<std::size_t>(_tzcnt_u32(zeros | 0x10000));
     const __m512i ordered = _mm512_shuffle_epi8(units, unitOrder32(big));
     const __m512i values = _mm512_maskz_mov_epi32(low16(count), ordered);
-    if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return Values::none();
-    return {values, count};
+    if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return Values::none(4 * count);
+    return {values, count, 4 * count};
 }
 
 // bytes[0, size) between a mark and a zero unit of kUnit bytes.
@@ -136,7 +128,11 @@ VASKEL_AVX512 inline std::string text32Of(const Values& of, bool big) {
     return textOf<4>(_mm512_shuffle_epi8(of.values, unitOrder32(big)), 4 * of.count, big);
 }
 
-using AnyLength = OnePassForm<kBlocks>;
+std::string convert(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
+                    const Byte* text, std::size_t size) {
+    return size <= kShortUnicode ? convertShortUnicode(way, blocks, orders, text, size)
+                                 : convertLongUnicode(way, blocks, 1, orders, text, size);
+}
 
 // For UTF-16: whether a value is a surrogate, or zero as an overlong form makes it.
 VASKEL_AVX512 inline bool bad16(const Values& of) {
@@ -144,68 +140,57 @@ VASKEL_AVX512 inline bool bad16(const Values& of) {
     return ((zeros & low16(of.count)) | areSurrogates(of.values)) != 0;
 }
 
-VASKEL_AVX512 std::string shortUtf8ToUtf32(const char* text, bool big) {
-    if (startsAsUtf8(text) && inOnePage(text)) {
-        const Values of = valuesOf8(text);
-        if (of.taken()) return text32Of(of, big);
-    }
-    return AnyLength::utf8ToUtf32(text, big);
+template <bool kWide>
+VASKEL_AVX512 std::string anyUtf8(const char* text, bool big) {
+    if (!startsAsUtf8(text)) return {};
+    const auto* const bytes = reinterpret_cast<const Byte*>(text);
+    const Values of = inOnePage(text) ? valuesOf8(text) : Values::none();
+    if (of.taken() && kWide) return text32Of(of, big);
+    if (of.taken() && !bad16(of)) return text16Of(of.values, big);
+    return convert(kWide ? kUtf8ToUtf32 : kUtf8ToUtf16, kWide ? utf8ToUtf32 : utf8ToUtf16,
+                   {false, big}, bytes, of.size != kNone ? of.size : size8Avx2(bytes));
 }
 
-VASKEL_AVX512 std::string shortUtf8ToUtf16(const char* text, bool big) {
-    if (startsAsUtf8(text) && inOnePage(text)) {
-        const Values of = valuesOf8(text);
-        if (of.taken() && !bad16(of)) return text16Of(of.values, big);
-    }
-    return AnyLength::utf8ToUtf16(text, big);
-}
-
-VASKEL_AVX512 std::string shortUtf16ToUtf32(const char* text, bool big) {
+template <bool kWide>
+VASKEL_AVX512 std::string anyUtf16(const char* text, bool big) {
     const ByteOrder order = utf16Mark(text);
-    if (order != ByteOrder::Unmarked && inOnePage(text + 2)) {
-        const Values of = valuesOf16(text + 2, order == ByteOrder::Big);
-        if (of.taken()) return text32Of(of, big);
-    }
-    return AnyLength::utf16ToUtf32(text, big);
+    if (order == ByteOrder::Unmarked) return {};
+    text += 2;
+    const auto* const bytes = reinterpret_cast<const Byte*>(text);
+    const bool inBig = order == ByteOrder::Big;
+    const Values of = inOnePage(text) ? valuesOf16(text, inBig) : Values::none();
+    if (of.taken()) return kWide ? text32Of(of, big) : text8Of(of.values);
+    return convert(kWide ? kUtf16ToUtf32 : kUtf16ToUtf8, kWide ? utf16ToUtf32 : utf16ToUtf8,
+                   {inBig, big}, bytes, of.size != kNone ? of.size : size16Avx2(bytes));
 }
 
-VASKEL_AVX512 std::string shortUtf16ToUtf8(const char* text) {
-    const ByteOrder order = utf16Mark(text);
-    if (order != ByteOrder::Unmarked && inOnePage(text + 2)) {
-        const Values of = valuesOf16(text + 2, order == ByteOrder::Big);
-        if (of.taken()) return text8Of(of.values);
-    }
-    return AnyLength::utf16ToUtf8(text);
-}
-
-VASKEL_AVX512 std::string shortUtf32ToUtf16(const char* text, bool big) {
+template <bool kTo16>
+VASKEL_AVX512 std::string anyUtf32(const char* text, bool big) {
     const ByteOrder order = utf32Mark(text);
-    if (order != ByteOrder::Unmarked && inOnePage(text + 4)) {
-        const Values of = valuesOf32(text + 4, order == ByteOrder::Big);
-        if (of.taken() && !bad16(of)) return text16Of(of.values, big);
-    }
-    return AnyLength::utf32ToUtf16(text, big);
+    if (order == ByteOrder::Unmarked) return {};
+    text += 4;
+    const auto* const bytes = reinterpret_cast<const Byte*>(text);
+    const bool inBig = order == ByteOrder::Big;
+    const Values of = inOnePage(text) ? valuesOf32(text, inBig) : Values::none();
+    if (of.taken() && !kTo16) return text8Of(of.values);
+    if (of.taken() && !bad16(of)) return text16Of(of.values, big);
+    return convert(kTo16 ? kUtf32ToUtf16 : kUtf32ToUtf8, kTo16 ? utf32ToUtf16 : utf32ToUtf8,
+                   {inBig, big}, bytes, of.size != kNone ? of.size : size32Avx2(bytes));
 }
 
-VASKEL_AVX512 std::string shortUtf32ToUtf8(const char* text) {
-    const ByteOrder order = utf32Mark(text);
-    if (order != ByteOrder::Unmarked && inOnePage(text + 4)) {
-        const Values of = valuesOf32(text + 4, order == ByteOrder::Big);
-        if (of.taken()) return text8Of(of.values);
-    }
-    return AnyLength::utf32ToUtf8(text);
-}
+std::string anyUtf16ToUtf8(const char* text) { return anyUtf16<false>(text, false); }
+std::string anyUtf32ToUtf8(const char* text) { return anyUtf32<false>(text, false); }
 
 }  // namespace
 }  // namespace Avx512
 
 const UnicodeForm kUnicodeAvx512 = {"AVX-512",
-                                    Avx512::shortUtf8ToUtf32,
-                                    Avx512::shortUtf8ToUtf16,
-                                    Avx512::shortUtf16ToUtf32,
-                                    Avx512::shortUtf16ToUtf8,
-                                    Avx512::shortUtf32ToUtf16,
-                                    Avx512::shortUtf32ToUtf8};
+                                    Avx512::anyUtf8<true>,
+                                    Avx512::anyUtf8<false>,
+                                    Avx512::anyUtf16<true>,
+                                    Avx512::anyUtf16ToUtf8,
+                                    Avx512::anyUtf32<true>,
+                                    Avx512::anyUtf32ToUtf8};
 
 }  // namespace Vaskel
 
