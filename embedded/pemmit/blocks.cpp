@@ -1,5 +1,6 @@
 #include "embedded/pemmit/blocks.h"
 
+#include <algorithm>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -36,15 +37,6 @@ struct alignas(kBlockAlignment) Slab {
 
     std::byte* blocks() { return reinterpret_cast<std::byte*>(this + 1); }
     bool isFull() const { return !free && fresh == kBlocksInSlab; }
-
-    // There is one.
-    FreeBlock* take() {
-        ++used;
-        if (free) return std::exchange(free, free->next);
-        auto* const block = reinterpret_cast<FreeBlock*>(blocks() + fresh * kBlockBytes);
-        block->place = static_cast<std::uint8_t>(fresh++);
-        return block;
-    }
 
     // Blocks of an empty slab go out in the order of memory again.
     void give(FreeBlock* block) {
@@ -87,18 +79,25 @@ struct Slabs {
         (slab->previous ? slab->previous->next : first) = slab->next;
     }
 
-    // Moves up to count blocks of one slab behind *end; there is a slab.
-    int take(int most, FreeBlock** end) {
-        Slab* const slab = first;
-        if (slab->used == 0) --empty;
-        int taken = 0;
-        for (; taken < most && !slab->isFull(); ++taken) {
-            *end = slab->take();
-            end = &(*end)->next;
+    // Hands some blocks of one slab to an empty cache; there is a slab.
+    void take(BlockCache& cache) {
+        Slab& slab = *first;
+        if (slab.used == 0) --empty;
+        if (slab.free) {
+            FreeBlock* last = slab.free;
+            for (cache.count = 1; cache.count < kBatch && last->next; ++cache.count)
+                last = last->next;
+            cache.first = std::exchange(slab.free, std::exchange(last->next, nullptr));
+            slab.used += cache.count;
+        } else {
+            const int taken = std::min(kBatch, kBlocksInSlab - slab.fresh);
+            cache.fresh = slab.blocks() + static_cast<std::size_t>(slab.fresh) * kBlockBytes;
+            cache.freshEnd = cache.fresh + static_cast<std::size_t>(taken) * kBlockBytes;
+            cache.freshPlace = static_cast<std::uint8_t>(slab.fresh);
+            slab.fresh += taken;
+            slab.used += taken;
         }
-        *end = nullptr;
-        if (slab->isFull()) unlink(slab);
-        return taken;
+        if (slab.isFull()) unlink(first);
     }
 
     // Returns a slab that is no longer needed, if any; it is no longer ours.
@@ -124,11 +123,20 @@ constinit Slabs gSlabs;
 enum class State { kUnset, kPooled, kPlain, kEnded };
 constinit thread_local State tState = State::kUnset;
 
+void emptyCache() {
+    BlockCache& cache = tBlockCache;
+    const int most = std::exchange(cache.most, 0);
+    for (; cache.fresh != cache.freshEnd; cache.fresh += kBlockBytes)
+        cache.first = new (cache.fresh) FreeBlock{cache.first, cache.freshPlace++};
+    if (cache.first) giveBlocksToSlabs(cache);
+    cache.most = most;
+}
+
 struct ThreadEnd {
     ~ThreadEnd() {
         tState = State::kEnded;
         tBlockCache.most = 0;
-        if (tBlockCache.first) giveBlocksToSlabs(tBlockCache);
+        emptyCache();
     }
 };
 
@@ -156,7 +164,7 @@ FreeBlock* takeBlockFromSlabs() {
         ++gSlabs.empty;
         ++gSlabs.count;
     }
-    cache.count = gSlabs.take(kBatch, &cache.first);
+    gSlabs.take(cache);
     lock.unlock();
     return takeBlock();
 }
@@ -188,7 +196,7 @@ void giveBlocksToSlabs(BlockCache& cache) noexcept {
 bool setBlockPool(bool on) {
     const bool before = tState == State::kPooled || (tState == State::kUnset && kPoolFromStart);
     setUp(on);
-    if (tBlockCache.first) giveBlocksToSlabs(tBlockCache);
+    emptyCache();
     return before;
 }
 

@@ -26,7 +26,10 @@ Node* copyOne(const Node& from) {
         if (count > 0) {
             source->copyPoints(made->write);
             made->write += count;
-            if (!curves->empty()) made->chain.end[1].piece()->curves = curves.release();
+            if (!curves->empty()) {
+                made->chain.end[1].piece()->curves = curves.release();
+                made->curved = true;
+            }
             made->pause();
             made->closingCurve = source->closingCurve;
             made->resume();
@@ -95,23 +98,37 @@ void enlarge(Box& box, int x, int y) {
     std::memcpy(static_cast<void*>(&box), &edges, sizeof edges);
 }
 
-// Two points at a time; the last one counts twice where their number is odd.
-void enlarge(Box& box, const Point* points, int count) {
-    static_assert(sizeof(Point) * 2 == sizeof(Lanes));
-    Lanes low, high;
-    const Point pair[2] = {points[count - 1], points[count - 1]};
-    std::memcpy(&low, pair, sizeof low);
-    high = low;
-    for (int i = 0; i + 1 < count; i += 2) {
-        Lanes both;
-        std::memcpy(&both, points + i, sizeof both);
+// Four values at a time, the minima in both halves of low and the maxima in
+// those of high; an odd last point is taken twice.
+void storeRun(Node& node, const Point* points, int count) {
+    static_assert(2 * sizeof(Point) == sizeof(Lanes));
+    Point* const out = node.write;
+    Lanes edges;
+    std::memcpy(&edges, &node.box, sizeof edges);
+    Lanes low = {edges[0], edges[1], edges[0], edges[1]};
+    Lanes high = {edges[2], edges[3], edges[2], edges[3]};
+    const auto take = [&](const Lanes& both) {
         low = both < low ? both : low;
         high = both > high ? both : high;
+    };
+    int i = 0;
+    for (; i + 1 < count; i += 2) {
+        Lanes both;
+        std::memcpy(&both, points + i, sizeof both);
+        std::memcpy(out + i, &both, sizeof both);
+        take(both);
     }
-    box.minX = std::min({box.minX, low[0], low[2]});
-    box.minY = std::min({box.minY, low[1], low[3]});
-    box.maxX = std::max({box.maxX, high[0], high[2]});
-    box.maxY = std::max({box.maxY, high[1], high[3]});
+    if (i < count) {
+        out[i] = points[i];
+        take(Lanes{points[i].x, points[i].y, points[i].x, points[i].y});
+    }
+    node.write = out + count;
+    const Lanes low2 = {low[2], low[3], low[2], low[3]};
+    const Lanes high2 = {high[2], high[3], high[2], high[3]};
+    low = low2 < low ? low2 : low;
+    high = high2 > high ? high2 : high;
+    edges = Lanes{low[0], low[1], high[0], high[1]};
+    std::memcpy(static_cast<void*>(&node.box), &edges, sizeof edges);
 }
 
 void store(Node& node, int x, int y) {
@@ -137,21 +154,20 @@ void patlin(Path* path, int x, int y) {
     if (node.write == node.limit) [[unlikely]]
         return appendToFull(node, x, y);
     store(node, x, y);
-    if (node.parent) [[unlikely]]
+    if (node.isChild) [[unlikely]]
         tellParent(node);
 }
 
 void patrun(Path* path, const PointBase<int>* points, int count) {
     Node& node = *nodeOf(path);
-    if (node.limit - node.write < count) {
+    if (node.limit - node.write < count) [[unlikely]] {
         Contour* const contour = contourOf(path);
         if (!contour) return;
         contour->makeRoom(static_cast<std::uint32_t>(count));
     }
-    std::memcpy(node.write, points, static_cast<std::size_t>(count) * sizeof(Point));
-    node.write += count;
-    enlarge(node.box, points, count);
-    if (node.parent) growBox(*node.parent, node.box);
+    storeRun(node, points, count);
+    if (node.isChild) [[unlikely]]
+        tellParent(node);
 }
 
 void patend(Path* path, int x, int y) {

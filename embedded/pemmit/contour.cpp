@@ -61,8 +61,7 @@ void Contour::freeBlock(Contour* block) noexcept {
 }
 
 void Contour::release(Contour* contour) noexcept {
-    const bool isOneBlock =
-        contour->own == kHere && contour->pieces == 1 && !contour->ownPiece()->curves;
+    const bool isOneBlock = contour->own == kHere && contour->pieces == 1 && !contour->curved;
     if (!isOneBlock && !contour->chain.empty()) {
         contour->pause();
         contour->freePieces();
@@ -199,8 +198,12 @@ bool Contour::takeFewReversed(Contour& other) noexcept {
     const Point* const points = first.piece()->points();
     for (std::int64_t i = 0; i < count; ++i)
         *write++ = points[first.side() == 0 ? count - 1 - i : i];
-    other.pause();
-    other.freePieces();
+    if (other.own == kHere) {  // which is all it has
+        other.restart();
+    } else {
+        other.pause();
+        other.freePieces();
+    }
     return true;
 }
 

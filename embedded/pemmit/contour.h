@@ -11,7 +11,6 @@
 #ifndef EMBEDDED_PEMMIT_CONTOUR_H
 #define EMBEDDED_PEMMIT_CONTOUR_H
 
-#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -37,24 +36,8 @@ struct Contour : Node {
     /// dot of a halftone screen.
     static constexpr std::uint32_t kBlockPoints = 15;
 
-    /// Where the piece in the contour's own block is.
-    enum Own : std::uint8_t { kUnused, kHere, kLent };
-
-    Own own : 2 = kHere;
-    // The last curve ends at the first point, which is not stored a second
-    // time: its end is the point that a closed walk delivers again. The chain
-    // is then one piece with room for one point more, and write is null.
-    bool closingCurve : 1 = false;
-    bool pooled : 1;              // the block goes back to the pool
-    std::uint8_t unused : 4 = 0;  // so that the byte is written, not changed
-    // Who needs the block: the contour, and whoever its piece was lent to. The
-    // two may be on different threads.
-    std::atomic<std::uint8_t> holders{1};
-    std::uint8_t place;  // of a block of the pool
-    std::uint32_t pieces = 1;
     Chain chain;
     std::int64_t before = 0;  // points of all pieces but the one that grows
-    Contour* mate = nullptr;
 
     /// A contour without points and with room for at least so many in its own
     /// block. Throws std::bad_alloc.
@@ -112,13 +95,19 @@ struct Contour : Node {
     void resume() noexcept;
 
  private:
-    explicit Contour(std::uint32_t capacity) : Node(kContour), pooled(false), place(0) {
+    explicit Contour(std::uint32_t capacity) : Node(kContour) {
         auto* const piece =
             new (ownPiece()) Piece{nullptr, 0, capacity & kMostCapacity, 1, {nullptr, nullptr}};
         chain.end[0] = {piece, 0};
         chain.end[1] = {piece, 1};
-        write = piece->points();
-        limit = write + capacity;
+        restart();
+    }
+
+    // Lets a contour that is its own piece alone begin without points.
+    void restart() noexcept {
+        write = ownPiece()->points();
+        limit = write + ownPiece()->capacity;
+        before = 0;
     }
 
     Piece* ownPiece() { return reinterpret_cast<Piece*>(this + 1); }

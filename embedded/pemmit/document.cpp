@@ -59,6 +59,7 @@ bool addCurve(Pemmit::Path* path, int x1, int y1, int x2, int y2, int x3, int y3
     contour->makeRoom(count);
     Piece* const piece = contour->chain.end[1].piece();
     if (!piece->curves) piece->curves = fresh.release();
+    contour->curved = true;
 
     piece->curves->push_back({contour->write - piece->points(), count, {{x1, y1}, {x2, y2}}});
     contour->write = std::copy(points.begin(), points.end(), contour->write);

@@ -4,6 +4,7 @@
 #ifndef EMBEDDED_PEMMIT_NODE_H
 #define EMBEDDED_PEMMIT_NODE_H
 
+#include <atomic>
 #include <cstdint>
 
 #include "embedded/pemmit/piece.h"
@@ -14,10 +15,16 @@ namespace Embedded {
 struct Contour;
 struct Compound;
 
-/// The kind is kept apart from the flags word, which flaset may change as it
-/// likes. What patlin needs stands in the first 64 bytes.
+/// What contours and compound objects are made of. The kind is kept apart from
+/// the flags word, which flaset may change as it likes.
+///
+/// What patlin needs, and what is asked of a small contour when it is released,
+/// stands in the first 64 bytes: the rest of a contour that goes need not be
+/// fetched.
 struct Node : Pemmit::Path {
     enum Kind : std::uint8_t { kContour, kCompound };
+    /// Where the piece in a contour's own block is.
+    enum Own : std::uint8_t { kUnused, kHere, kLent };
 
     explicit Node(Kind k) : kind(k) {
         flags = k == kContour ? Pemmit::kFlagPath : Pemmit::kFlagChildren;
@@ -30,9 +37,26 @@ struct Node : Pemmit::Path {
     // nothing can grow right now, and in compound objects.
     Point* write = nullptr;
     Point* limit = nullptr;
+    Kind kind;
+    // Of contours, up to mate.
+    Own own : 2 = kHere;
+    // The last curve ends at the first point, which is not stored a second
+    // time: its end is the point that a closed walk delivers again. The chain
+    // is then one piece with room for one point more, and write is null.
+    bool closingCurve : 1 = false;
+    bool curved : 1 = false;      // its own piece may have curves
+    bool pooled : 1 = false;      // its block goes back to the pool
+    bool isChild : 1 = false;     // of any kind: has a parent
+    std::uint8_t unused : 2 = 0;  // so that the byte is written, not changed
+    // Who needs the block: the contour, and whoever its piece was lent to. The
+    // two may be on different threads.
+    std::atomic<std::uint8_t> holders{1};
+    std::uint8_t place = 0;  // of a block of the pool
+    std::uint32_t pieces = 1;
+    Contour* mate = nullptr;
+
     Compound* parent = nullptr;
     Node* previous = nullptr;  // the child before this one
-    Kind kind;
 };
 
 /// An object with children.

@@ -63,6 +63,7 @@ void emptyBox(Node& node) {
 }
 
 void linkChild(Compound& parent, Node& child) {
+    child.isChild = true;
     child.parent = &parent;
     child.previous = parent.lastChild;
     child.next = nullptr;
@@ -85,6 +86,7 @@ void unlinkChild(Node& child) {
         after->previous = child.previous;
     else
         parent->lastChild = child.previous;
+    child.isChild = false;
     child.parent = nullptr;
     child.previous = nullptr;
     child.next = nullptr;
@@ -124,9 +126,11 @@ void objrem(Object* object) {
     // comes next may stand a little further on.
     const char* const later = reinterpret_cast<const char*>(node) + 4 * kBlockBytes;
     __builtin_prefetch(later, 1);
-    __builtin_prefetch(later + kBlockAlignment, 1);
-    unlinkChild(*node);
-    freeTree(node);
+    if (node->isChild) unlinkChild(*node);
+    if (Contour* const contour = contourOf(node))
+        Contour::release(contour);
+    else
+        freeTree(node);
 }
 
 void flaset(Object* object, std::uint32_t mask, bool on) {
