@@ -213,7 +213,7 @@ class BlockDivision : private DigitDivision<Base65536> {
         // k_(p-1) to k_(p+pairs), in rising order of places: k[i] is k_(p+pairs-i).
         Row k(pairs + 2 + kPerLimb), first(size);
         k[pairs + 1] = static_cast<Digit>(mPowerQuotient);
-        std::copy_n(mPower.begin(), mN, first.begin());
+        std::copy_n(mPower, mN, first.begin());
         k[pairs] = nextRow(first);
         k[pairs - 1] = nextRow(first);  // and first is r_(p+1)
         // Its fraction's digits, k_(p+2) to k_(p+pairs-1), pairs - 2 of them.
@@ -237,7 +237,7 @@ class BlockDivision : private DigitDivision<Base65536> {
             report();
         }
         mLength -= pairs;
-        std::copy_n(lastRow.begin(), mN, mPower.begin());
+        std::copy_n(lastRow.begin(), mN, mPower);
         mPowerOf = p - 1 + pairs;
         mPowerQuotient = k[1];
         return true;

@@ -92,7 +92,7 @@ class DigitDivision {
             trim();
             return static_cast<Digit>(k);
         }
-        if (v[p - 1] == 0) return belowPower(v, p, report);
+        if (v[p - 1] == 0) return belowPower(v, p, s == 0, report);
         std::uint64_t turned = 0;  // E - rev(E), mod B
         if (v[p - 1] >= mTop) {
             const std::uint64_t estimate = (v[p - 1] * B + v[p - 2]) / mTop;
@@ -108,15 +108,20 @@ class DigitDivision {
 
     // From B^j to B^(j+1), at first to B^n: remainder by D, and quotient mod B.
     void nextPower() {
-        if (mPower.empty()) {
-            mPower.assign(mN + 1, 0);
+        if (mPowers.empty()) {
+            mPowers.assign(mN + 1 + kPowerRoom, 0);
+            mPower = &mPowers[kPowerRoom];
             // B^(n-1) is its own remainder unless it is D.
             mPower[mN - 1] = trimmedCount(mDivisor, mN - 1) == 0 && mTop == 1 ? 0 : 1;
             mPowerOf = mN - 1;
+        } else if (mPower == mPowers.data()) {
+            std::copy_backward(mPower, mPower + mN, mPowers.data() + kPowerRoom + mN);
+            mPower = &mPowers[kPowerRoom];
+            mPower[mN] = 0;
         }
-        std::copy_backward(mPower.begin(), mPower.end() - 1, mPower.end());
-        mPower[0] = 0;
-        mPowerQuotient = reduce(mPower.data());
+        // Times B: the row moves down, a zero comes in below.
+        *--mPower = 0;
+        mPowerQuotient = reduce(mPower);
         ++mPowerOf;
     }
 
@@ -128,8 +133,11 @@ class DigitDivision {
     std::uint64_t mDivisorHead = 0;  // the three digits on top
     std::uint64_t mHeadReciprocal;
     bool mWrapped = false;
+    bool mStepAdded = false;  // 1 + M to the wrapped rest
 
-    std::vector<Digit> mPower;         // B^mPowerOf mod D, and a zero on top
+    static constexpr std::size_t kPowerRoom = 32;
+    std::vector<Digit> mPowers;        // room for the row of
+    Digit* mPower = nullptr;           // B^mPowerOf mod D, and a zero on top
     std::size_t mPowerOf = 0;          // 0 as long as none was needed
     std::uint64_t mPowerQuotient = 0;  // floor(B^mPowerOf / D) mod B
 
@@ -167,14 +175,20 @@ class DigitDivision {
         return quotient;
     }
 
-    // The place where the p-digit rest has a zero on top.
+    // The place where the p-digit rest has a zero on top. With n + 4 digits and
+    // more the sum is below B^(n+2), so that it wraps, whatever it is, and has a
+    // zero below the B - 1. Unless this is the last place, the next one takes the
+    // same sum back at once: then it is not added.
     template <class Report>
-    Digit belowPower(Digit* v, std::size_t p, Report report) {
+    Digit belowPower(Digit* v, std::size_t p, bool last, Report report) {
         while (mPowerOf < p - 1) nextPower();
         const bool divides = powerIsZero();
-        const Digit* const step = divides ? mDivisor : mPower.data();  // 1 + M
-        const unsigned carry = Base::add(v, step, mN);
-        Base::carry(v + mN, p - mN, carry);
+        mStepAdded = p < mN + 4 || last;
+        if (mStepAdded) {
+            const Digit* const step = divides ? mDivisor : mPower;  // 1 + M
+            const unsigned carry = Base::add(v, step, mN);
+            Base::carry(v + mN, p - mN, carry);
+        }
         if (v[p - 1] != 0) {
             v[p - 1] = 0;
             trim();
@@ -191,12 +205,14 @@ class DigitDivision {
     std::uint64_t unwrap(Digit* v, std::size_t p) {
         v[p - 1] = 0;
         Digit* const before = v + 1;
-        const Digit* const step = powerIsZero() ? mDivisor : mPower.data();
-        const unsigned borrow = Base::subtract(before, step, mN);
-        Base::borrow(before + mN, p - 1 - mN, borrow);
+        if (mStepAdded) {
+            const Digit* const step = powerIsZero() ? mDivisor : mPower;
+            const unsigned borrow = Base::subtract(before, step, mN);
+            Base::borrow(before + mN, p - 1 - mN, borrow);
+        }
         reduce(before);
         nextPower();  // now B^(p-1) mod D
-        const unsigned carry = Base::add(before, mPower.data(), mN);
+        const unsigned carry = Base::add(before, mPower, mN);
         if (carry != 0 || compareDigits(before, mDivisor, mN) >= 0)
             Base::subtract(before, mDivisor, mN);
         mWrapped = false;
@@ -204,7 +220,7 @@ class DigitDivision {
     }
 
     bool powerIsZero() const {
-        return std::all_of(mPower.begin(), mPower.end() - 1, [](Digit d) { return d == 0; });
+        return std::all_of(mPower, mPower + mN, [](Digit d) { return d == 0; });
     }
 };
 

@@ -23,6 +23,7 @@ class ShortDivision {
         : mN(n), mTop(divisor[n - 1]), mPowerOf(n - 1), mTopPlace(Value{1} << 16 * (n - 1)) {
         for (unsigned i = n; i-- > 0;) mDivisor = mDivisor << 16 | divisor[i];
         mReciprocal = static_cast<Limb>(((TwoLimbs{1} << (64 + kShift)) - 1) / mDivisor);
+        mWrappedTurn = turn(B - 1, 0);
         // B^(n-1) is its own remainder unless it is D.
         mPower = mTopPlace == mDivisor ? 0 : mTopPlace;
     }
@@ -41,7 +42,8 @@ class ShortDivision {
                     used -= v < mTopPlace;
                 }
             } else if (mWrapped) {
-                const Limb turned = turn(B - 1, digitOf(mSum, p - 3));
+                const Limb next = digitOf(mSum, p - 3);
+                const Limb turned = next == 0 ? mWrappedTurn : turn(B - 1, next);
                 v = unwrapped(left) << 16 | rest[s];
                 quotient[s] = static_cast<Digit>(reduce(v) + turned);
                 --used;
@@ -124,7 +126,8 @@ class ShortDivision {
     Limb mTop;
     Value mDivisor = 0;
     Limb mReciprocal;
-    Value mPower;  // B^mPowerOf mod D
+    Limb mWrappedTurn;  // where a wrap leaves B - 1 and 0 on top, as most do
+    Value mPower;       // B^mPowerOf mod D
     std::size_t mPowerOf;
     Limb mPowerQuotient = 0;  // floor(B^mPowerOf / D) mod B
     Value mTopPlace;          // B^(n-1)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -22,7 +23,9 @@ void debugstring(const char* line) {
 
 void debug(const char* format, ...) {
     char line[1024];  // longer lines are cut
-    if (!std::strchr(format, '%') && std::strlen(format) < sizeof line) return debugstring(format);
+    const char* const end = strchrnul(format, '%');
+    if (*end == 0 && end - format < static_cast<std::ptrdiff_t>(sizeof line))
+        return debugstring(format);
     va_list arguments;
     va_start(arguments, format);
     const int length = std::vsnprintf(line, sizeof line, format, arguments);
