@@ -62,13 +62,17 @@ inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit)
     return _mm_movemask_pd(_mm_castsi128_pd(any)) == 0;
 }
 
-inline bool PackedSteps::areWithinNear(int count, const Step& d, int limit) const {
-    const __m128i across = _mm_set1_epi32(static_cast<int>(pack({d.y, -d.x})));
-    const __m128i most = _mm_set1_epi32(limit);
-    __m128i any = beyondNear(mNewest, across, most);
+inline bool PackedSteps::areWithinNear(int count, const Step& d, int square) const {
+    const __m128i all = _mm_shuffle_epi32(_mm_cvtsi32_si128(static_cast<int>(pack(d))), 0);
+    const __m128i swapped = _mm_shufflehi_epi16(_mm_shufflelo_epi16(all, 0xB1), 0xB1);
+    const __m128i upper = _mm_set1_epi32(-65536);  // turns d.x round: (d.y, -d.x)
+    const __m128i across = _mm_sub_epi16(_mm_xor_si128(swapped, upper), upper);
+    const __m128i limit =
+        _mm_shuffle_epi32(_mm_mul_epu32(_mm_madd_epi16(all, all), _mm_cvtsi32_si128(square)), 0);
+    __m128i any = beyondNear(mNewest, across, limit);
     const unsigned blocks = static_cast<unsigned>(count - 1) / 4;
     for (unsigned i = 0; i < blocks; ++i)
-        any = _mm_or_si128(any, beyondNear(mBlock[i], across, most));
+        any = _mm_or_si128(any, beyondNear(mBlock[i], across, limit));
     return _mm_movemask_epi8(any) == 0;
 }
 
@@ -93,8 +97,8 @@ inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit)
     return true;
 }
 
-inline bool PackedSteps::areWithinNear(int count, const Step& d, int limit) const {
-    return areWithin(count, d, limit);
+inline bool PackedSteps::areWithinNear(int count, const Step& d, int square) const {
+    return areWithin(count, d, square * (d.x * d.x + d.y * d.y));
 }
 
 Step PackedSteps::at(int, int i) const {
@@ -165,8 +169,7 @@ void SimplifyFast::add(const PointRun& run) {
             static_cast<std::uint64_t>(d.x + kNear) | static_cast<std::uint64_t>(d.y + kNear);
         bool absorbed;
         if (reach < 2 * kNear && static_cast<unsigned>(pending - 1) < most) [[likely]] {
-            const auto dx = static_cast<int>(d.x), dy = static_cast<int>(d.y);
-            absorbed = mSteps.areWithinNear(pending, d, square * (dx * dx + dy * dy));
+            absorbed = mSteps.areWithinNear(pending, d, square);
         } else {
             absorbed = absorbsFar(d, pending);
         }

@@ -51,8 +51,8 @@ class PackedSteps {
     /// Whether the squared cross product of each of count steps with a short d
     /// is at most limit, which is not negative. d.x is not -32768.
     bool areWithin(int count, const Step& d, std::int64_t limit) const;
-    /// The same for a near d and a limit of at most 2^29.
-    bool areWithinNear(int count, const Step& d, int limit) const;
+    /// The same for a near d and a limit of square |d|^2, at most 2^29.
+    bool areWithinNear(int count, const Step& d, int square) const;
     Step at(int count, int i) const;
 
  private:
