@@ -42,13 +42,13 @@ Type1Glyph::~Type1Glyph() = default;
 
 // Where a command of up to so many bytes can be written, so that it either
 // happens whole or not at all.
-inline unsigned char* Type1Glyph::room(std::size_t bytes) {
+unsigned char* Type1Glyph::room(std::size_t bytes) {
     if (mOutline.size() - mLength < bytes) [[unlikely]]
         mOutline.resize(std::max(kFirstBytes, 2 * mOutline.size()));
     return mOutline.data() + mLength;
 }
 
-inline void Type1Glyph::updateBounds(int x, int y) {
+void Type1Glyph::updateBounds(int x, int y) {
     const std::int32_t down = Vaskel::clamp32(-std::int64_t{y});
     if (mLength == 0) {
         // Not (down, x, down, x): callers store these boxes, so the seed stays

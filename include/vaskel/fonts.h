@@ -81,8 +81,8 @@ class VASKEL_API Type1Glyph {
     static constexpr std::size_t kHeadRoom = 16;  // for writeHead, in bytes
     std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
-    void updateBounds(int x, int y);
-    unsigned char* room(std::size_t bytes);
+    inline void updateBounds(int x, int y);
+    inline unsigned char* room(std::size_t bytes);
     void drawTo(int x, int y, unsigned char command);
 
     std::string mName;
