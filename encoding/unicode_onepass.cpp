@@ -166,7 +166,8 @@ class OnePass {
     }
 
     // The blocks that lie in [in, chunkEnd) with the bytes ahead of them.
-    Taken takeWholeBlocks(const Byte*& in, const Byte* chunkEnd, const Byte* end) {
+    [[gnu::noinline]] Taken takeWholeBlocks(const Byte*& in, const Byte* chunkEnd,
+                                            const Byte* end) {
         if (chunkEnd - in < mAhead) return Taken::Yes;
         const Byte* const last = chunkEnd - mAhead;
         for (;;) {
@@ -181,10 +182,10 @@ class OnePass {
     }
 
     // All whole chunks that there is room for in result, into it.
-    Taken takeChunks(std::string& result, const Byte*& in, std::size_t size) {
+    [[gnu::noinline]] Taken takeChunks(std::string& result, const Byte*& in, std::size_t size) {
         const Byte *const text = in, *const end = in + size;
         if (mWay.growsEvenly) {
-            result.reserve(mWay.growth * size + 2 * mWay.markSize);
+            reserve(result, mWay.growth * size + 2 * mWay.markSize);
             flush(result);
             return takeInto(result, in, end, end);
         }
@@ -193,18 +194,19 @@ class OnePass {
         const auto made = static_cast<std::size_t>(mOut - mBuffer);
         const std::size_t sample = std::min(size / 8, kSample);
         const bool sampled = sample >= kChunkBecomes;
-        result.reserve(expectedSize(made, in - text, sampled ? sample : size, 16));
+        reserve(result, expectedSize(made, in - text, sampled ? sample : size, 16));
         flush(result);
         if (sampled) {
             taken = takeInto(result, in, text + sample, end);
             if (taken != Taken::Yes) return taken;
-            result.reserve(expectedSize(result.size(), in - text, size, size < kLong ? 16 : 64));
+            reserve(result, expectedSize(result.size(), in - text, size, size < kLong ? 16 : 64));
         }
         return takeInto(result, in, end, end);
     }
 
     // As many whole chunks of [in, until) as there is certainly room for in result.
-    Taken takeInto(std::string& result, const Byte*& in, const Byte* until, const Byte* end) {
+    [[gnu::noinline]] Taken takeInto(std::string& result, const Byte*& in, const Byte* until,
+                                     const Byte* end) {
         const std::size_t chunk = kChunkBecomes / mWay.growth;
         const std::size_t spare = kBeyond * mWay.growth + kBlockSpill;
         Taken taken = Taken::Yes;
@@ -229,7 +231,7 @@ class OnePass {
     // The last bytes, fewer than kZeros, in blocks filled up with zero units;
     // what those become is taken off again. None are left where blocks end with
     // the text.
-    Taken takeRest(const Byte* in, const Byte* end) {
+    [[gnu::noinline]] Taken takeRest(const Byte* in, const Byte* end) {
         const auto left = static_cast<std::size_t>(end - in);
         alignas(64) Byte filled[64 + 2 * kZeros];
         Byte* const begin = filled + 64;
@@ -261,7 +263,11 @@ class OnePass {
         return static_cast<std::size_t>(growth * static_cast<double>(size + size / fraction));
     }
 
-    void flush(std::string& result) {
+    [[gnu::noinline]] static void reserve(std::string& result, std::size_t size) {
+        result.reserve(size);
+    }
+
+    [[gnu::noinline]] void flush(std::string& result) {
         result.append(reinterpret_cast<const char*>(mBuffer),
                       static_cast<std::size_t>(mOut - mBuffer));
         mOut = mBuffer;
