@@ -48,10 +48,12 @@ int ascii85out_base::putgroup(unsigned char last) {
     }
     Digits85 digits(value);
     if (mColumn < mLineLength - kDigits) {
-        // No line ends in this group. Where putuns8 throws, the column falls
-        // behind, in a stream that lacks a part in any case.
-        for (int i = 0; i < kDigits; ++i) putuns8(character(digits.next()));
-        mColumn += kDigits;
+        // No line ends in this group. Columns are counted one by one, so that they
+        // are those that were written where putuns8 throws.
+        for (int i = 0; i < kDigits; ++i) {
+            putuns8(character(digits.next()));
+            ++mColumn;
+        }
     } else {
         for (int i = 0; i < kDigits; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
     }

@@ -46,8 +46,9 @@ extern constinit thread_local BlockCache tBlockCache [[gnu::tls_model("initial-e
 /// Has the processor fetch a block's memory, which is soon written to. Any
 /// address may be given.
 inline void fetchBlock(const void* block) {
+    const auto address = reinterpret_cast<std::uintptr_t>(block);  // it may be null
     for (std::size_t at = 0; at < kBlockBytes; at += kBlockAlignment)
-        __builtin_prefetch(static_cast<const char*>(block) + at, 1);
+        __builtin_prefetch(reinterpret_cast<const void*>(address + at), 1);
 }
 
 FreeBlock* takeBlockFromSlabs();

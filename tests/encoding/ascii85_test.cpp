@@ -131,6 +131,26 @@ TEST_CASE("ascii85: the destructor writes nothing, and a full destination does n
     }
 }
 
+TEST_CASE("ascii85: lines keep their length behind a group that a full destination cut off") {
+    for (std::size_t at = 0; at < 250; ++at) {
+        CAPTURE(at);
+        Sink sink;
+        sink.throwAt = at;
+        const auto encodeAll = [&sink] {
+            for (int i = 0; i < 400; ++i) sink.encode(static_cast<unsigned char>(i | 1));
+        };
+        CHECK_THROWS_AS(encodeAll(), Sink::Full);
+        // A line feed that was not taken comes behind the next character.
+        const bool feedIsLost = at % 101 == 100;
+        sink.throwAt = std::string::npos;
+        encodeAll();
+        std::size_t begin = 0, end;
+        for (; (end = sink.text.find('\n', begin)) != std::string::npos; begin = end + 1)
+            CHECK(end - begin == (feedIsLost && begin / 101 == at / 101 ? 101 : 100));
+        CHECK(begin > at);
+    }
+}
+
 // The decoder of the format's definition, written apart from the encoder.
 std::vector<int> decoded(const std::string& text) {
     std::vector<int> bytes;
