@@ -232,8 +232,11 @@ struct DownsamplerInside {
 
     // From this line, which completes an output line, to the next one that does.
     static std::uintptr_t nextPicked(const downsampler& d) {
-        const double lines = std::ceil(2 * d.mFactorY - d.mRow);
-        return lines >= 1 && lines <= d.mHeight ? d.mSums->ahead.step() * asSize(lines) : 0;
+        const double lines = 2 * d.mFactorY - d.mRow;
+        if (!(lines > 0 && lines < d.mHeight)) return 0;
+        auto count = static_cast<std::uintptr_t>(lines);
+        if (static_cast<double>(count) < lines) ++count;
+        return d.mSums->ahead.step() * count;
     }
 
     static void pickLine(downsampler& d, const unsigned int* line) {
