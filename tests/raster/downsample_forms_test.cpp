@@ -274,3 +274,71 @@ TEST_CASE("downsampler: assigned ones know what their sums hold") {
         CHECK(gExactLines == 0);
     }
 }
+
+namespace {
+
+// Calls in any order on two samplers that become copies of each other and share
+// their sums; all that they give.
+std::vector<unsigned char> anyCalls(const DownsampleForm* form, unsigned seed) {
+    const ForcedForm forced(form);
+    std::mt19937 random(seed);
+    const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
+    const unsigned width = 1 + below(60), height = 1 + below(60);
+    const double factor = 1 + below(1000) / 137.0;
+    downsampler samplers[2] = {{factor, 1, width, height}, {factor, 1, width, height}};
+    std::vector<unsigned> line(width), out(width);
+    std::vector<unsigned char> all;
+    const auto keep = [&] {
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(out.data());
+        all.insert(all.end(), bytes, bytes + 4 * out.size());
+    };
+    for (int call = 0; call < 60; ++call) {
+        downsampler& sampler = samplers[below(2)];
+        for (unsigned& pixel : line) pixel = static_cast<unsigned>(random());
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(line.data());
+        auto* const outBytes = reinterpret_cast<unsigned char*>(out.data());
+        switch (below(16)) {
+            case 0:
+                sampler.getlastline(out.data()), keep();
+                break;
+            case 1:
+                sampler.getlastline(outBytes), keep();
+                break;
+            case 2:
+                samplers[0] = samplers[1];
+                break;
+            case 3:
+                samplers[1] = downsampler(samplers[0]);
+                break;
+            case 4:
+                sampler.setFiltering(below(4) != 0);
+                break;
+            case 5:
+                sampler.stuff(bytes);
+                break;
+            case 6:
+                sampler.get(outBytes), keep();
+                break;
+            case 7:
+            case 8:
+                sampler.get(out.data()), keep();
+                break;
+            default:
+                sampler.stuff(line.data());
+        }
+    }
+    return all;
+}
+
+}  // namespace
+
+TEST_CASE("downsampler: every form gives the plain form's bytes, whatever is called when") {
+    for (unsigned seed = kSeed; seed < kSeed + 3000; ++seed) {
+        CAPTURE(seed);
+        const std::vector<unsigned char> want = anyCalls(&kDownsamplePlain, seed);
+        for (const DownsampleForm* form : downsampleForms().subspan(1)) {
+            CAPTURE(std::string(form->name));
+            REQUIRE(anyCalls(form, seed) == want);
+        }
+    }
+}
