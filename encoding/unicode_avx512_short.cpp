@@ -85,6 +85,25 @@ VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf32(const char* text, bool 
     return {values, count, 4 * count};
 }
 
+// The bytes in front of the zero unit, in aligned blocks that lie in one page each.
+template <unsigned kUnit>
+VASKEL_AVX512 VASKEL_READS_PAGE __attribute__((noinline)) std::size_t sizeToZero(const Byte* text) {
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) % 64;
+    if (offset % kUnit != 0) return kUnit == 2 ? size16Avx2(text) : size32Avx2(text);
+    const auto zeros = [](const Byte* block) VASKEL_AVX512 VASKEL_READS_PAGE {
+        const __m512i units = _mm512_load_si512(block);
+        return kUnit == 2 ? std::uint32_t{_mm512_testn_epi16_mask(units, units)}
+                          : std::uint32_t{_mm512_testn_epi32_mask(units, units)};
+    };
+    const Byte* block = text - offset;
+    std::uint32_t found = zeros(block) >> offset / kUnit << offset / kUnit;
+    for (; found == 0; found = zeros(block)) {
+        block += 64;
+        expect(block);
+    }
+    return static_cast<std::size_t>(block + kUnit * _tzcnt_u32(found) - text);
+}
+
 // bytes[0, size) between a mark and a zero unit of kUnit bytes.
 template <std::size_t kUnit>
 VASKEL_AVX512 std::string textOf(__m512i bytes, std::size_t size, bool big) {
@@ -161,7 +180,7 @@ VASKEL_AVX512 std::string anyUtf16(const char* text, bool big) {
     const Values of = inOnePage(text) ? valuesOf16(text, inBig) : Values::none();
     if (of.taken()) return kWide ? text32Of(of, big) : text8Of(of.values);
     return convert(kWide ? kUtf16ToUtf32 : kUtf16ToUtf8, kWide ? utf16ToUtf32 : utf16ToUtf8,
-                   {inBig, big}, bytes, of.size != kNone ? of.size : size16Avx2(bytes));
+                   {inBig, big}, bytes, of.size != kNone ? of.size : sizeToZero<2>(bytes));
 }
 
 template <bool kTo16>
@@ -175,7 +194,7 @@ VASKEL_AVX512 std::string anyUtf32(const char* text, bool big) {
     if (of.taken() && !kTo16) return text8Of(of.values);
     if (of.taken() && !bad16(of)) return text16Of(of.values, big);
     return convert(kTo16 ? kUtf32ToUtf16 : kUtf32ToUtf8, kTo16 ? utf32ToUtf16 : utf32ToUtf8,
-                   {inBig, big}, bytes, of.size != kNone ? of.size : size32Avx2(bytes));
+                   {inBig, big}, bytes, of.size != kNone ? of.size : sizeToZero<4>(bytes));
 }
 
 std::string anyUtf16ToUtf8(const char* text) { return anyUtf16<false>(text, false); }
