@@ -51,6 +51,10 @@ struct DownsampleSums {
 
     LinesAhead ahead;
 
+    // Picks of one byte whose slots are not made yet, as long as picksWait.
+    std::vector<unsigned char> picks;
+    bool picksWait = false;
+
     // Lines that nobody has asked the sums of yet: values are all 0 then.
     KeptLines kept;
     std::vector<float> estimates;
@@ -66,7 +70,11 @@ struct DownsampleSums {
 
     // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
     DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
-        : values(count), rule(cells, factorDown), kept(cells, factorDown), factorY(factorDown) {
+        : values(count),
+          rule(cells, factorDown),
+          picks(count / 4 + kPickRoom),
+          kept(cells, factorDown),
+          factorY(factorDown) {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) {
@@ -213,6 +221,7 @@ struct DownsamplerInside {
         DownsampleSums& sums = *d.mSums;
         const DownsampleForm& form = chosenDownsampleForm();
         const double rest = 1 - weight;
+        widenPicks(d);
         if (keeps(d, line, channels, weight)) {
             if (estimateBytes(d)) {
                 rest != 0 ? sums.kept.keepLast(rest) : sums.kept.clear();
@@ -242,14 +251,24 @@ struct DownsamplerInside {
     static void pickLine(downsampler& d, const unsigned int* line) {
         chosenPickForm().pixels(*d.mPicks, reinterpret_cast<const unsigned char*>(line),
                                 nextPicked(d), d.mLine.get());
+        d.mSums->picksWait = false;
         d.mColumn = d.mPicks->column;
     }
-    // One-byte pixels come to stand in slots of four bytes.
+    // One-byte pixels come to stand in slots of four bytes, which are made when
+    // someone asks for more than their low bytes.
     static void pickLine(downsampler& d, const unsigned char* line) {
-        const PickForm& form = chosenPickForm();
-        form.bytes(*d.mPicks, line, nextPicked(d), d.mScratch.get());
-        form.widen(d.mScratch.get(), d.mPicks->count, d.mLine.get());
+        DownsampleSums& sums = *d.mSums;
+        chosenPickForm().bytes(*d.mPicks, line, nextPicked(d), sums.picks.data());
+        sums.picksWait = true;
+        if (d.mPicks->count != outputWidth(d)) widenPicks(d);
         d.mColumn = d.mPicks->column;
+    }
+
+    static void widenPicks(const downsampler& d) {
+        DownsampleSums& sums = *d.mSums;
+        if (sums.picksWait)
+            chosenPickForm().widen(sums.picks.data(), d.mPicks->count, d.mLine.get());
+        sums.picksWait = false;
     }
 
     template <class Pixel>
@@ -273,7 +292,10 @@ struct DownsamplerInside {
 
     // The low bytes of the picked slots.
     static void copySlots(const downsampler& d, unsigned char* line) {
-        chosenPickForm().narrow(d.mLine.get(), outputWidth(d), line);
+        if (d.mSums->picksWait)
+            std::copy_n(d.mSums->picks.data(), outputWidth(d), line);
+        else
+            chosenPickForm().narrow(d.mLine.get(), outputWidth(d), line);
     }
 };
 
@@ -336,15 +358,15 @@ short downsampler::notforawhile() const { return mRow < mFactorY - 1 ? 1 : 0; }
 void downsampler::get(unsigned char* line) {
     if (!ready()) return;
     mRow -= mFactorY;
-    if (mFiltering)
-        std::memcpy(line, mLine.get(), DownsamplerInside::outputWidth(*this));
-    else
-        DownsamplerInside::copySlots(*this, line);
+    if (!mFiltering) return DownsamplerInside::copySlots(*this, line);
+    DownsamplerInside::widenPicks(*this);
+    std::memcpy(line, mLine.get(), DownsamplerInside::outputWidth(*this));
 }
 
 void downsampler::get(unsigned int* line) {
     if (!ready()) return;
     mRow -= mFactorY;
+    DownsamplerInside::widenPicks(*this);
     std::memcpy(line, mLine.get(), 4 * DownsamplerInside::outputWidth(*this));
 }
 
@@ -355,6 +377,7 @@ void downsampler::getlastline(unsigned char* line) {
         DownsamplerInside::copySlots(*this, line);
         return;
     }
+    DownsamplerInside::widenPicks(*this);
     DownsamplerInside::settle(*this);
     mSums->unpack();
     const double cell = mFactorX * mFactorY;
@@ -365,6 +388,7 @@ void downsampler::getlastline(unsigned char* line) {
 void downsampler::getlastline(unsigned int* line) {
     const std::size_t bytes = 4 * DownsamplerInside::outputWidth(*this);
     if (bytes == 0) return;
+    DownsamplerInside::widenPicks(*this);
     if (mFiltering) DownsamplerInside::makeBytes(*this, 4);
     std::memcpy(line, mLine.get(), bytes);
 }

@@ -168,7 +168,7 @@ VASKEL_API void vecsetpar(int p1, int p2, int p3, int p4);
 ///
 /// One object is one image; clone makes another of the same settings. With a
 /// width or height of 0 every call does nothing and ready is 0. Memory: about
-/// 56 bytes an output pixel of a line, and in tables 20 more and one an input
+/// 60 bytes an output pixel of a line, and in tables 20 more and one an input
 /// pixel; for factors that are not multiples of 1/64, also the input lines of an
 /// output line, as long as they take at most 1 MiB. An object belongs to one
 /// thread at a time. std::bad_alloc passes through, except where clone says

@@ -137,10 +137,14 @@ TEST_CASE("nearest pick: the forced form takes lines, bytes and adjusted lines")
     for (int i = 0; i < 2; ++i) sampler.stuff(narrow);
     sampler.get(bytesOut);
     CHECK(bytes == 1);
-    CHECK(narrowed == 1);
+    CHECK(narrowed == 0);  // bytes are taken as they were picked
     CHECK(bytesOut[1] == 3);
     sampler.adjust(narrow, bytesOut);
     CHECK(bytes == 2);
+    for (int i = 0; i < 3; ++i) sampler.stuff(line);
+    sampler.get(bytesOut);
+    CHECK(narrowed == 1);
+    CHECK(bytesOut[3] == 18);
 }
 
 TEST_CASE("nearest pick: all forms give whole images alike") {
@@ -206,4 +210,65 @@ TEST_CASE("nearest pick: forms are told where the next line lies that is picked 
         while (sampler.ready()) sampler.get(out);
     }
     CHECK(told == std::vector<std::uintptr_t>{2 * 40, 3 * 40, 2 * 40, 3 * 40});
+}
+
+// Slots are made of picked bytes when someone asks for them; whoever asks, in
+// whatever order, finds what slots made at once would hold.
+TEST_CASE("nearest pick: lines hold slots of four bytes, whatever is asked for when") {
+    constexpr unsigned kWidth = 20, kHeight = 30;
+    constexpr std::size_t n = 8;  // of 2.5 pixels
+    const DownsamplePicks picks = picksFor(kWidth, n);
+    for (unsigned seed = kSeed; seed < kSeed + 500; ++seed) {
+        CAPTURE(seed);
+        std::mt19937 random(seed);
+        downsampler samplers[2] = {{5, 2, kWidth, kHeight}, {5, 2, kWidth, kHeight}};
+        samplers[0].setFiltering(false);
+        samplers[1] = samplers[0];  // one line for both
+        std::vector<unsigned> slots(n), line(kWidth), out(n);
+        auto* const lineBytes = reinterpret_cast<unsigned char*>(line.data());
+        auto* const slotBytes = reinterpret_cast<unsigned char*>(slots.data());
+        for (int call = 0; call < 40; ++call) {
+            CAPTURE(call);
+            downsampler& sampler = samplers[random() % 2];
+            std::vector<unsigned char> bytes(n), want(n);
+            for (std::size_t j = 0; j < n; ++j)
+                want[j] =
+                    sampler.isFiltering() ? slotBytes[j] : static_cast<unsigned char>(slots[j]);
+            for (unsigned& pixel : line) pixel = static_cast<unsigned>(random());
+            switch (random() % 6) {
+                case 0:
+                    if (sampler.isFiltering()) break;
+                    sampler.stuff(line.data());
+                    if (!sampler.ready()) break;
+                    for (std::size_t j = 0; j < n; ++j) slots[j] = line[picks.sources[j]];
+                    break;
+                case 1:
+                    if (sampler.isFiltering()) break;
+                    sampler.stuff(lineBytes);
+                    if (!sampler.ready()) break;
+                    for (std::size_t j = 0; j < n; ++j) slots[j] = lineBytes[picks.sources[j]];
+                    break;
+                case 2:
+                    if (!sampler.ready()) break;
+                    sampler.get(bytes.data());
+                    REQUIRE(bytes == want);
+                    break;
+                case 3:
+                    if (sampler.isFiltering()) break;
+                    sampler.getlastline(out.data());
+                    REQUIRE(out == slots);
+                    sampler.getlastline(bytes.data());
+                    REQUIRE(bytes == want);
+                    break;
+                case 4:
+                    if (!sampler.ready()) break;
+                    sampler.get(out.data());
+                    REQUIRE(out == slots);
+                    break;
+                default:
+                    sampler.adjust(lineBytes, bytes.data());
+                    sampler.setFiltering(random() % 3 == 0);
+            }
+        }
+    }
 }
