@@ -43,10 +43,10 @@ struct BlockCache {
 // much in what the loader keeps free.
 extern constinit thread_local BlockCache tBlockCache [[gnu::tls_model("initial-exec")]];
 
-/// Has the processor fetch a block's memory, which is soon written to. Any
-/// address may be given.
-inline void fetchBlock(const void* block) {
-    const auto address = reinterpret_cast<std::uintptr_t>(block);  // it may be null
+/// Has the processor fetch the block so many blocks behind another, which is
+/// soon written to. Neither needs to be there.
+inline void fetchBlock(const void* block, std::size_t behind = 0) {
+    const auto address = reinterpret_cast<std::uintptr_t>(block) + behind * kBlockBytes;
     for (std::size_t at = 0; at < kBlockBytes; at += kBlockAlignment)
         __builtin_prefetch(reinterpret_cast<const void*>(address + at), 1);
 }
@@ -68,7 +68,7 @@ inline FreeBlock* takeBlock() {
     auto* const block = new (cache.fresh) FreeBlock{nullptr, cache.freshPlace};
     ++cache.freshPlace;
     cache.fresh += kBlockBytes;
-    fetchBlock(cache.fresh + kBlockBytes);
+    fetchBlock(cache.fresh, 1);
     return block;
 }
 
