@@ -281,10 +281,6 @@ class OnePass {
     Byte* mOut = mBuffer;
 };
 
-BlockStop noBlocks(const Byte* in, const Byte*, const Byte*, Byte* out, ByteOrders) {
-    return {in, out};
-}
-
 std::size_t size8(const Byte* text) { return std::strlen(reinterpret_cast<const char*>(text)); }
 
 std::size_t size16(const Byte* text) {
@@ -300,12 +296,12 @@ std::size_t size32(const Byte* text) {
 }
 
 constexpr UnicodeBlocks kBlocks = {
-    .utf8ToUtf16 = noBlocks,
-    .utf8ToUtf32 = noBlocks,
-    .utf16ToUtf8 = noBlocks,
-    .utf16ToUtf32 = noBlocks,
-    .utf32ToUtf8 = noBlocks,
-    .utf32ToUtf16 = noBlocks,
+    .utf8ToUtf16 = noUnicodeBlocks,
+    .utf8ToUtf32 = noUnicodeBlocks,
+    .utf16ToUtf8 = noUnicodeBlocks,
+    .utf16ToUtf32 = noUnicodeBlocks,
+    .utf32ToUtf8 = noUnicodeBlocks,
+    .utf32ToUtf16 = noUnicodeBlocks,
     .size8 = size8,
     .size16 = size16,
     .size32 = size32,
@@ -320,6 +316,10 @@ constexpr UnicodeWay kUtf16ToUtf8 = {2, 1, 0, 2, false, take<2, putValue8>};
 constexpr UnicodeWay kUtf16ToUtf32 = {2, 4, 4, 2, true, take<2, putValue32>};
 constexpr UnicodeWay kUtf32ToUtf8 = {4, 1, 0, 1, false, take<4, putValue8>};
 constexpr UnicodeWay kUtf32ToUtf16 = {4, 2, 2, 1, false, take<4, putValue16>};
+
+BlockStop noUnicodeBlocks(const Byte* in, const Byte*, const Byte*, Byte* out, ByteOrders) {
+    return {in, out};
+}
 
 std::string convertLongUnicode(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead,
                                ByteOrders orders, const Byte* text, std::size_t size) {

@@ -97,6 +97,10 @@ std::string convertShortUnicode(const UnicodeWay& way, BlockFunction blocks, Byt
 
 constexpr std::size_t kShortUnicode = 256;
 
+/// Leaves all to the rules.
+BlockStop noUnicodeBlocks(const Byte* in, const Byte* last, const Byte* end, Byte* out,
+                          ByteOrders orders);
+
 /// The six conversions with the block functions of one kind of CPU.
 template <const UnicodeBlocks& kBlocks>
 struct OnePassForm {
@@ -104,9 +108,13 @@ struct OnePassForm {
 
     static std::string convert(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
                                const Byte* text, std::size_t size) {
-        return kBlocks.ahead == 1 && size <= kShortUnicode
-                   ? convertShortUnicode(way, blocks, orders, text, size)
-                   : convertLongUnicode(way, blocks, kBlocks.ahead, orders, text, size);
+        constexpr bool kEndWithText = kBlocks.ahead == 1;
+        // Below, blocks that have to be filled up take longer than the rules.
+        const std::size_t rules = 12 * way.unit + 4;
+        if (size <= (kEndWithText ? kShortUnicode : rules))
+            return convertShortUnicode(way, kEndWithText ? blocks : noUnicodeBlocks, orders, text,
+                                       size);
+        return convertLongUnicode(way, blocks, kBlocks.ahead, orders, text, size);
     }
 
     static std::string from8(const UnicodeWay& way, BlockFunction blocks, const char* text,
