@@ -5,6 +5,7 @@
 
 #include "geometry/clean.h"
 
+#include <cstdint>
 #include <utility>
 
 #include "geometry/clean_filter.h"
@@ -86,10 +87,12 @@ void cleanpar(int n, int tolerance, int step) {
 namespace {
 
 // Where an object's memory is not at hand, what follows it is fetched while its
-// box is waited for: hosts may keep a small outline's points there.
+// box is waited for: hosts may keep a small outline's points there. Null may be
+// given.
 void fetch(const Pemmit::Path* path) {
-    for (int behind = 64; behind < 256; behind += 64)
-        __builtin_prefetch(reinterpret_cast<const char*>(path) + behind);
+    const auto address = reinterpret_cast<std::uintptr_t>(path);
+    for (std::uintptr_t behind = 64; behind < 256; behind += 64)
+        __builtin_prefetch(reinterpret_cast<const void*>(address + behind));
 }
 
 }  // namespace
