@@ -47,21 +47,32 @@ def cpu_model():
     return "unknown"
 
 
+def flags_of(words):
+    flags, skip = [], False
+    for word in words:
+        if skip or word in ("-o", "-c", "-MT", "-MF", "-isystem"):
+            skip = not skip
+        elif word.startswith(("-O", "-f", "-m", "-D", "-std", "-g")):
+            flags.append(word)
+    return flags
+
+
 def compiler_and_flags(build):
-    """As the build compiled an engine: no literal that could be out of date."""
+    """As the build compiled the engines: no literal that could be out of date.
+    Some are optimised otherwise (cmake/Engines.cmake); what all share is named,
+    the last level of optimisation for all of them."""
+    compiler, shared = "", None
     for command in json.loads((build / "compile_commands.json").read_text()):
-        if command["file"].endswith("/encoding/ascii85.cpp"):
+        if "vaskel_engines.dir" in command["command"]:
             words = shlex.split(command["command"])
             compiler = next(w for w in words if "/" in w and "ccache" not in w)
-            version = output_of(compiler, "--version").splitlines()[0]
-            flags, skip = [], False
-            for word in words[words.index(compiler) + 1:]:
-                if skip or word in ("-o", "-c", "-MT", "-MF", "-isystem"):
-                    skip = not skip
-                elif word.startswith(("-O", "-f", "-m", "-D", "-std", "-g")):
-                    flags.append(word)
-            return version, " ".join(flags)
-    sys.exit("run.py: the build has no engines")
+            flags = flags_of(words[words.index(compiler) + 1:])
+            shared = [f for f in (flags if shared is None else shared) if f in flags]
+    if not shared:
+        sys.exit("run.py: the build has no engines")
+    levels = [flag for flag in shared if flag.startswith("-O")]
+    return (output_of(compiler, "--version").splitlines()[0],
+            " ".join(f for f in shared if f not in levels[:-1]))
 
 
 def machine(build):

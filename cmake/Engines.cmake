@@ -20,22 +20,26 @@ endif()
 target_compile_options(vaskel_engines PRIVATE -ffunction-sections -fdata-sections
                        $<$<CONFIG:Release>:-O2>)
 
-# Three kinds of code, told apart by counted instructions: loops over points, pixels, letters and digits gain by -O3,
-# which no one would notice elsewhere, but which makes code a quarter larger;
-# and code that no one waits for is compiled for size: where it is signals and
-# callbacks of Boost, that halves it.
+# Three kinds of code, told apart by counted instructions and timings: wide forms
+# and loops over points, pixels, letters and digits gain by -O3, which no one
+# would notice elsewhere, but which makes code a quarter larger; and code that no
+# one waits for is compiled for size: where it is signals and callbacks of Boost,
+# that halves it.
 set(vaskel_loops
     units/distostr.cpp units/doutostr.cpp units/strtodou.cpp
     geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
-    geometry/edge_run_avx2.cpp geometry/inside_path.cpp geometry/intersect_active.cpp
-    geometry/intersect_simple.cpp
-    raster/downsample_avx2.cpp raster/downsample_cells.cpp raster/downsample_estimate_avx2.cpp
-    raster/downsample_exact_avx2.cpp
+    geometry/inside_path.cpp geometry/intersect_active.cpp geometry/intersect_simple.cpp
+    raster/downsample_cells.cpp
     raster/vectorizer.cpp raster/vectorizer_edges.cpp raster/vectorizer_lines.cpp
     colour/ink_run.cpp fonts/type1_glyph.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
-    encoding/unicode_avx2_from_utf8.cpp encoding/unicode_avx2_to_utf8.cpp
-    encoding/unicode_avx512_short.cpp encoding/unicode_onepass.cpp)
+    encoding/unicode_onepass.cpp util/random.cpp)
+foreach(source IN LISTS vaskel_sources)
+    if(source MATCHES "_(avx2|avx512|x86)")
+        file(RELATIVE_PATH source ${PROJECT_SOURCE_DIR} ${source})
+        list(APPEND vaskel_loops ${source})
+    endif()
+endforeach()
 set(vaskel_unhurried
     messages/error.cpp messages/message_ask.cpp messages/message_blocks.cpp
     messages/message_handler.cpp units/unit_state.cpp units/parse_range.cpp

@@ -1,6 +1,7 @@
 #include "bench/support/fixed_works.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -282,6 +283,14 @@ Work product() {
     return [=] { use(a * b == a); };
 }
 
+Work multiple() {
+    const Vaskel::bigint a = number(1024, 8);
+    return [=] {
+        Vaskel::bigint product = a;
+        use((product *= static_cast<unsigned short>(54321)) == a);
+    };
+}
+
 Work division() {
     Embedded::onDebugLine([](const char*) {});  // negative results are told there
     const Vaskel::bigint a = number(256, 8), b = number(128, 9);
@@ -311,6 +320,15 @@ Work draws() {
     };
 }
 
+Work drawsInBlocks() {
+    return [] {
+        Vaskel::Random random(42);
+        std::array<int, 1000> numbers{};
+        random.nextInts(1000, numbers.data(), numbers.size());
+        use(numbers.back());
+    };
+}
+
 }  // namespace
 
 const std::vector<FixedWork>& fixedWorks() {
@@ -337,9 +355,11 @@ const std::vector<FixedWork>& fixedWorks() {
         {"UTF-16 to UTF-8: 1500 letters", unicodeNarrow},
         {"ascii85: 10000 bytes", ascii85},
         {"bigint: product of 256 digits", product},
+        {"bigint: 1024 digits times 16 bits", multiple},
         {"bigint: 256 by 128 digits", division},
         {"PathToURL: 100 paths", urls},
         {"Random: 1000 draws below 1000", draws},
+        {"Random: 1000 draws in a block", drawsInBlocks},
     };
     return all;
 }
