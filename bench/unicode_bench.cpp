@@ -5,12 +5,17 @@
 // zero unit (none for UTF-8), in little-endian order, from text whose length is
 // not known beforehand where a form has a terminator. "copy" is the least that
 // such a result costs: for UTF-8 looking for the input's end, and appending bytes
-// of the result's size to a string with room for them. From some megabytes on,
-// that is mostly the first touch of fresh pages, for everyone.
+// of the result's size to a string with room for them.
+//
+// Released memory stays with the process. Otherwise the C library would give
+// large blocks back to the system or not depending on what ran before, and who
+// gets fresh pages pays three times as much as who gets the last one's.
 
 #include <benchmark/benchmark.h>
 #include <iconv.h>
+#include <malloc.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -347,6 +352,8 @@ std::vector<Work> works() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
 #if !defined(U_ICU_VERSION)
     std::puts("ICU (libicu-dev) is not installed: left out");
 #endif
