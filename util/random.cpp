@@ -21,8 +21,10 @@ constexpr int kFirstStep = 23;
 // seed is the same as its remainder.
 constexpr std::uint32_t step(std::uint32_t x) { return (x * kFactor + 1) & kWordMask; }
 
-// n steps are one step with another factor and summand:
-// x -> a*x + c, then -> f*(a*x + c) + 1 = (f*a)*x + (f*c + 1).
+// Each word of the first round is one step of the seed with a factor and a
+// summand of its own. For n steps are one step, x -> a*x + c and once more
+// -> f*(a*x + c) + 1 = (f*a)*x + (f*c + 1), and sums of such words are again of
+// that form: word k of the round is word 31 of the ring plus words 0 to k.
 struct Leaps {
     std::uint32_t factor[kRingSize];
     std::uint32_t summand[kRingSize];
@@ -39,13 +41,19 @@ constexpr Leaps makeLeaps() {
         leaps.factor[n - kFirstStep] = factor;
         leaps.summand[n - kFirstStep] = summand;
     }
+    for (int k = 0; k < kRingSize; ++k) {
+        const int previous = (k + kRingSize - 1) % kRingSize;
+        leaps.factor[k] += leaps.factor[previous];
+        leaps.summand[k] += leaps.summand[previous];
+    }
     return leaps;
 }
 constexpr Leaps kLeaps = makeLeaps();
 
 // The scalings. Callers store seeds and expect the numbers that come of them,
 // so they stay, the odd ones too: 100001 in toDouble, where 100000 would do, and
-// shorts whose two low bits are always 0.
+// shorts whose two low bits are always 0. The single draws have the same ones in
+// the public header.
 // Test: "a seed gives the numbers it always gave".
 constexpr std::uint32_t topBits(std::uint32_t word) { return word >> 14; }
 
@@ -63,48 +71,27 @@ constexpr char toByte(std::uint32_t word) {
     return std::bit_cast<char>(static_cast<unsigned char>(word >> 20));
 }
 
-// One word, the rule itself.
-std::uint32_t generateOne(std::uint32_t (&ring)[kRingSize], std::int32_t* index) {
-    const std::uint32_t previous = ring[*index];
-    const std::uint32_t next = (static_cast<std::uint32_t>(*index) + 1) % kRingSize;
-    *index = static_cast<std::int32_t>(next);
-    return ring[next] = (ring[next] + previous) & kWordMask;
-}
-
 using Words = std::uint32_t __attribute__((vector_size(16)));
 
-// The 32 words after the one at index 31: running sums over the ring, four at
-// a time by sums of neighbours. Masked at the end only, since sums modulo 2^32
-// are right modulo 2^28.
-void generateRound(std::uint32_t (&ring)[kRingSize]) {
-    const Words zero = {};
-    Words carry = zero + ring[kRingSize - 1];
-    for (int i = 0; i < kRingSize; i += 4) {
-        Words sums;
-        std::memcpy(&sums, ring + i, sizeof sums);
-        sums += __builtin_shufflevector(zero, sums, 0, 4, 5, 6);
-        sums += __builtin_shufflevector(zero, sums, 0, 1, 4, 5);
-        sums += carry;
-        carry = __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
-        sums &= kWordMask;
-        std::memcpy(ring + i, &sums, sizeof sums);
-    }
-}
-
-// Stores scale(word) for count words in out.
+// Stores scale(word) for count words in out. words is a copy, which out cannot
+// overlap.
 template <class Number, class Scale>
 void generate(std::uint32_t (&ring)[kRingSize], std::int32_t* index, Number* out, std::size_t count,
               Scale scale) {
+    std::uint32_t words[kRingSize];
     while (count > 0) {
-        if (*index == kRingSize - 1 && count >= kRingSize) {
-            generateRound(ring);
-            std::uint32_t words[kRingSize];  // a copy that out cannot overlap
+        if (*index == kRingSize - 1) {
+            nextRound(ring);
+            *index = -1;
+        }
+        if (*index == -1 && count >= kRingSize) {
+            *index = kRingSize - 1;
             std::memcpy(words, ring, sizeof words);
             for (int i = 0; i < kRingSize; ++i) out[i] = scale(words[i]);
             out += kRingSize;
             count -= kRingSize;
         } else {
-            *out++ = scale(generateOne(ring, index));
+            *out++ = scale(ring[++*index]);
             --count;
         }
     }
@@ -119,7 +106,29 @@ void fillRingPlain(int seed, std::uint32_t (&ring)[kRingSize]) {
     for (int k = 1; k < kRingSize; ++k) ring[k] = x = step(x);
 }
 
-void fillRing(int seed, std::uint32_t (&ring)[kRingSize]) {
+void nextRoundPlain(std::uint32_t (&ring)[kRingSize]) {
+    std::uint32_t previous = ring[kRingSize - 1];
+    for (std::uint32_t& word : ring) word = previous = (word + previous) & kWordMask;
+}
+
+// Running sums over the ring, four at a time by sums of neighbours. Masked at
+// the end only, since sums modulo 2^32 are right modulo 2^28.
+void nextRound(std::uint32_t (&ring)[kRingSize]) {
+    const Words zero = {};
+    Words carry = zero + ring[kRingSize - 1];
+    for (int i = 0; i < kRingSize; i += 4) {
+        Words sums;
+        std::memcpy(&sums, ring + i, sizeof sums);
+        sums += __builtin_shufflevector(zero, sums, 0, 4, 5, 6);
+        sums += __builtin_shufflevector(zero, sums, 0, 1, 4, 5);
+        sums += carry;
+        carry = __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
+        sums &= kWordMask;
+        std::memcpy(ring + i, &sums, sizeof sums);
+    }
+}
+
+void firstRound(int seed, std::uint32_t (&ring)[kRingSize]) {
     const auto x = static_cast<std::uint32_t>(seed);
     for (int k = 0; k < kRingSize; ++k)
         ring[k] = (x * kLeaps.factor[k] + kLeaps.summand[k]) & kWordMask;
@@ -139,18 +148,24 @@ Random& Random::operator=(const Random& other) = default;
 Random& Random::operator=(Random&& other) noexcept = default;
 
 void Random::setSeed(int seed) {
-    fillRing(seed, mRing);
-    mIndex = kRingSize - 1;
+    firstRound(seed, mRing);
+    mIndex = -1;
 }
 
-std::uint32_t Random::nextWord() { return generateOne(mRing, &mIndex); }
+void Random::generateRound() {
+    nextRound(mRing);
+    mIndex = -1;
 
-int Random::nextInt(int n) { return toInt(nextWord(), n); }
-double Random::nextDouble() { return toDouble(nextWord()); }
-float Random::nextFloat() { return static_cast<float>(nextDouble()); }
-bool Random::nextBool() { return topBits(nextWord()) * 2 >= 16384; }
-char Random::nextByte() { return toByte(nextWord()); }
-unsigned short Random::nextShort() { return static_cast<unsigned short>(topBits(nextWord()) * 4); }
+    // The draws of the header, for programs that call them here: naming them
+    // makes the compiler keep a copy of each.
+    [[gnu::used]] static constexpr std::uint32_t (Random::*kWord)() = &Random::nextWord;
+    [[gnu::used]] static constexpr int (Random::*kInt)(int) = &Random::nextInt;
+    [[gnu::used]] static constexpr double (Random::*kDouble)() = &Random::nextDouble;
+    [[gnu::used]] static constexpr float (Random::*kFloat)() = &Random::nextFloat;
+    [[gnu::used]] static constexpr bool (Random::*kBool)() = &Random::nextBool;
+    [[gnu::used]] static constexpr char (Random::*kByte)() = &Random::nextByte;
+    [[gnu::used]] static constexpr unsigned short (Random::*kShort)() = &Random::nextShort;
+}
 
 void Random::nextInts(int n, int* out, std::size_t count) {
     generate(mRing, &mIndex, out, count, [=](std::uint32_t word) { return toInt(word, n); });

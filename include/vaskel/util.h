@@ -57,8 +57,8 @@ class VASKEL_API Random {
     unsigned short nextShort();
 
     // Many draws at once, an addition to the generator's own operations: out
-    // receives what count single draws would return one after the other, at a
-    // fraction of their cost. out has room for count elements and may be null
+    // receives what count single draws would return one after the other, at half
+    // their cost. out has room for count elements and may be null
     // for a count of 0.
     void nextInts(int n, int* out, std::size_t count);
     void nextDoubles(double* out, std::size_t count);
@@ -66,12 +66,37 @@ class VASKEL_API Random {
 
  private:
     std::uint32_t nextWord();
+    void generateRound();
 
     static int seedOffset;
 
-    std::int32_t mIndex;  // of the last word produced, 0 to 31
+    // The ring holds a round of 32 words at once; mIndex is that of the last word
+    // drawn, -1 before the first. Programs contain the draws below, so neither
+    // ever changes.
+    std::int32_t mIndex;
     std::uint32_t mRing[32];
 };
+
+inline std::uint32_t Random::nextWord() {
+    if (mIndex == 31) [[unlikely]]
+        generateRound();  // the next 32 words; mIndex is -1 again
+    return mRing[++mIndex];
+}
+
+inline int Random::nextInt(int n) {
+    return static_cast<std::int32_t>((nextWord() >> 14) * static_cast<std::uint32_t>(n)) >> 14;
+}
+inline double Random::nextDouble() {
+    return static_cast<int>((nextWord() >> 14) * 100001 >> 14) / 100000.0;
+}
+inline float Random::nextFloat() { return static_cast<float>(nextDouble()); }
+inline bool Random::nextBool() { return nextWord() >> 27 != 0; }
+inline char Random::nextByte() {
+    return static_cast<char>(static_cast<unsigned char>(nextWord() >> 20));
+}
+inline unsigned short Random::nextShort() {
+    return static_cast<unsigned short>((nextWord() >> 14) * 4);
+}
 
 /// The process-wide generator, which is seeded like a default-constructed one
 /// when the library is loaded: ranini seeds it, ranint and randou draw from it

@@ -159,17 +159,21 @@ TEST_CASE("draws stay within their bounds") {
     CHECK(bytes.size() == 256);
 }
 
-TEST_CASE("filling the ring: leaps give the words of single steps") {
+TEST_CASE("the ring: leaps and running sums give the words of single steps") {
     std::uint32_t x = 1;
     for (int round = 0; round < 20000; ++round) {
         x = x * 1664525 + 1013904223;
         const int seed =
             round < static_cast<int>(std::size(kSeeds)) ? kSeeds[round] : static_cast<int>(x);
-        std::uint32_t plain[kRingSize], leaps[kRingSize];
+        std::uint32_t plain[kRingSize], fast[kRingSize];
         fillRingPlain(seed, plain);
-        fillRing(seed, leaps);
+        firstRound(seed, fast);
         CAPTURE(seed);
-        REQUIRE(std::memcmp(plain, leaps, sizeof plain) == 0);
+        for (int later = 0; later < 3; ++later) {
+            if (later > 0) nextRound(fast);
+            nextRoundPlain(plain);
+            REQUIRE(std::memcmp(plain, fast, sizeof plain) == 0);
+        }
     }
 }
 
@@ -232,6 +236,28 @@ TEST_CASE("equal seeds give equal sequences of every kind, also through copies")
         a.setSeed(5);
         Random fresh(5);
         for (int round = 0; round < 40; ++round) CHECK(draw(a, kind) == draw(fresh, kind));
+    }
+
+    // Copied at every place of the ring: before a draw, within a round, at its end.
+    Random original(5);
+    for (int place = 0; place < 70; ++place) {
+        CAPTURE(place);
+        Random copied(original), counted(5);
+        for (int i = 0; i < place; ++i) counted.nextInt(7);
+        for (int round = 0; round < 40; ++round)
+            REQUIRE(copied.nextShort() == counted.nextShort());
+        original.nextInt(7);
+    }
+}
+
+TEST_CASE("a draw in a program is the same as one by a call into the library") {
+    // volatile, so that these are not resolved to the code of the header
+    int (Random::*volatile nextInt)(int) = &Random::nextInt;
+    double (Random::*volatile nextDouble)() = &Random::nextDouble;
+    Random called(11), direct(11);
+    for (int round = 0; round < 100; ++round) {
+        REQUIRE((called.*nextInt)(1000) == direct.nextInt(1000));
+        REQUIRE((called.*nextDouble)() == direct.nextDouble());
     }
 }
 
