@@ -160,10 +160,15 @@ class Drawings(CheckTest):
         self.assertEqual(done.returncode, 3)
         self.assertEqual(xml.etree.ElementTree.fromstring(done.stdout).tag, SVG + "svg")
 
-    def test_what_is_referred_to_is_noted(self):
+    def test_what_use_elements_refer_to_is_checked(self):
+        content = ('<defs><path id="tie" d="M0 0L8 8V0L0 8z"/></defs>'
+                   '<use href="#tie" x="10"/><use href="#tie" x="30"/>')
+        report, _ = self.report("check", self.svg(content), code=3)
+        self.assertEqual([(finding["x"], finding["y"]) for path in report["paths"]
+                          for finding in path["findings"]], [(14, 4), (34, 4)])
         done = run("check", self.svg('<rect width="9" height="9"/><use href="#a"/>'))
         self.assertEqual(done.returncode, 0)
-        self.assertIn("note: %s: what 1 use element refers to is not checked"
+        self.assertIn("note: %s: 1 use element refers to nothing in this file"
                       % self.path("in.svg"), done.stderr)
 
 

@@ -137,7 +137,97 @@ TEST_CASE("elements come in order with their names; what is only defined does no
     CHECK(drawing.paths[0].id == "leaf");
     CHECK(drawing.paths[1].element == "rect");
     CHECK(drawing.paths[1].id == "");
-    CHECK(drawing.references == 2);
+    CHECK(drawing.lost == 2);
+}
+
+TEST_CASE("a use element stands for what it refers to") {
+    const std::string link = "xmlns:l='http://www.w3.org/1999/xlink'";
+    const Row rows[] = {
+        {"a path that is only defined", "<defs><path id='a' d='M1 2L3 4'/></defs><use href='#a'/>",
+         "M1 2 L3 4"},
+        {"the link as SVG 1.1 has it",
+         "<defs><path id='a' d='M1 2L3 4'/></defs><use " + link + " l:href='#a'/>", "M1 2 L3 4"},
+        {"the plain link counts of both",
+         "<defs><path id='a' d='M1 2L3 4'/><path id='b' d='M5 6L7 8'/></defs><use " + link +
+             " l:href='#a' href='#b'/>",
+         "M5 6 L7 8"},
+        {"what is defined later", "<use href='#a'/><defs><g><path id='a' d='M1 2L3 4'/></g></defs>",
+         "M1 2 L3 4"},
+        {"the first one of an id",
+         "<defs><path id='a' d='M1 2L3 4'/><path id='a' d='M5 6L7 8'/></defs><use href='#a'/>",
+         "M1 2 L3 4"},
+        {"moved by x and y within its own transform",
+         "<defs><path id='a' d='M1 2L3 4' transform='scale(10)'/></defs>"
+         "<use x='5' transform='scale(2)' href='#a' y='1in'/>",
+         "M30 232 L70 272"},
+        {"transforms around it, not those around what it refers to",
+         "<defs><g transform='scale(9)'><path id='a' d='M1 2L3 4'/></g></defs>"
+         "<g transform='translate(100)'><use href='#a'/></g>",
+         "M101 2 L103 4"},
+        {"one that refers to another",
+         "<defs><path id='a' d='M1 2L3 4'/><g id='b'><use x='10' href='#a'/></g></defs>"
+         "<use y='10' href='#b'/>",
+         "M11 12 L13 14"},
+        {"a symbol, whose view box fits the stated size",
+         "<symbol id='a' viewBox='0 0 10 10'><path d='M0 0L10 5'/></symbol>"
+         "<use x='7' width='20' height='20' href='#a'/>",
+         "M7 0 L27 10"},
+        {"a symbol without a size takes that of the view box around",
+         "<symbol id='a' viewBox='0 0 10 10'><path d='M0 0L10 10'/></symbol><use href='#a'/>",
+         "M50 0 L150 100"},
+        {"an svg element, whose size the use element replaces",
+         "<defs><svg id='a' width='5' height='20' viewBox='0 0 10 10'>"
+         "<path d='M0 0L10 5'/></svg></defs><use width='20' href='#a'/>",
+         "M0 0 L20 10"},
+        {"shares of the view box around",
+         "<defs><line id='a' x2='50%' y2='10%'/></defs><use x='10%' href='#a'/>", "M20 0 L120 10"},
+    };
+    for (const Row& row : rows) {
+        CAPTURE(row.why);
+        const Drawing drawing = inSvg(row.content, "viewBox='0 0 200 100' width='50mm'");
+        REQUIRE(drawing.paths.size() == 1);
+        CHECK(text(drawing.paths[0]) == row.steps);
+        CHECK(drawing.lost == 0);
+    }
+    const Drawing drawing = inSvg(
+        "<path id='a' d='M0 0L1 1'/><use href='#a' x='1'/><use href='#a' x='2'/><use href='#b'/>"
+        "<use href='other.svg#a'/><use href='a'/><use href='#'/><use/>"
+        "<text id='t'>M</text><use href='#t'/>");
+    REQUIRE(drawing.paths.size() == 3);
+    CHECK(text(drawing.paths[2]) == "M2 0 L3 1");
+    CHECK(drawing.paths[2].element == "path");
+    CHECK(drawing.paths[2].id == "a");
+    CHECK(drawing.lost == 5);
+}
+
+TEST_CASE("use elements come to an end") {
+    const std::string begin = "<svg " + std::string(kNamespace) + ">\n";
+    const auto doubled = [&](int times) {
+        std::string text = begin + "<defs><path id='a0' d='M0 0L1 1'/>";
+        for (int i = 1; i <= times; ++i) {
+            const std::string use = "<use href='#a" + std::to_string(i - 1) + "'/>";
+            text += "<g id='a" + std::to_string(i) + "'>" + use + use + "</g>";
+        }
+        return text + "</defs>\n<use href='#a" + std::to_string(times) + "'/></svg>";
+    };
+    const auto chained = [&](int times) {
+        std::string text = begin + "<defs><path id='a0' d='M0 0L1 1'/>";
+        for (int i = 1; i <= times; ++i)
+            text += "<use id='a" + std::to_string(i) + "' href='#a" + std::to_string(i - 1) + "'/>";
+        return text + "</defs><use href='#a" + std::to_string(times) + "'/></svg>";
+    };
+    CHECK(read(doubled(10)).paths.size() == 1024);
+    CHECK(failure(doubled(40)).find(": use elements make more than 1,000,000 elements and steps") !=
+          std::string::npos);
+    CHECK(read(chained(200)).paths.size() == 1);
+    CHECK(failure(chained(300)).find(": use elements nest elements more than 256 deep") !=
+          std::string::npos);
+    for (const char* circle : {"<g id='a'><use href='#a'/></g>", "<use id='a' href='#a'/>",
+                               "<g id='a'><use href='#b'/></g><g id='b'><use href='#a'/></g>"}) {
+        CAPTURE(circle);
+        CHECK(failure(begin + circle + "</svg>") ==
+              "test.svg: line 2: a use element refers to itself");
+    }
 }
 
 TEST_CASE("the visible part is the view box at its true size, or all paths") {

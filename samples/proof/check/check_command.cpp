@@ -35,11 +35,10 @@ int runCheck(const CheckCommand& command, Console& console) {
     const auto source = openBytes(command.input);
     const Interrupt interrupt;
     const Drawing drawing = readSvg(*source);
-    if (drawing.references > 0)
-        note(oneLine(source->name()) + ": what " +
-             grouped(static_cast<unsigned>(drawing.references)) +
-             (drawing.references == 1 ? " use element refers" : " use elements refer") +
-             " to is not checked");
+    if (drawing.lost > 0)
+        note(oneLine(source->name()) + ": " + grouped(static_cast<unsigned>(drawing.lost)) +
+             (drawing.lost == 1 ? " use element refers" : " use elements refer") +
+             " to nothing in this file");
     if (drawing.paths.empty()) throw fileFailure(source->name(), "holds no path");
     const CheckReport report = checkDrawing(source->name(), drawing, settings);
     console.endProgress();
@@ -102,7 +101,8 @@ void addCheck(CLI::App& app, Command& chosen) {
     check->footer(kFooter);
     check
         ->add_option("INPUT", command->input,
-                     "SVG file: paths and basic shapes, with all transforms; - reads standard "
+                     "SVG file: paths, basic shapes and what use elements repeat, with all "
+                     "transforms; - reads standard "
                      "input")
         ->required()
         ->type_name("");

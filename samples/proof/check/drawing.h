@@ -21,7 +21,7 @@ struct DrawnPath {
 
 struct Drawing {
     std::vector<DrawnPath> paths;
-    int references = 0;  // uses of other elements, which are not followed
+    int lost = 0;  // use elements that refer to nothing in the file
     // The visible part in user units, and how many of them make an inch.
     double left = 0, top = 0, width = 0, height = 0;
     double xPerInch = 96, yPerInch = 96;

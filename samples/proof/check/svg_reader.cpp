@@ -5,14 +5,13 @@
 #include <cstring>
 #include <limits>
 
+#include "samples/proof/check/svg_references.h"
 #include "samples/proof/check/svg_walk.h"
 #include "samples/proof/check/xml_tree.h"
 #include "samples/proof/failure.h"
 
 namespace Proof {
 namespace {
-
-constexpr const char* kSvgNamespace = "http://www.w3.org/2000/svg";
 
 bool isSvg(const xmlNode* root) {
     const auto text = [](const xmlChar* name) { return reinterpret_cast<const char*>(name); };
@@ -30,22 +29,6 @@ bool hasSize(xmlNode* root) {
         if (!stated) return false;
     }
     return true;
-}
-
-int countReferences(const xmlNode* root) {
-    int count = 0;
-    for (const xmlNode* node = root;;) {
-        if (node->type == XML_ELEMENT_NODE &&
-            std::strcmp(reinterpret_cast<const char*>(node->name), "use") == 0)
-            ++count;
-        if (node->type == XML_ELEMENT_NODE && node->children) {
-            node = node->children;
-            continue;
-        }
-        while (node != root && !node->next) node = node->parent;
-        if (node == root) return count;
-        node = node->next;
-    }
 }
 
 // The box of all paths and their control points, with a margin.
@@ -112,7 +95,6 @@ Drawing readSvg(const std::string& name, std::span<const unsigned char> bytes) {
     } catch (const SvgProblem& problem) {
         throw fileFailure(name, "line " + std::to_string(problem.line) + ": " + problem.text);
     }
-    drawing.references = countReferences(root);
     return drawing;
 }
 

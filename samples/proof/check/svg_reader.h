@@ -14,11 +14,13 @@ namespace Proof {
 /// Reads paths and basic shapes with all their transforms, in the user units
 /// of the outermost svg element (those of its view box). Arcs and quadratic
 /// curves come as cubic ones. What is only defined (defs, symbol, clipPath ...)
-/// is left out, hidden elements are not.
+/// is left out, hidden elements are not. A use element stands for the paths
+/// that it refers to in the same file.
 ///
 /// Throws Failure that names the file, the reason and, where there is one, the
-/// line: no XML, no SVG, an attribute that cannot be read, or a coordinate that
-/// is farther than kFarthest from 0 or no number.
+/// line: no XML, no SVG, an attribute that cannot be read, a coordinate that is
+/// farther than kFarthest from 0 or no number, or use elements that refer to
+/// themselves or make more than kMostUsed elements and steps.
 Drawing readSvg(const std::string& name, std::span<const unsigned char> bytes);
 
 /// The same for a source, of at most 2 GB.

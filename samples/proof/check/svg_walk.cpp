@@ -4,16 +4,20 @@
 
 #include "samples/proof/check/svg_walk.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/mpl/fold.hpp>
 #include <boost/mpl/insert.hpp>
 #include <boost/mpl/set.hpp>
 #include <boost/mpl/vector.hpp>
 #include <cmath>
+#include <optional>
 #include <type_traits>
 
+#include "samples/proof/check/svg_arc.h"
+#include "samples/proof/check/svg_references.h"
+#include "samples/proof/check/xml_tree.h"
 #include "samples/proof/numbers.h"
-#include "vaskel/geometry.h"
 
 #define SVGPP_INTERCEPT_EXCEPTIONS
 #include <svgpp/policy/xml/libxml2.hpp>
@@ -23,11 +27,6 @@ namespace Proof {
 namespace {
 
 namespace tag = svgpp::tag;
-
-constexpr double kTurn = boost::math::constants::two_pi<double>();
-// Of the circle whose image an arc is: arccub works in whole units, and a
-// quarter's chord is within the int range.
-constexpr double kRadius = 1 << 30;
 
 template <class Element>
 constexpr const char* nameOf() {
@@ -42,18 +41,25 @@ constexpr const char* nameOf() {
 
 class Reader {
  public:
-    explicit Reader(Drawing& drawing) : mDrawing(drawing) { mLevels.resize(1); }
+    Reader(Drawing& drawing, const SvgReferences& references)
+        : mDrawing(drawing), mReferences(references) {
+        mLevels.resize(1);
+    }
 
     // ---- elements ----
 
     template <class Element>
     void on_enter_element(Element) {
-        mLevels.push_back({{}, mLevels.back().lengths, {nameOf<Element>(), {}, {}}});
+        mLevels.push_back({{}, mLevels.back().lengths, {nameOf<Element>(), {}, {}}, {}});
+        mLevels.back().isUse = std::is_same_v<Element, tag::element::use_>;
+        countUsed(1);
     }
     // All attributes of an element are read, its path and its transform too.
     void endAttributes() {
         Level& level = mLevels.back();
+        if (level.isUse) return drawUsed();
         if (level.path.steps.empty()) return;
+        countUsed(static_cast<long>(level.path.steps.size()));
         placeSteps(level.path.steps);
         mDrawing.paths.push_back(std::move(level.path));
     }
@@ -62,6 +68,26 @@ class Reader {
     template <class Range>
     void set(tag::attribute::id, Range id) {
         mLevels.back().path.id.assign(id.begin(), id.end());
+    }
+
+    // ---- what a use element refers to ----
+
+    template <class Range>
+    void set(tag::attribute::xlink::href, tag::iri_fragment, Range id) {
+        mLevels.back().use.id.assign(id.begin(), id.end());
+    }
+    template <class Range>
+    void set(tag::attribute::xlink::href, Range) {}  // another file, which is not read
+    void set(tag::attribute::x, double x) { mLevels.back().use.x = x; }
+    void set(tag::attribute::y, double y) { mLevels.back().use.y = y; }
+    void set(tag::attribute::width, double width) { mLevels.back().use.width = width; }
+    void set(tag::attribute::height, double height) { mLevels.back().use.height = height; }
+
+    // Asked where a symbol or svg element is used; what is not stated there stays.
+    void get_reference_viewport_size(double& width, double& height) const {
+        const Use& use = mLevels.at(mLevels.size() - 2).use;
+        width = use.width.value_or(width);
+        height = use.height.value_or(height);
     }
 
     // ---- transforms and lengths ----
@@ -97,7 +123,10 @@ class Reader {
     }
     void path_elliptical_arc_to(double rx, double ry, double degrees, bool large, bool sweep,
                                 double x, double y, tag::coordinate::absolute) {
-        addArc(rx, ry, degrees / 360 * kTurn, large, sweep, x, y);
+        const Level& level = mLevels.back();
+        for (const PathStep& step :
+             arcSteps(level.x, level.y, {rx, ry, degrees, large, sweep, x, y}))
+            add(step);
     }
     void path_close_subpath() {
         add({PathStep::Close, 0, 0, 0, 0, mLevels.back().startX, mLevels.back().startY});
@@ -108,10 +137,17 @@ class Reader {
     const Matrix& toPixels() const { return mLevels.front().matrix; }
 
  private:
+    struct Use {
+        std::string id;
+        double x = 0, y = 0;
+        std::optional<double> width, height;
+    };
     struct Level {
         Matrix matrix;
         length_factory_type lengths;
         DrawnPath path;
+        Use use;
+        bool isUse = false;
         double startX = 0, startY = 0;  // of the subpath
         double x = 0, y = 0;            // the current point
     };
@@ -122,47 +158,6 @@ class Reader {
         level.x = step.x;
         level.y = step.y;
         if (step.kind == PathStep::Move) level.startX = step.x, level.startY = step.y;
-    }
-
-    // SVG 1.1, appendix F.6: from the ends to the centre and its angles. The arc
-    // is an image of one of a circle, whose parts of at most a quarter arccub
-    // makes. The last point is the one that the file states, so that an outline
-    // of arcs ends where it began.
-    void addArc(double rx, double ry, double phi, bool large, bool sweep, double x, double y) {
-        const double fromX = mLevels.back().x, fromY = mLevels.back().y;
-        if (fromX == x && fromY == y) return;
-        double cx = 0, cy = 0, theta1 = 0, theta2 = 0;
-        if (rx != 0 && ry != 0)
-            svgpp::arc_endpoint_to_center(fromX, fromY, x, y, rx, ry, phi, large, sweep, cx, cy,
-                                          theta1, theta2);
-        if (rx == 0 || ry == 0 || !std::isfinite(theta1 + theta2 + cx + cy + rx + ry))
-            return path_line_to(x, y, {});
-        if (sweep && theta2 < theta1) theta2 += kTurn;
-        if (!sweep && theta2 > theta1) theta2 -= kTurn;
-        const Matrix image =
-            Matrix{std::cos(phi), std::sin(phi), -std::sin(phi), std::cos(phi), cx, cy} *
-            Matrix{rx / kRadius, 0, 0, ry / kRadius, 0, 0};
-        const int parts =
-            std::max(1, static_cast<int>(std::ceil(std::abs(theta2 - theta1) / kTurn * 4 - 1e-9)));
-        for (int i = 0; i < parts; ++i)
-            addArcPart(image, theta1 + (theta2 - theta1) * i / parts,
-                       theta1 + (theta2 - theta1) * (i + 1) / parts);
-        PathStep& last = mLevels.back().path.steps.back();
-        mLevels.back().x = last.x = x;
-        mLevels.back().y = last.y = y;
-    }
-
-    void addArcPart(const Matrix& image, double from, double to) {
-        Pemmit::bezier bezier;
-        Vaskel::arccub({0, 0, kRadius * std::cos(from), kRadius * std::sin(from),
-                        kRadius * std::cos(to), kRadius * std::sin(to)},
-                       bezier);
-        for (auto& point : bezier.p) image.apply(point.x, point.y);
-        const auto& p = bezier.p;
-        if (std::isfinite(p[1].x + p[1].y + p[2].x + p[2].y))
-            add({PathStep::Curve, p[1].x, p[1].y, p[2].x, p[2].y, p[3].x, p[3].y});
-        else  // shorter than arccub's whole units
-            path_line_to(p[3].x, p[3].y, {});
     }
 
     // From the element's own units to those of the outermost svg element.
@@ -186,8 +181,25 @@ class Reader {
                                  grouped(static_cast<unsigned long long>(kFarthest)) + " units"};
     }
 
+    // Draws the element that the innermost one, a use element, refers to, as a
+    // child of it. SVG 1.1, section 5.6.
+    void drawUsed();
+
+    // Adds to what use elements made so far.
+    void countUsed(long added) {
+        if (mInUse.empty()) return;
+        mUsed += added;
+        if (mUsed > kMostUsed)
+            throw SvgProblem{"use elements make more than " +
+                             grouped(static_cast<unsigned long long>(kMostUsed)) +
+                             " elements and steps"};
+    }
+
     Drawing& mDrawing;
-    std::vector<Level> mLevels;  // [0]: the outermost svg element
+    const SvgReferences& mReferences;
+    std::vector<Level> mLevels;          // [0]: the outermost svg element
+    std::vector<const xmlNode*> mInUse;  // what is being drawn for use elements
+    long mUsed = 0;
 };
 
 // What svgpp does not know is passed over, what it cannot read is a problem.
@@ -247,32 +259,67 @@ struct PathPolicy : svgpp::policy::path::no_shorthands {
     static const bool quadratic_bezier_as_cubic = true;
 };
 
-using Elements = boost::mpl::set<tag::element::svg, tag::element::g, tag::element::a,
-                                 tag::element::switch_, tag::element::path, tag::element::rect,
-                                 tag::element::line, tag::element::circle, tag::element::ellipse,
-                                 tag::element::polyline, tag::element::polygon>::type;
+using Elements =
+    boost::mpl::set<tag::element::svg, tag::element::g, tag::element::a, tag::element::switch_,
+                    tag::element::path, tag::element::rect, tag::element::line,
+                    tag::element::circle, tag::element::ellipse, tag::element::polyline,
+                    tag::element::polygon, tag::element::use_>::type;
+// A symbol is drawn where it is used only.
+using UsedElements = boost::mpl::insert<Elements, tag::element::symbol>::type;
 template <class Attribute>
 using OfSvg = boost::mpl::pair<tag::element::svg, Attribute>;
 using ViewportAttributes =
     boost::mpl::vector<OfSvg<tag::attribute::x>, OfSvg<tag::attribute::y>,
                        OfSvg<tag::attribute::width>, OfSvg<tag::attribute::height>,
                        OfSvg<tag::attribute::viewBox>, OfSvg<tag::attribute::preserveAspectRatio>>;
+template <class Attribute>
+using OfUse = boost::mpl::pair<tag::element::use_, Attribute>;
+template <class Attribute>
+using OfSymbol = boost::mpl::pair<tag::element::symbol, Attribute>;
+using UseAttributes =
+    boost::mpl::vector<OfUse<tag::attribute::xlink::href>, OfUse<tag::attribute::x>,
+                       OfUse<tag::attribute::y>, OfUse<tag::attribute::width>,
+                       OfUse<tag::attribute::height>, OfSymbol<tag::attribute::viewBox>,
+                       OfSymbol<tag::attribute::preserveAspectRatio>>;
 using CommonAttributes = boost::mpl::vector<tag::attribute::transform, tag::attribute::id>;
 template <class Set, class Added>
 using Union =
     typename boost::mpl::fold<Added, Set, boost::mpl::insert<boost::mpl::_1, boost::mpl::_2>>::type;
-using Attributes =
-    Union<Union<svgpp::traits::shapes_attributes_by_element, ViewportAttributes>, CommonAttributes>;
+using Attributes = Union<
+    Union<Union<svgpp::traits::shapes_attributes_by_element, ViewportAttributes>, UseAttributes>,
+    CommonAttributes>;
 using Traversal = svgpp::document_traversal<
     svgpp::processed_elements<Elements>, svgpp::processed_attributes<Attributes>,
     svgpp::path_policy<PathPolicy>, svgpp::viewport_policy<svgpp::policy::viewport::as_transform>,
     svgpp::length_policy<svgpp::policy::length::forward_to_method<Reader>>,
     svgpp::error_policy<Policy>, svgpp::document_traversal_control_policy<Control>>;
 
+void Reader::drawUsed() {
+    Level& level = mLevels.back();
+    xmlNode* const element = mReferences.find(level.use.id);
+    if (!element) {
+        ++mDrawing.lost;
+        return;
+    }
+    if (std::find(mInUse.begin(), mInUse.end(), element) != mInUse.end())
+        throw SvgProblem{"a use element refers to itself"};
+    if (mLevels.size() > static_cast<std::size_t>(kMostNested))
+        throw SvgProblem{"use elements nest elements more than " + std::to_string(kMostNested) +
+                         " deep"};
+    level.matrix = level.matrix * Matrix{1, 0, 0, 1, level.use.x, level.use.y};
+    mInUse.push_back(element);
+    Traversal::load_referenced_element<svgpp::referencing_element<tag::element::use_>,
+                                       svgpp::expected_elements<svgpp::traits::reusable_elements>,
+                                       svgpp::processed_elements<UsedElements>>::load(element,
+                                                                                      *this);
+    mInUse.pop_back();
+}
+
 }  // namespace
 
 Matrix walkSvg(xmlNode* root, Drawing& drawing) {
-    Reader reader(drawing);
+    const SvgReferences references(root);
+    Reader reader(drawing, references);
     Traversal::load_document(root, reader);
     return reader.toPixels();
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "samples/proof/check/drawing.h"
+#include "samples/proof/check/matrix.h"
 
 namespace Proof {
 
@@ -17,21 +18,9 @@ struct SvgProblem {
     long line = 0;
 };
 
-/// x' = a x + c y + e, y' = b x + d y + f.
-struct Matrix {
-    double a = 1, b = 0, c = 0, d = 1, e = 0, f = 0;
-
-    Matrix operator*(const Matrix& inner) const {
-        return {a * inner.a + c * inner.b,     b * inner.a + d * inner.b,
-                a * inner.c + c * inner.d,     b * inner.c + d * inner.d,
-                a * inner.e + c * inner.f + e, b * inner.e + d * inner.f + f};
-    }
-    void apply(double& x, double& y) const {
-        const double before = x;
-        x = a * before + c * y + e;
-        y = b * before + d * y + f;
-    }
-};
+/// How many elements and steps use elements may make: those of nested ones
+/// multiply, so that a small file could ask for any number.
+constexpr long kMostUsed = 1000000;
 
 /// Adds the paths and basic shapes below the outermost svg element to the
 /// drawing, in that element's user units, and sets its width and height in

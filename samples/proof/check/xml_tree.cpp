@@ -85,22 +85,13 @@ void dropEmptyAttributes(xmlNode& element) {
     }
 }
 
-// Visits all elements without recursion.
 void tidy(const std::string& name, xmlNode* root) {
-    int depth = 0;
-    for (xmlNode* node = root;;) {
-        if (node->type == XML_ELEMENT_NODE) dropEmptyAttributes(*node);
-        if (node->type == XML_ELEMENT_NODE && node->children) {
-            if (++depth > kMostNested)
-                throw fileFailure(name, "nests elements more than " + std::to_string(kMostNested) +
-                                            " deep, at line " + std::to_string(xmlGetLineNo(node)));
-            node = node->children;
-            continue;
-        }
-        while (node != root && !node->next) node = node->parent, --depth;
-        if (node == root) return;
-        node = node->next;
-    }
+    forEachElement(root, [&](xmlNode& element, int depth) {
+        dropEmptyAttributes(element);
+        if (depth >= kMostNested && element.children)
+            throw fileFailure(name, "nests elements more than " + std::to_string(kMostNested) +
+                                        " deep, at line " + std::to_string(xmlGetLineNo(&element)));
+    });
 }
 
 }  // namespace

@@ -27,6 +27,24 @@ constexpr int kMostNested = 256;
 /// Throws Failure that names the file and, where there is one, the line.
 XmlDocument readXml(const std::string& name, std::span<const unsigned char> bytes);
 
+/// Calls visit(element, depth) for root, at depth 0, and all elements below it
+/// in their order, without recursion.
+template <class Visit>
+void forEachElement(xmlNode* root, Visit visit) {
+    int depth = 0;
+    for (xmlNode* node = root;;) {
+        if (node->type == XML_ELEMENT_NODE) visit(*node, depth);
+        if (node->type == XML_ELEMENT_NODE && node->children) {
+            ++depth;
+            node = node->children;
+            continue;
+        }
+        while (node != root && !node->next) node = node->parent, --depth;
+        if (node == root) return;
+        node = node->next;
+    }
+}
+
 }  // namespace Proof
 
 #endif
