@@ -115,6 +115,8 @@ void cellsFrom(std::size_t first, const DownsampleCells& cells, const PackedRule
             else
                 out[kChannels * k + c] =
                     static_cast<unsigned char>(rule.mean(sums[kChannels * k + c] + more));
+            if (kStep == PackedStep::kFinish && line.rest != 0)
+                sums[kChannels * k + c] = static_cast<std::uint16_t>(line.rest * sum[c]);
         }
     }
 }
@@ -142,9 +144,7 @@ const PackedForm kPackedPlain = {
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums) { packedCells(PackedStep::kAdd, 0, cells, rule, line, sums, nullptr); },
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
-       const std::uint16_t* sums, unsigned char* out) {
-        packedCells(PackedStep::kFinish, 0, cells, rule, line, const_cast<std::uint16_t*>(sums),
-                    out);
-    }};
+       std::uint16_t* sums,
+       unsigned char* out) { packedCells(PackedStep::kFinish, 0, cells, rule, line, sums, out); }};
 
 }  // namespace Vaskel

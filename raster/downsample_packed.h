@@ -64,7 +64,9 @@ struct PackedLine {
     const unsigned char* bytes;  // channels of a pixel side by side
     int channels;                // 4, or 1 where the rule has cells of bytes
     unsigned weight;             // in units; packs() bounds those of an area together
+    unsigned rest;               // what finish leaves for the next output line, in units
     std::uintptr_t step;         // from this line to the next one, if known: LinesAhead
+    std::uintptr_t taker;        // where the caller will want the means of finish, if known
 };
 
 /// A way to do the work, on channels sums for each cell. Integers: all give the
@@ -74,9 +76,9 @@ struct PackedForm {
                           const PackedLine& line, std::uint16_t* sums);
     Sums begin;  // whatever sums held
     Sums add;
-    /// The means with this line added; sums stay as they are.
+    /// The means with this line added; of a rest that is not 0 the sums begin anew.
     void (*finish)(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
-                   const std::uint16_t* sums, unsigned char* out);
+                   std::uint16_t* sums, unsigned char* out);
 };
 
 /// Cell by cell.

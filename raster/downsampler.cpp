@@ -49,7 +49,7 @@ struct DownsampleSums {
     enum { kNone, kPacked, kFloats } held = kNone;
     int packedChannels = 0;  // of the lines that are packed
 
-    LinesAhead ahead;
+    LinesAhead ahead, outAhead;  // the caller's lines, and those it takes
 
     // Picks of one byte whose slots are not made yet, as long as picksWait.
     std::vector<unsigned char> picks;
@@ -142,9 +142,13 @@ struct DownsamplerInside {
     }
 
     static PackedLine packedLine(const DownsampleSums& sums, const unsigned char* line,
-                                 int channels, double weight) {
-        return {line, channels, static_cast<unsigned>(weight * sums.rule.unitsY),
-                sums.ahead.step()};
+                                 int channels, double weight, double rest = 0) {
+        const auto units = [&](double lines) {
+            return static_cast<unsigned>(lines * sums.rule.unitsY);
+        };
+        return {
+            line,        channels,          units(weight),
+            units(rest), sums.ahead.step(), sums.outAhead.step() != 0 ? sums.outAhead.next() : 0};
     }
 
     // Keeps the line for later, where lines are inexact and sums are not begun.
@@ -229,8 +233,12 @@ struct DownsamplerInside {
             }
             makeBytes(d, channels);
         } else if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
-            form.packed->finish(*d.mCells, sums.rule, packedLine(sums, line, channels, weight),
-                                sums.packed.data(), d.mLine.get());
+            form.packed->finish(*d.mCells, sums.rule,
+                                packedLine(sums, line, channels, weight, rest), sums.packed.data(),
+                                d.mLine.get());
+            sums.weight = rest;
+            if (rest == 0) sums.held = sums.kNone;
+            return;
         } else {
             accumulate(d, line, channels, weight);
             makeBytes(d, channels);
@@ -360,6 +368,7 @@ void downsampler::get(unsigned char* line) {
     mRow -= mFactorY;
     if (!mFiltering) return DownsamplerInside::copySlots(*this, line);
     DownsamplerInside::widenPicks(*this);
+    mSums->outAhead.took(line);
     std::memcpy(line, mLine.get(), DownsamplerInside::outputWidth(*this));
 }
 
@@ -367,6 +376,7 @@ void downsampler::get(unsigned int* line) {
     if (!ready()) return;
     mRow -= mFactorY;
     DownsamplerInside::widenPicks(*this);
+    mSums->outAhead.took(line);
     std::memcpy(line, mLine.get(), 4 * DownsamplerInside::outputWidth(*this));
 }
 

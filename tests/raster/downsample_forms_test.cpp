@@ -42,7 +42,7 @@ const PackedForm kRecordingPacked = {
         gRecorded->packed->add(cells, rule, line, sums);
     },
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
-       const std::uint16_t* sums, unsigned char* out) {
+       std::uint16_t* sums, unsigned char* out) {
         ++gPackedLines;
         gRecorded->packed->finish(cells, rule, line, sums, out);
     }};

@@ -85,7 +85,7 @@ TEST_CASE("packed sums: which images have them") {
 TEST_CASE("packed sums: every form gives the rule's sums and means") {
     std::mt19937 random(kSeed);
     const auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
-    int packed = 0, packedBytes = 0;
+    int packed = 0, packedBytes = 0, rests = 0;
     for (int round = 0; round < 3000; ++round) {
         const double factors[] = {2, 4, 3, 2.5, 1.5, 5, 1.25, 8, 6.5, 16, 1.0 + below(160) / 16.0};
         const double factor = factors[below(11)];
@@ -124,18 +124,28 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
                 sums.data());
             for (std::size_t form = 0; form < forms.size(); ++form) {
                 std::uint16_t* const to = packedSums[form].data();
+                const PackedLine packedLine = {pixels.data(), channels, weight, 0, step, 0};
                 if (left == 0 && line > 0) {
                     std::vector<unsigned char> want(count);
                     GuardedBytes got(count);
                     kDownsamplePlain.means({factor * factorY, false}, sums.data(), count,
                                            want.data());
-                    forms[form]->finish(cells, rule, {pixels.data(), channels, weight, step}, to,
-                                        got.data());
-                    REQUIRE(std::memcmp(got.data(), want.data(), count) == 0);
+                    // Nothing is left of the line, or some of it.
+                    for (const unsigned rest : {0u, below(rule.unitsY)}) {
+                        std::vector<std::uint16_t> next = packedSums[form];
+                        PackedLine last = packedLine;
+                        last.rest = rest;
+                        last.taker = random();
+                        forms[form]->finish(cells, rule, last, to, got.data());
+                        REQUIRE(std::memcmp(got.data(), want.data(), count) == 0);
+                        last.weight = rest;
+                        if (rest != 0) kPackedPlain.begin(cells, rule, last, next.data());
+                        REQUIRE(packedSums[form] == next);
+                        rests += rest != 0;
+                    }
                     continue;
                 }
-                (line == 0 ? forms[form]->begin : forms[form]->add)(
-                    cells, rule, {pixels.data(), channels, weight, step}, to);
+                (line == 0 ? forms[form]->begin : forms[form]->add)(cells, rule, packedLine, to);
                 bool same = true;
                 for (std::size_t i = 0; i < count; ++i)
                     same = same && static_cast<float>(to[i] * rule.unit) == sums[i];
@@ -145,6 +155,7 @@ TEST_CASE("packed sums: every form gives the rule's sums and means") {
     }
     CHECK(packed > 1500);
     CHECK(packedBytes > 200);
+    CHECK(rests > 500);
 }
 
 // Whatever comes between two lines of an image: bytes for pixels, a last line
