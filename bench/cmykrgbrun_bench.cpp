@@ -80,7 +80,7 @@ int main(int argc, char** argv) {
         work(("ink_run/vaskel_" + std::string(form.name)).c_str(), ours, form.run);
     work("ink_run/vaskel_table", ours, Vaskel::inkRunTable);
     work("ink_run/vaskel_plain", ours, Vaskel::inkRunPlain);
-    work("ink_run/memcpy", moveBytes);
+    work("ink_run/least_memcpy", moveBytes);
     work("ink_run/lcms2", littleCms);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -138,7 +138,7 @@ void registerWork(const std::string& work, bool filtering, std::initializer_list
         sized(benchmark::RegisterBenchmark((work + who).c_str(), ours<Pixel>, chosen, filtering));
     };
     form("/vaskel", nullptr);
-    sized(benchmark::RegisterBenchmark((work + "/memcpy").c_str(), moveBytes<Pixel>, filtering));
+    sized(benchmark::RegisterBenchmark((work + "/least_memcpy").c_str(), moveBytes<Pixel>, filtering));
     if (filtering) {
         form("/vaskel_table", &Vaskel::kDownsampleTable);
         form("/vaskel_plain", &Vaskel::kDownsamplePlain);

@@ -3,9 +3,9 @@
 //
 // Everyone makes what our functions return: a fresh std::string with mark and
 // zero unit (none for UTF-8), in little-endian order, from text whose length is
-// not known beforehand where a form has a terminator. "copy" is the least that
-// such a result costs: for UTF-8 looking for the input's end, and appending bytes
-// of the result's size to a string with room for them.
+// not known beforehand where a form has a terminator. "least_copy" is what such a
+// result costs at least: for UTF-8 looking for the input's end, and appending
+// bytes of the result's size to a string with room for them.
 //
 // Released memory stays with the process. Otherwise the C library would give
 // large blocks back to the system or not depending on what ran before, and who
@@ -272,7 +272,7 @@ std::vector<Work> works() {
     for (int work = 0; work < 6; ++work) {
         Work& each = all[static_cast<std::size_t>(work)];
         const auto input = each.input, output = outputs[work];
-        each.peers["vaskel copy"] = counted([=](const Texts& t) {
+        each.peers["least_copy"] = counted([=](const Texts& t) {
             if (work < 2) benchmark::DoNotOptimize(std::strlen(t.utf8.c_str()));
             return copy((t.*output).size(), t, t.*input);
         });

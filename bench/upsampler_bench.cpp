@@ -125,7 +125,7 @@ int main(int argc, char** argv) {
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel", ours, nullptr));
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel_table", ours, &Vaskel::kReplicateTable));
     sized(benchmark::RegisterBenchmark("repeat_4/vaskel_plain", plain));
-    sized(benchmark::RegisterBenchmark("repeat_4/memcpy", moveBytes));
+    sized(benchmark::RegisterBenchmark("repeat_4/least_memcpy", moveBytes));
 #if VASKEL_BENCH_OPENCV
     sized(benchmark::RegisterBenchmark("repeat_4/opencv", openCv));
 #endif
