@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -47,7 +48,15 @@ void drawCurves(Type1Font& font, std::int64_t curves) {
 // with quadratic curves as the cubic ones that they equal.
 struct Step {
     enum { kMove, kLine, kCurve, kClose } what;
-    FT_Vector points[3];
+    struct {
+        int x, y;
+    } points[3];
+
+    Step(decltype(what) command, std::initializer_list<FT_Vector> at) : what(command), points{} {
+        std::size_t i = 0;
+        for (const FT_Vector& point : at)  // from 64th of a unit
+            points[i++] = {static_cast<int>(point.x / 64), static_cast<int>(point.y / 64)};
+    }
 };
 using Outline = std::vector<Step>;
 
@@ -118,20 +127,18 @@ std::vector<Outline> realOutlines() {
 }
 
 void drawReal(Type1Font& font, const std::vector<Outline>& outlines) {
-    const auto pixels = [](FT_Pos at) { return static_cast<int>(at / 64); };
     for (std::size_t i = 0; i < outlines.size(); ++i) {
         const auto c = static_cast<unsigned char>(i);
         font.setCharWidth(c, 600);
         font.addChar(c, "g" + std::to_string(i));
         Fonts::Type1Glyph& glyph = *font.editChar(c);
         for (const Step& step : outlines[i]) {
-            const FT_Vector* const p = step.points;
-            if (step.what == Step::kMove) glyph.moveTo(pixels(p[0].x), pixels(p[0].y));
-            if (step.what == Step::kLine) glyph.lineTo(pixels(p[0].x), pixels(p[0].y));
+            const auto& p = step.points;
+            if (step.what == Step::kMove) glyph.moveTo(p[0].x, p[0].y);
+            if (step.what == Step::kLine) glyph.lineTo(p[0].x, p[0].y);
             if (step.what == Step::kClose) glyph.closePath();
             if (step.what == Step::kCurve)
-                glyph.curveTo(pixels(p[0].x), pixels(p[0].y), pixels(p[1].x), pixels(p[1].y),
-                              pixels(p[2].x), pixels(p[2].y));
+                glyph.curveTo(p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y);
         }
     }
 }

@@ -15,23 +15,6 @@ constexpr int kLongestNumber = 5;  // bytes
 /// Values beyond -31999 .. 31999 are written as the nearer end.
 unsigned char* encodeNumber(unsigned char* out, std::int64_t value);
 
-/// The same for outlines, whose numbers are of one byte or two in no order that
-/// a processor could learn: both forms are computed and one is picked without a
-/// branch. May write a byte behind the number.
-inline unsigned char* encodeNumberFast(unsigned char* out, std::int64_t value) {
-    const std::int64_t size = value < 0 ? -value : value;
-    if (size > 1131) [[unlikely]]
-        return encodeNumber(out, value);
-    const auto over = static_cast<unsigned>(size - 108);  // of use from 0 on
-    const unsigned two = size >= 108;
-    const unsigned sign = value < 0;
-    const unsigned first = 247 + 4 * sign + (over >> 8);
-    out[0] = static_cast<unsigned char>((first & -two) |
-                                        (static_cast<unsigned>(value + 139) & (two - 1)));
-    out[1] = static_cast<unsigned char>(over);
-    return out + 1 + two;
-}
-
 /// The running cipher of charstrings (key 4330) and of eexec (key 55665).
 class Encryption {
  public:

@@ -77,7 +77,7 @@ Rectangle Type1Font::getBoundingBox() const {
     bool first = true;
     for (const auto& glyph : mGlyphs) {
         if (!glyph) continue;
-        const Rectangle& own = glyph->mBounds;
+        const Rectangle own = glyph->getBoundingBox();
         box = first ? own
                     : Rectangle{std::min(box.top, own.top), std::min(box.left, own.left),
                                 std::max(box.bottom, own.bottom), std::max(box.right, own.right)};

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "fonts/charstring.h"
+#include "fonts/outline_pen.h"
 #include "fonts/text_out.h"
 #include "util/narrow.h"
 #include "vaskel/fonts.h"
@@ -14,18 +15,14 @@ namespace {
 // Most glyphs of text fonts fit in, few are much shorter.
 constexpr std::size_t kFirstBytes = 256;
 
-// The difference of two coordinates does not wrap: it is limited when written.
-std::int64_t delta(int to, int from) { return std::int64_t{to} - from; }
-
 }  // namespace
 
 Type1Glyph::Type1Glyph(std::string&& name)
     : mName(std::move(name)),
       mLength(0),
       mWidth(0),
-      mCurrentX(0),
-      mCurrentY(0),
-      mBounds{0, 0, 0, 0} {}
+      mAt{0, 0},
+      mBox{0, 0, 0, 0} {}
 Type1Glyph::Type1Glyph(const Type1Glyph& other) = default;
 Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
     Type1Glyph copy(other);  // what may fail comes first
@@ -33,75 +30,78 @@ Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
     std::swap(mOutline, copy.mOutline);
     mLength = other.mLength;
     mWidth = other.mWidth;
-    mCurrentX = other.mCurrentX;
-    mCurrentY = other.mCurrentY;
-    mBounds = other.mBounds;
+    std::copy(std::begin(other.mAt), std::end(other.mAt), mAt);
+    std::copy(std::begin(other.mBox), std::end(other.mBox), mBox);
     return *this;
 }
 Type1Glyph::~Type1Glyph() = default;
 
-// Where a command of up to so many bytes can be written, so that it either
-// happens whole or not at all.
-unsigned char* Type1Glyph::room(std::size_t bytes) {
-    if (mOutline.size() - mLength < bytes) [[unlikely]]
+// Room for a command of up to so many bytes, so that it either happens whole or
+// not at all.
+bool Type1Glyph::hasRoom(std::size_t bytes) const { return mOutline.size() - mLength >= bytes; }
+
+void Type1Glyph::makeRoom(std::size_t bytes) {
+    if (!hasRoom(bytes)) [[unlikely]]
         mOutline.resize(std::max(kFirstBytes, 2 * mOutline.size()));
-    return mOutline.data() + mLength;
 }
 
-void Type1Glyph::updateBounds(int x, int y) {
-    const std::int32_t down = Vaskel::clamp32(-std::int64_t{y});
-    if (mLength == 0) {
-        // Not (down, x, down, x): callers store these boxes, so the seed stays
-        // as it is. Test: "glyph box: a first point off the diagonal keeps its
-        // seed".
-        mBounds = {down, x, Vaskel::clamp32(-std::int64_t{x}), y};
-        return;
-    }
-    if (down < mBounds.top) mBounds.top = down;
-    if (down > mBounds.bottom) mBounds.bottom = down;
-    if (x < mBounds.left) mBounds.left = x;
-    if (x > mBounds.right) mBounds.right = x;
+// A command by the rule itself: the first one, for which there is no room
+// either, the one that needs more room, and those of long numbers.
+void Type1Glyph::drawSlow(unsigned char command, const int* points, int count) {
+    makeRoom(longestCommand(count));
+    const bool first = mLength == 0;
+    unsigned char* const begin = mOutline.data() + mLength;
+    mLength += static_cast<std::size_t>(
+        drawPlain(begin, {mAt, mBox}, first, command, points, count) - begin);
+}
+
+void Type1Glyph::drawPointSlow(unsigned char command, int x, int y) {
+    const int points[] = {x, y};
+    drawSlow(command, points, 1);
 }
 
 void Type1Glyph::drawTo(int x, int y, unsigned char command) {
-    unsigned char* const begin = room(2 * kLongestNumber + 1);
-    unsigned char* end = encodeNumberFast(begin, delta(x, mCurrentX));
-    end = encodeNumberFast(end, delta(y, mCurrentY));
-    *end++ = command;
-    updateBounds(x, y);
-    mLength += static_cast<std::size_t>(end - begin);
-    mCurrentX = x;
-    mCurrentY = y;
+    if (hasRoom(longestCommand(1))) [[likely]] {
+        unsigned char* const begin = mOutline.data() + mLength;
+        if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y)) [[likely]] {
+            mLength += static_cast<std::size_t>(end - begin);
+            return;
+        }
+    }
+    drawPointSlow(command, x, y);
 }
 
 void Type1Glyph::moveTo(int x, int y) { drawTo(x, y, kRmoveto); }
 
 void Type1Glyph::lineTo(int x, int y) { drawTo(x, y, kRlineto); }
 
+void Type1Glyph::drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3) {
+    const int points[] = {x1, y1, x2, y2, x3, y3};
+    drawSlow(kRrcurveto, points, 3);
+}
+
 void Type1Glyph::curveTo(int x1, int y1, int x2, int y2, int x3, int y3) {
-    unsigned char* const begin = room(6 * kLongestNumber + 1);
-    unsigned char* end = encodeNumberFast(begin, delta(x1, mCurrentX));
-    end = encodeNumberFast(end, delta(y1, mCurrentY));
-    end = encodeNumberFast(end, delta(x2, x1));
-    end = encodeNumberFast(end, delta(y2, y1));
-    end = encodeNumberFast(end, delta(x3, x2));
-    end = encodeNumberFast(end, delta(y3, y2));
-    *end++ = kRrcurveto;
-    // While the outline is empty each of the three seeds the box anew.
-    updateBounds(x1, y1);
-    updateBounds(x2, y2);
-    updateBounds(x3, y3);
-    mLength += static_cast<std::size_t>(end - begin);
-    mCurrentX = x3;
-    mCurrentY = y3;
+    if (hasRoom(longestCommand(3))) [[likely]] {
+        unsigned char* const begin = mOutline.data() + mLength;
+        if (unsigned char* const end =
+                drawCurveFast(begin, {mAt, mBox}, x1, y1, x2, y2, x3, y3)) [[likely]] {
+            mLength += static_cast<std::size_t>(end - begin);
+            return;
+        }
+    }
+    drawCurveSlow(x1, y1, x2, y2, x3, y3);
 }
 
 void Type1Glyph::closePath() {
-    *room(1) = kClosepath;
-    ++mLength;
+    makeRoom(1);
+    mOutline[mLength++] = kClosepath;
 }
 
-Rectangle Type1Glyph::getBoundingBox() const { return mBounds; }
+// In a frame whose y axis points down.
+Rectangle Type1Glyph::getBoundingBox() const {
+    return {Vaskel::clamp32(-std::int64_t{mBox[3]}), mBox[0],
+            Vaskel::clamp32(-std::int64_t{mBox[1]}), mBox[2]};
+}
 
 // Lead, side bearing 0, width, hsbw: what goes before the outline.
 std::size_t Type1Glyph::writeHead(unsigned char* out) const {

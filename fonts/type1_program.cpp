@@ -52,10 +52,15 @@ void Type1Program::appendHeader(Bytes& out) const {
 
 void Type1Program::appendEncodingArray(Bytes& out) const {
     appendText(out, "/Encoding [");
+    const std::size_t begin = out.size();
+    std::size_t size = 256 * 2;
+    for (int code = 0; code < 256; ++code) size += nameOf(code).size();
+    out.resize(begin + size);
+    unsigned char* at = out.data() + begin;
     for (int code = 0; code < 256; ++code) {
-        appendText(out, "/");
-        appendText(out, nameOf(code));
-        appendText(out, code % 8 == 7 ? "\n" : " ");
+        *at++ = '/';
+        for (const char c : nameOf(code)) *at++ = static_cast<unsigned char>(c);
+        *at++ = code % 8 == 7 ? '\n' : ' ';
     }
     appendText(out, "] readonly def\n");
 }

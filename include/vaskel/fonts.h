@@ -81,17 +81,19 @@ class VASKEL_API Type1Glyph {
     static constexpr std::size_t kHeadRoom = 16;  // for writeHead, in bytes
     std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
-    inline void updateBounds(int x, int y);
-    inline unsigned char* room(std::size_t bytes);
-    void drawTo(int x, int y, unsigned char command);
+    inline bool hasRoom(std::size_t bytes) const;
+    inline void drawTo(int x, int y, unsigned char command);
+    VASKEL_HIDDEN void makeRoom(std::size_t bytes);
+    VASKEL_HIDDEN void drawSlow(unsigned char command, const int* points, int count);
+    VASKEL_HIDDEN void drawPointSlow(unsigned char command, int x, int y);
+    VASKEL_HIDDEN void drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3);
 
     std::string mName;
     std::vector<unsigned char> mOutline;  // mLength bytes and room for more
     std::size_t mLength;
     std::int32_t mWidth;
-    std::int32_t mCurrentX;
-    std::int32_t mCurrentY;
-    Rectangle mBounds;
+    std::int32_t mAt[2];   // the current point
+    std::int32_t mBox[4];  // smallest x and y, largest x and y
 };
 
 /// A font of up to 256 glyphs, one a character code.

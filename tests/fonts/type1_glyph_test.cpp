@@ -6,9 +6,12 @@
 #include <cstdint>
 #include <functional>
 #include <ostream>
+#include <random>
+#include <string>
 #include <vector>
 
 #include "fonts/charstring.h"
+#include "fonts/outline_pen.h"
 #include "tests/fonts/type1_text.h"
 #include "tests/support/fake_host.h"
 #include "vaskel/fonts.h"
@@ -75,18 +78,92 @@ TEST_CASE("glyph: numbers take the shortest charstring form") {
     }
 }
 
-TEST_CASE("glyph: numbers without a branch are the plain form's") {
-    std::vector<std::int64_t> values = {INT_MIN, INT_MAX, 2LL * INT_MIN, 2LL * INT_MAX + 1};
-    for (int value = -1300; value <= 1300; ++value) values.push_back(value);
-    for (const int end : {-32000, 32000})
-        for (int value = end - 2; value <= end + 2; ++value) values.push_back(value);
-    for (const std::int64_t value : values) {
-        CAPTURE(value);
-        unsigned char want[Fonts::kLongestNumber], got[Fonts::kLongestNumber];
-        const std::ptrdiff_t length = Fonts::encodeNumber(want, value) - want;
-        REQUIRE(Fonts::encodeNumberFast(got, value) - got == length);
-        CHECK(std::equal(got, got + length, want));
+// Draws the same by both forms from the same state and counts which the faster
+// one took.
+struct Drawn {
+    std::int32_t at[2];
+    std::int32_t box[4];
+    unsigned char bytes[Fonts::longestCommand(3) + 1];
+    std::size_t length;
+
+    bool operator==(const Drawn& other) const {
+        return std::equal(at, at + 2, other.at) && std::equal(box, box + 4, other.box) &&
+               length == other.length && std::equal(bytes, bytes + length, other.bytes);
     }
+};
+
+struct Taken {
+    int fast = 0;
+    int declined = 0;
+
+    void compare(const Drawn& start, const int* p, int count) {
+        Drawn want = start, got = start;
+        const unsigned char command = count == 1 ? Fonts::kRlineto : Fonts::kRrcurveto;
+        const unsigned char* end =
+            Fonts::drawPlain(want.bytes, {want.at, want.box}, false, command, p, count);
+        want.length = static_cast<std::size_t>(end - want.bytes);
+        const Fonts::OutlinePen pen{got.at, got.box};
+        end = count == 1
+                  ? Fonts::drawPointFast(got.bytes, pen, command, p[0], p[1])
+                  : Fonts::drawCurveFast(got.bytes, pen, p[0], p[1], p[2], p[3], p[4], p[5]);
+        std::string points;
+        for (int i = 0; i < 2 * count; ++i) points += std::to_string(p[i]) + ' ';
+        CAPTURE(points);
+        if (end == nullptr) {
+            ++declined;
+            got.length = start.length;
+            REQUIRE(got == start);
+            return;
+        }
+        ++fast;
+        got.length = static_cast<std::size_t>(end - got.bytes);
+        REQUIRE(got == want);
+    }
+};
+
+TEST_CASE("glyph: all numbers of a command at once are those one by one") {
+    constexpr Drawn kStart = {{7, -9}, {-20, -30, 40, 50}, {}, 0};
+    Taken line, curve;
+    for (int d = -1300; d <= 1300; ++d) {  // every difference, in each place
+        const int point[] = {kStart.at[0] + d, kStart.at[1] - d};
+        line.compare(kStart, point, 1);
+        for (int place = 0; place < 6; ++place) {
+            int points[] = {1, 2, 3, 4, 5, 6};
+            points[place] = (place < 2 ? kStart.at[place] : points[place - 2]) + d;
+            curve.compare(kStart, points, 3);
+        }
+    }
+#ifdef __x86_64__
+    CHECK(line.fast == 2 * 1131 + 1);
+    CHECK(curve.fast > 6 * 2 * 1100);
+#endif
+    CHECK(line.declined > 0);
+    CHECK(curve.declined > 0);
+
+    // Coordinates about every power of two, near each other and far apart.
+    std::minstd_rand random(3);
+    const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    const auto far = [&] {
+        const std::int64_t power = std::int64_t{1} << below(32);
+        const std::int64_t value = (below(2) ? power : -power) + below(5) - 2;
+        return static_cast<int>(std::clamp<std::int64_t>(value, INT_MIN, INT_MAX));
+    };
+    Taken any;
+    for (int round = 0; round < 200000; ++round) {
+        Drawn start = {{far(), far()}, {far(), far(), far(), far()}, {}, 0};
+        int points[6];
+        for (int i = 0; i < 6; ++i) {
+            const int before = i < 2 ? start.at[i] : points[i - 2];
+            points[i] = below(20) ? static_cast<int>(std::clamp<std::int64_t>(
+                                        std::int64_t{before} + below(2400) - 1200, INT_MIN, INT_MAX))
+                                  : far();
+        }
+        any.compare(start, points, 1 + 2 * below(2));
+    }
+#ifdef __x86_64__
+    CHECK(any.fast > 10000);
+#endif
+    CHECK(any.declined > 10000);
 }
 
 TEST_CASE("glyph: commands are written relative to the point before") {

