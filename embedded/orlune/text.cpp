@@ -1,4 +1,5 @@
-// Text conversions on utfcpp and uriparser, without an allocation.
+// Text conversions on utfcpp and uriparser, without an allocation. ASCII, which most
+// names are of, goes by itself.
 
 #include "platform/orlune/text.h"
 
@@ -6,6 +7,7 @@
 #include <utf8cpp/utf8.h>
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -33,6 +35,7 @@ class Output {
     /// The room for pieces, and where they go; filled says how much of it is used.
     std::size_t room() const { return mRoom; }
     Char* space() { return mOut + mCount; }
+    void filledTo(const Char* end) { filled(static_cast<std::size_t>(end - space())); }
     void filled(std::size_t length) {
         mCount += length;
         mRoom -= length;
@@ -82,20 +85,36 @@ std::size_t toUni16(std::uint32_t character, wchar_t* units) {
     return 2;
 }
 
-// The characters that stand for themselves in any part of a URL: RFC 3986,
-// section 2.3.
-struct Unreserved {
-    bool is[128];
+// What an ASCII character becomes in a URL: itself if it may stand in any part
+// of one (RFC 3986, section 2.3), else a triple.
+struct Escape {
+    char text[3];
+    unsigned char length;
 };
 
-constexpr Unreserved makeUnreserved() {
-    Unreserved unreserved{};
-    for (unsigned char c : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-                                            "0123456789-._~"))
-        unreserved.is[c] = true;
-    return unreserved;
+// As one number each, which a loop reads at once.
+struct Escapes {
+    std::uint32_t of[128];
+};
+
+constexpr Escapes makeEscapes() {
+    constexpr std::string_view unreserved =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
+    constexpr char digits[] = "0123456789ABCDEF";
+    Escapes escapes{};
+    for (std::size_t c = 0; c < 128; ++c) {
+        const bool stays = unreserved.find(static_cast<char>(c)) != std::string_view::npos;
+        escapes.of[c] =
+            std::bit_cast<std::uint32_t>(stays ? Escape{{static_cast<char>(c)}, 1}
+                                               : Escape{{'%', digits[c / 16], digits[c % 16]}, 3});
+    }
+    return escapes;
 }
-constexpr Unreserved kUnreserved = makeUnreserved();
+constexpr Escapes kEscapes = makeEscapes();
+
+constexpr std::size_t lengthOf(std::uint32_t escape) {
+    return std::endian::native == std::endian::little ? escape >> 24 : escape & 0xFF;
+}
 
 // Percent-encodes bytes; returns how long the form is. out has room for three
 // times the bytes and a terminator.
@@ -126,42 +145,57 @@ void takeEncoded(Output<char>& output, const char* text, const char* end) {
     }
 }
 
-// Copies the characters at text for which is holds, ASCII all of them, while
-// there is room, and returns where they end. Each is a piece of its own.
-template <class From, class To, class Is>
-const From* takeWhile(Output<To>& output, const From* text, Is is) {
-    const std::size_t room = output.room();
-    To* const to = output.space();
-    std::size_t count = 0;
-    for (; count != room && is(text[count]); ++count) to[count] = static_cast<To>(text[count]);
-    output.filled(count);
-    return text + count;
-}
+bool isAscii(char c) { return static_cast<signed char>(c) > 0; }  // and no terminator
+bool isAscii(wchar_t c) { return static_cast<std::uint32_t>(c) - 1 < 0x7F; }
 
+// How many characters the loops below take for each look at the room that is left.
+constexpr std::size_t kStep = 4;
+
+// Copies the ASCII characters at text while there is room for some, and returns
+// where it stopped.
 template <class From, class To>
 const From* takeAscii(Output<To>& output, const From* text) {
-    return takeWhile(output, text, [](From c) { return c > 0 && c <= 0x7F; });
+    To* to = output.space();
+    for (std::size_t room = output.room(); room >= kStep; room -= kStep) {
+        for (std::size_t i = 0; i < kStep; ++i, ++to, ++text) {
+            if (!isAscii(*text)) {
+                output.filledTo(to);
+                return text;
+            }
+            *to = static_cast<To>(*text);
+        }
+    }
+    output.filledTo(to);
+    return text;
 }
 
+// Percent-encodes the ASCII characters at text while there is room for some, and
+// returns where it stopped. Four bytes are written for each, and as many taken as
+// count: no character waits for the length of the one before, nor has a branch
+// to guess.
 template <class From>
-bool isUnreserved(From c) {
-    const auto index = static_cast<std::make_unsigned_t<From>>(c);
-    return index < 0x80 && kUnreserved.is[index];
+const From* takeAsciiEncoded(Output<char>& output, const From* text) {
+    char* to = output.space();
+    const char* const end = to + output.room();
+    while (end - to >= static_cast<std::ptrdiff_t>(3 * kStep)) {
+        for (std::size_t i = 0; i < kStep; ++i, ++text) {
+            if (!isAscii(*text)) {
+                output.filledTo(to);
+                return text;
+            }
+            const std::uint32_t escape =
+                kEscapes.of[static_cast<std::make_unsigned_t<From>>(*text)];
+            std::memcpy(to, &escape, sizeof escape);
+            to += lengthOf(escape);
+        }
+    }
+    output.filledTo(to);
+    return text;
 }
 
-// Most names begin with what needs no encoding, and many hold nothing else.
-template <class From>
-const From* takeUnreserved(Output<char>& output, const From* text) {
-    return takeWhile(output, text, isUnreserved<From>);
-}
+// The rest of a conversion, where not all is ASCII or not all may fit.
 
-}  // namespace
-
-int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
-    if (capacity == 0) return 0;
-    Output<wchar_t> output(out, capacity);
-    utf8 = takeAscii(output, utf8);
-    if (*utf8 == '\0') return output.finish();
+[[gnu::noinline]] int finishUni16(Output<wchar_t>& output, const char* utf8) {
     const char* const end = utf8 + std::strlen(utf8);
     if (utf8::find_invalid(utf8, end) != end) return output.refuse();
     while (utf8 != end && output.room() > 0) {
@@ -170,6 +204,42 @@ int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
         utf8 = takeAscii(output, utf8);
     }
     return output.finish();
+}
+
+[[gnu::noinline]] int finishURL(Output<char>& output, const char* utf8) {
+    takeEncoded(output, utf8, utf8 + std::strlen(utf8));
+    return output.finish();
+}
+
+[[gnu::noinline]] int finishURL(Output<char>& output, const wchar_t* text) {
+    for (; *text != 0; text = takeAsciiEncoded(output, text)) {
+        char bytes[64];  // of the characters before the next one in ASCII
+        char* last = bytes;
+        do {
+            const std::uint32_t character = nextOfUni16(text);
+            if (character == kNoCharacter) return output.refuse();
+            last = utf8::unchecked::append(character, last);
+        } while (last <= bytes + sizeof bytes - 4 && *text != 0 && !isAscii(*text));
+        takeEncoded(output, bytes, last);
+    }
+    return output.finish();
+}
+
+template <class From>
+int toURL(const From* text, char* out, std::size_t capacity) {
+    if (capacity == 0) return 0;
+    Output<char> output(out, capacity);
+    text = takeAsciiEncoded(output, text);
+    return *text == 0 ? output.finish() : finishURL(output, text);
+}
+
+}  // namespace
+
+int UTF8ToUni16Char(const char* utf8, wchar_t* out, std::size_t capacity) {
+    if (capacity == 0) return 0;
+    Output<wchar_t> output(out, capacity);
+    utf8 = takeAscii(output, utf8);
+    return *utf8 == '\0' ? output.finish() : finishUni16(output, utf8);
 }
 
 int Uni16CharToUTF8(const wchar_t* text, char* out, std::size_t capacity) {
@@ -186,27 +256,11 @@ int Uni16CharToUTF8(const wchar_t* text, char* out, std::size_t capacity) {
 }
 
 int UTF8ToURLEncoding(const char* utf8, char* out, std::size_t capacity) {
-    if (capacity == 0) return 0;
-    Output<char> output(out, capacity);
-    utf8 = takeUnreserved(output, utf8);
-    if (*utf8 != '\0') takeEncoded(output, utf8, utf8 + std::strlen(utf8));
-    return output.finish();
+    return toURL(utf8, out, capacity);
 }
 
 int Uni16CharToURLEncoding(const wchar_t* text, char* out, std::size_t capacity) {
-    if (capacity == 0) return 0;
-    Output<char> output(out, capacity);
-    while (*(text = takeUnreserved(output, text)) != 0) {
-        char bytes[64];  // of the characters before the next one that stays
-        char* last = bytes;
-        do {
-            const std::uint32_t character = nextOfUni16(text);
-            if (character == kNoCharacter) return output.refuse();
-            last = utf8::unchecked::append(character, last);
-        } while (last <= bytes + sizeof bytes - 4 && *text != 0 && !isUnreserved(*text));
-        takeEncoded(output, bytes, last);
-    }
-    return output.finish();
+    return toURL(text, out, capacity);
 }
 
 }  // namespace Orlune

@@ -219,6 +219,41 @@ TEST_CASE("nothing is read behind a terminator or written behind a capacity") {
     }
 }
 
+TEST_CASE("ASCII of any length is converted and cut at any capacity") {
+    const std::string letters = "a b~/c%de-f g";
+    const std::string encoded = "a%20b~%2Fc%25de-f%20g";
+    for (std::size_t length = 0; length <= letters.size(); ++length) {
+        const std::string text = letters.substr(0, length);
+        const GuardedText source(text);
+        const std::wstring wide(text.begin(), text.end());
+        const GuardedUnits wideSource(wide);
+        for (std::size_t capacity = 1; capacity <= 3 * letters.size() + 1; ++capacity) {
+            CAPTURE(length);
+            CAPTURE(capacity);
+            GuardedBytes units(capacity * sizeof(wchar_t)), url(capacity), wideUrl(capacity);
+            auto* const out = reinterpret_cast<wchar_t*>(units.data());
+            const std::size_t count = std::min(length, capacity - 1);
+            CHECK(Orlune::UTF8ToUni16Char(source, out, capacity) == static_cast<int>(count));
+            CHECK(std::wstring(out) == wide.substr(0, count));
+
+            std::string want;  // as many letters as fit whole
+            std::size_t at = 0;
+            for (std::size_t i = 0; i < length; ++i) {
+                const std::size_t size = encoded[at] == '%' ? 3 : 1;
+                if (at + size > capacity - 1) break;
+                want += encoded.substr(at, size);
+                at += size;
+            }
+            CHECK(Orlune::UTF8ToURLEncoding(source, url.chars(), capacity) ==
+                  static_cast<int>(want.size()));
+            CHECK(std::string(url.chars()) == want);
+            CHECK(Orlune::Uni16CharToURLEncoding(wideSource.text(), wideUrl.chars(), capacity) ==
+                  static_cast<int>(want.size()));
+            CHECK(std::string(wideUrl.chars()) == want);
+        }
+    }
+}
+
 TEST_CASE("a refusal behind the cut empties the text as well") {
     wchar_t units[4];
     CHECK(Orlune::UTF8ToUni16Char("abcdef\x80", units, 4) == 0);

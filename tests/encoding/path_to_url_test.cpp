@@ -111,6 +111,32 @@ TEST_CASE("PathToURL reads a path that is the text of its own output") {
     CHECK(url.GetURL() == "http://server/some%20long%20directory%20name/x");
 }
 
+TEST_CASE("PathToURL finds slashes at any distance and in texts of any length") {
+    for (std::size_t length = 1; length <= 40; ++length) {
+        // '.' and '0' are next to the slash; so is 0xAF but for its highest bit.
+        for (const char* letter : {"m", ".", "0"}) {
+            const std::string name = repeated(length, letter);
+            CAPTURE(name);
+            CHECK(urlOf("/v/" + name + "/" + name + "//b", "f") ==
+                  "f:///v/" + name + "/" + name + "/b");
+        }
+        CHECK(urlOf("/v/" + repeated(length, "\xC3\xAF") + "/b", "f") ==
+              "f:///v/" + repeated(length, "%C3%AF") + "/b");
+    }
+    for (std::size_t length = 480; length <= 520; ++length) {
+        CAPTURE(length);
+        const std::string name(length, 'n');
+        CHECK(urlOf(name + "/b", "f") == "f://" + name + "/b");
+        CHECK(urlOf("/v/" + name, "f") == "f:///v/" + name);
+    }
+}
+
+TEST_CASE("PathToURL makes room for what grows more than expected") {
+    const std::string path = "/v" + repeated(2000, "/ \xE2\x82\xAC ");
+    CHECK(urlOf(path, "f") == "f:///v" + repeated(2000, "/%20%E2%82%AC%20"));
+    CHECK(urlOf("/v/w" + repeated(30000, " "), "f") == "f:///v/w" + repeated(30000, "%20"));
+}
+
 TEST_CASE("PathToURL takes a million components") {
     const std::string path = "/v" + repeated(1000000, "/c");
     CHECK(urlOf(path, "file") == "file://" + path);
