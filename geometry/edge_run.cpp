@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "geometry/edge_run_blocks.h"
+#include "util/cpu.h"
 
 #if defined(__x86_64__)
 #include <emmintrin.h>
@@ -89,7 +90,7 @@ bool runSse2(int x, int y, const PointRun& run, bool& inside) {
 
 #if defined(__x86_64__)
 constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain, &kEdgeRunSse2, &kEdgeRunAvx2};
-std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 3 : 2; }
+std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
 #else
 constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain};
 std::size_t usableForms() { return 1; }

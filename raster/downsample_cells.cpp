@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cmath>
 
+#include "util/cpu.h"
+
 namespace Vaskel {
 
 int fractionBitsOf(double value) {
@@ -194,10 +196,7 @@ void accumulateTable(const DownsampleCells& cells, const DownsampleLine& line, f
 
 #if defined(__x86_64__)
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable, &kDownsampleAvx2};
-// Whatever has AVX2 has fused operations too, but they are named apart.
-std::size_t usableForms() {
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? 3 : 2;
-}
+std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
 #else
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable};
 std::size_t usableForms() { return 2; }

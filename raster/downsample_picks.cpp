@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "util/cpu.h"
+
 namespace Vaskel {
 namespace {
 
@@ -81,7 +83,7 @@ void narrowPlain(const unsigned char* slots, std::size_t count, unsigned char* b
 
 #if defined(__x86_64__)
 constexpr const PickForm* kForms[] = {&kPickPlain, &kPickTable, &kPickAvx2};
-std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 3 : 2; }
+std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
 #else
 constexpr const PickForm* kForms[] = {&kPickPlain, &kPickTable};
 std::size_t usableForms() { return 2; }

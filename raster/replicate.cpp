@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstring>
 
+#include "util/cpu.h"
+
 namespace Vaskel {
 
 std::int64_t replicationSources(double factor, std::int32_t width, std::int64_t count,
@@ -32,7 +34,7 @@ void runTable(const Replication& replication, const unsigned int* line, unsigned
 
 #if defined(__x86_64__)
 constexpr const ReplicateForm* kForms[] = {&kReplicateTable, &kReplicateAvx2};
-std::size_t usableForms() { return __builtin_cpu_supports("avx2") ? 2 : 1; }
+std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 2 : 1; }
 #else
 constexpr const ReplicateForm* kForms[] = {&kReplicateTable};
 std::size_t usableForms() { return 1; }
