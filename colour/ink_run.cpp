@@ -1,12 +1,12 @@
 #include "colour/ink_run.h"
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 
 #include "platform/orlune.h"
+#include "util/cpu.h"
 #include "vaskel/colour.h"
 
 namespace Vaskel {
@@ -21,25 +21,25 @@ constexpr double kInkFractions[kInks][kChannels] = {
 constexpr int kInkColours[kInks][kChannels] = {
     {0, 143, 219}, {194, 0, 89}, {245, 227, 0}, {31, 31, 33}};
 
-constexpr double factor(int inkColour, int amount) {
-    return 1 - (255 - inkColour) * amount / 65025.0;
-}
+double factor(int inkColour, int amount) { return 1 - (255 - inkColour) * amount / 65025.0; }
 
 struct Row {
     double channels[kChannels + 1];  // padded, so that a row is two vectors
 };
 
-constexpr std::array<std::array<Row, 256>, kInks> makeRows() {
-    std::array<std::array<Row, 256>, kInks> rows{};
-    for (std::size_t ink = 0; ink < kInks; ++ink)
+// A row for each amount of each ink, the first ink's times 255, with which the
+// product begins: 32 KiB, made at the first use in a few microseconds rather than
+// stored in the library.
+constinit Row gRows[256][kInks]{};
+
+bool makeRows() {
+    for (int ink = 0; ink < kInks; ++ink)
         for (int amount = 0; amount < 256; ++amount)
             for (int channel = 0; channel < kChannels; ++channel)
-                rows[ink][static_cast<std::size_t>(amount)].channels[channel] =
-                    factor(kInkColours[ink][channel], amount);
-    return rows;
+                gRows[amount][ink].channels[channel] =
+                    (ink == 0 ? 255 : 1) * factor(kInkColours[ink][channel], amount);
+    return true;
 }
-
-constexpr std::array<std::array<Row, 256>, kInks> kRows = makeRows();
 
 // Orlune::iround for 0..255 without the call; the truncation and the difference
 // are exact.
@@ -69,6 +69,7 @@ void inkRunPlain(unsigned char* pixels, int count) {
 }
 
 void inkRunTable(unsigned char* pixels, int count) {
+    [[maybe_unused]] static const bool made = makeRows();
     std::uint32_t lastInks = 0, lastResult = 0;
     const unsigned char white[4] = {255, 255, 255, 0};
     std::memcpy(&lastResult, white, 4);  // no ink is white
@@ -77,16 +78,15 @@ void inkRunTable(unsigned char* pixels, int count) {
         std::memcpy(&inks, pixels, 4);
         if (inks != lastInks) {
             lastInks = inks;
-            const Row& c = kRows[0][pixels[0]];
-            const Row& m = kRows[1][pixels[1]];
-            const Row& y = kRows[2][pixels[2]];
-            const Row& k = kRows[3][pixels[3]];
-            double light[kChannels + 1];
-            for (int channel = 0; channel <= kChannels; ++channel)
-                light[channel] = 255 * c.channels[channel] * m.channels[channel] *
-                                 y.channels[channel] * k.channels[channel];
-            const unsigned char result[4] = {rounded(light[2]), rounded(light[1]),
-                                             rounded(light[0]), 0};
+            const Row& c = gRows[pixels[0]][0];
+            const Row& m = gRows[pixels[1]][1];
+            const Row& y = gRows[pixels[2]][2];
+            const Row& k = gRows[pixels[3]][3];
+            const auto light = [&](int channel) {
+                return rounded(c.channels[channel] * m.channels[channel] * y.channels[channel] *
+                               k.channels[channel]);
+            };
+            const unsigned char result[4] = {light(2), light(1), light(0), 0};
             std::memcpy(&lastResult, result, 4);
         }
         std::memcpy(pixels, &lastResult, 4);
@@ -104,14 +104,14 @@ constexpr InkRunForm kForms[] = {
 #endif
 };
 
-std::size_t usableForms() {
 #if defined(__x86_64__)
-    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma"))
-        return std::size(kForms) - 2;
-    if (!__builtin_cpu_supports("avx512f")) return std::size(kForms) - 1;
-#endif
-    return std::size(kForms);
+std::size_t usableForms() {
+    const CpuLevel level = cpuLevel();
+    return level >= CpuLevel::Avx512 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
 }
+#else
+std::size_t usableForms() { return std::size(kForms); }
+#endif
 
 std::atomic<const InkRunForm*> gForced{nullptr};
 

@@ -6,7 +6,9 @@
 
 #include "encoding/unicode_blocks.h"
 #include "encoding/unicode_rules.h"
+#include "encoding/unicode_tables.h"
 #include "platform/orlune.h"
+#include "util/cpu.h"
 #include "vaskel/encoding.h"
 
 namespace Vaskel {
@@ -16,16 +18,11 @@ namespace {
 constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2,
                                          &kUnicodeAvx512};
 
-// How many of the forms this CPU can run.
+// How many of the forms this CPU can run, made ready.
 std::size_t usableForms() {
-    if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("popcnt")) return 2;
-    // Every CPU with VBMI2 has the older ones of these, but a system may hide some.
-    const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                        __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512vl") &&
-                        __builtin_cpu_supports("avx512vbmi") &&
-                        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi") &&
-                        __builtin_cpu_supports("bmi2");
-    return avx512 ? 4 : 3;
+    const CpuLevel level = cpuLevel();
+    if (level >= CpuLevel::Avx2) makeUnicodeTables();
+    return level >= CpuLevel::Avx512Vbmi2 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
 }
 #else
 constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
@@ -37,12 +34,12 @@ constinit std::atomic<const UnicodeForm*> gForm{nullptr};
 
 [[gnu::noinline]] const UnicodeForm& chooseForm() {
     const UnicodeForm* const best = unicodeForms().back();
-    gForm.store(best, std::memory_order_relaxed);
+    gForm.store(best, std::memory_order_release);  // its tables are made
     return *best;
 }
 
 const UnicodeForm& chosenForm() {
-    if (const UnicodeForm* form = gForm.load(std::memory_order_relaxed)) return *form;
+    if (const UnicodeForm* form = gForm.load(std::memory_order_acquire)) return *form;
     return chooseForm();
 }
 

@@ -77,8 +77,10 @@ VASKEL_AVX2 inline __m256i shuffles(const Shuffle& low, const Shuffle& high) {
 VASKEL_AVX2 inline Byte* storeKept16(__m256i a, __m256i b, std::uint32_t keep, Byte* out) {
     const std::uint32_t k0 = keep & 0xFF, k1 = keep >> 8 & 0xFF, k2 = keep >> 16 & 0xFF,
                         k3 = keep >> 24;
-    a = _mm256_shuffle_epi8(a, shuffles(kKeptUnits[k0], kKeptUnits[k2]));
-    b = _mm256_shuffle_epi8(b, shuffles(kKeptUnits[k1], kKeptUnits[k3]));
+    a = _mm256_shuffle_epi8(a,
+                            shuffles(gUnicodeTables.keptUnits[k0], gUnicodeTables.keptUnits[k2]));
+    b = _mm256_shuffle_epi8(b,
+                            shuffles(gUnicodeTables.keptUnits[k1], gUnicodeTables.keptUnits[k3]));
     store(out, _mm256_castsi256_si128(a));
     out += 2 * popcount(k0);
     store(out, _mm256_castsi256_si128(b));

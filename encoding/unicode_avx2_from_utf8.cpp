@@ -59,14 +59,15 @@ VASKEL_AVX2 inline void interleave(const Planes& p, __m256i& a, __m256i& b) {
 }
 
 VASKEL_AVX2 inline Byte* storeKept32(__m128i units, std::uint32_t keep, __m256i order, Byte* out) {
-    const __m256i wide = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffle(kKeptUnits[keep])));
+    const __m256i wide =
+        _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffle(gUnicodeTables.keptUnits[keep])));
     store(out, ordered(wide, order));
     return out + 4 * popcount(keep);
 }
 
 VASKEL_AVX2 inline Byte* storeKept32(__m128i units, __m128i above, std::uint32_t keep,
                                      __m256i order, Byte* out) {
-    const __m128i shuffled = shuffle(kKeptUnits[keep]);
+    const __m128i shuffled = shuffle(gUnicodeTables.keptUnits[keep]);
     const __m256i low = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(units, shuffled));
     const __m256i high = _mm256_cvtepu16_epi32(_mm_shuffle_epi8(above, shuffled));
     store(out, ordered(_mm256_or_si256(low, _mm256_slli_epi32(high, 16)), order));

@@ -47,7 +47,8 @@ VASKEL_AVX2 inline Byte* storeBelow800(__m256i units, const Constants& k, Byte* 
     // A bit a unit, for the first eight and, from 16 on, the other ones.
     const std::uint32_t ones = mask8(_mm256_packs_epi16(one, _mm256_setzero_si256()));
     const std::uint32_t low = ones & 0xFF, high = ones >> 16;
-    const __m256i keptBytes = _mm256_shuffle_epi8(bytes, shuffles(kOneOrTwo[low], kOneOrTwo[high]));
+    const __m256i keptBytes = _mm256_shuffle_epi8(
+        bytes, shuffles(gUnicodeTables.oneOrTwo[low], gUnicodeTables.oneOrTwo[high]));
     store(out, _mm256_castsi256_si128(keptBytes));
     out += 16 - popcount(low);
     store(out, _mm256_extracti128_si256(keptBytes, 1));
@@ -89,10 +90,12 @@ VASKEL_AVX2 inline Byte* storeMixed(__m256i units, __m256i tail, __m256i two, co
     const std::uint32_t c0 = codes & 0xFF, c1 = codes >> 8 & 0xFF, c2 = codes >> 16 & 0xFF,
                         c3 = codes >> 24;
     const __m256i lead = leadOf(units, k);
-    const __m256i a = _mm256_shuffle_epi8(_mm256_unpacklo_epi16(lead, tail),
-                                          shuffles(kKeptBytes[c0], kKeptBytes[c2]));
-    const __m256i b = _mm256_shuffle_epi8(_mm256_unpackhi_epi16(lead, tail),
-                                          shuffles(kKeptBytes[c1], kKeptBytes[c3]));
+    const __m256i a =
+        _mm256_shuffle_epi8(_mm256_unpacklo_epi16(lead, tail),
+                            shuffles(gUnicodeTables.keptBytes[c0], gUnicodeTables.keptBytes[c2]));
+    const __m256i b =
+        _mm256_shuffle_epi8(_mm256_unpackhi_epi16(lead, tail),
+                            shuffles(gUnicodeTables.keptBytes[c1], gUnicodeTables.keptBytes[c3]));
     store(out, _mm256_castsi256_si128(a));
     out += 4 + popcount(c0);
     store(out, _mm256_castsi256_si128(b));
@@ -157,11 +160,12 @@ VASKEL_AVX2 inline Byte* storeValues(__m256i values, Byte* out) {
                                      kSpreadBits[bit1 >> from & 0xF] << 1);
     };
     const unsigned low = codes(0), high = codes(4);
-    bytes = _mm256_shuffle_epi8(bytes, shuffles(kKeptBytes[low], kKeptBytes[high]));
+    bytes = _mm256_shuffle_epi8(
+        bytes, shuffles(gUnicodeTables.keptBytes[low], gUnicodeTables.keptBytes[high]));
     store(out, _mm256_castsi256_si128(bytes));
-    out += kKeptByteCounts[low];
+    out += gUnicodeTables.keptByteCounts[low];
     store(out, _mm256_extracti128_si256(bytes, 1));
-    return out + kKeptByteCounts[high];
+    return out + gUnicodeTables.keptByteCounts[high];
 }
 
 }  // namespace

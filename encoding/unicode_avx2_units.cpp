@@ -20,8 +20,8 @@ VASKEL_AVX2 inline Byte* storePairs(__m128i units, __m128i behind, __m256i order
                         all32(0x190000));  // ((high & 0x3C00) << 8) + 0x10000, for D800 to DBFF
     const __m256i high = are32(unit, 0xFC00, 0xD800), low = are32(unit, 0xFC00, 0xDC00);
     const std::uint32_t keep = ~mask32(low) & 0xFF;
-    const __m256i lanes =
-        _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(kKeptLanes[keep])));
+    const __m256i lanes = _mm256_cvtepu8_epi32(
+        _mm_cvtsi64_si128(static_cast<long long>(gUnicodeTables.keptLanes[keep])));
     const __m256i values = _mm256_blendv_epi8(unit, pair, high);
     store(out, ordered(_mm256_permutevar8x32_epi32(values, lanes), order));
     return out + 4 * popcount(keep);
@@ -41,7 +41,8 @@ VASKEL_AVX2 inline Byte* storeSplit(__m256i values, __m256i order, Byte* out) {
     const std::uint32_t two = ~mask32(single);
     const unsigned first = 0x55u | static_cast<unsigned>(kSpreadBits[two & 0xF] << 1);
     const unsigned second = 0x55u | static_cast<unsigned>(kSpreadBits[two >> 4 & 0xF] << 1);
-    units = _mm256_shuffle_epi8(units, shuffles(kKeptUnits[first], kKeptUnits[second]));
+    units = _mm256_shuffle_epi8(
+        units, shuffles(gUnicodeTables.keptUnits[first], gUnicodeTables.keptUnits[second]));
     store(out, _mm256_castsi256_si128(units));
     out += 2 * popcount(first);
     store(out, _mm256_extracti128_si256(units, 1));
