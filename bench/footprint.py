@@ -27,10 +27,12 @@ def sections(library):
 
 
 def relocations(library):
-    kinds = re.findall(r"R_\w+", output_of("readelf", "-rW", library))
-    relative = sum(kind.endswith("RELATIVE") for kind in kinds)
+    table = output_of("readelf", "-rW", library)
+    packed = sum(int(count) for count in re.findall(r"^ *(\d+) offsets$", table, re.MULTILINE))
+    kinds = re.findall(r"R_\w+", table)
+    relative = packed + sum(kind.endswith("RELATIVE") for kind in kinds)
     jumps = sum(kind.endswith("JUMP_SLOT") or kind.endswith("JUMP_SLO") for kind in kinds)
-    return len(kinds), relative, jumps
+    return packed + len(kinds), relative, jumps
 
 
 def kib(size):

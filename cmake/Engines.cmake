@@ -78,6 +78,19 @@ set_target_properties(vaskel PROPERTIES VERSION ${PROJECT_VERSION}
                                         SOVERSION ${PROJECT_VERSION_MAJOR}
                                         LINKER_LANGUAGE CXX
                                         LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
+# A relative relocation, of which there are 500, takes 24 bytes and packed a bit,
+# which the C library reads from 2.36 on. A library built there asks for it.
+include(CheckCXXSourceCompiles)
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,-z,pack-relative-relocs VASKEL_LINKER_PACKS)
+check_cxx_source_compiles("#include <cstdlib>
+                           #if !__GLIBC_PREREQ(2, 36)
+                           #error
+                           #endif
+                           int main() {}" VASKEL_LIBC_UNPACKS)
+if(VASKEL_LINKER_PACKS AND VASKEL_LIBC_UNPACKS)
+    target_link_options(vaskel PRIVATE -Wl,-z,pack-relative-relocs)
+endif()
 # Calls from one engine to another do not go through the linkage table.
 target_link_options(vaskel PRIVATE -Wl,--gc-sections -Wl,-Bsymbolic-functions
                     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/vaskel.map)
