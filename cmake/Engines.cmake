@@ -30,7 +30,6 @@ set(vaskel_loops
     geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
     geometry/inside_path.cpp geometry/intersect_active.cpp geometry/intersect_simple.cpp
     raster/downsample_cells.cpp
-    raster/vectorizer.cpp raster/vectorizer_edges.cpp raster/vectorizer_lines.cpp
     colour/ink_run.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
     encoding/unicode_onepass.cpp util/random.cpp)

@@ -12,7 +12,7 @@
 #include "geometry/clean_points.h"
 #include "geometry/clean_simplify.h"
 #include "platform/pemmit.h"
-#include "util/clean_owned.h"
+#include "util/clean_points.h"
 #include "vaskel/geometry.h"
 
 namespace Vaskel {
@@ -20,18 +20,19 @@ namespace {
 
 constinit CleanState gState;
 
+constexpr int kClosedChanges = 4;
+
 int enoughChanges(const Pemmit::Path* path) {
-    return (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : 4;
+    return (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : kClosedChanges;
 }
 
-// The same as isTooShort(path), which only outlines that begin with a short
-// piece or with equal points come to.
-bool startsTooShort(const Pemmit::Path* path, const PointRun& first) {
-    const int enough = enoughChanges(path);
-    int changes = first.count > 0 ? 1 : 0;
-    for (int i = 1; i < first.count && changes < enough; ++i)
-        changes += first[i].x != first[i - 1].x || first[i].y != first[i - 1].y;
-    return changes < enough && isTooShort(path);
+// Whether a run has enough points that differ from the one before, the first one
+// counted.
+bool hasChanges(const PointRun& run, int enough) {
+    int changes = run.count > 0 ? 1 : 0;
+    for (int i = 1; i < run.count && changes < enough; ++i)
+        changes += run[i].x != run[i - 1].x || run[i].y != run[i - 1].y;
+    return changes >= enough;
 }
 
 // Feeds the walked points themselves and returns the last one. There is one.
@@ -43,6 +44,25 @@ Sample passOn(WalkedPoints& points, SimplifyFast& out) {
         last = {run[run.count - 1].x, run[run.count - 1].y};
     }
     return last;
+}
+
+Pemmit::Path* cleanWalked(WalkedPoints& points, bool open) {
+    OwnedPath result(Pemmit::patbeg());
+    Pemmit::flaset(result.get(), Pemmit::kFlagOpen, open);
+    SimplifyFast out(result.get(), gState.tolerance);
+    Sample last = {};
+    if (gState.order < 1)
+        last = passOn(points, out);
+    else if (open)
+        last = filterOpen(points, gState, out);
+    else
+        filterClosed(points, gState, out);
+    out.finish();
+    if (open)
+        Pemmit::patend(result.get(), last.x, last.y);
+    else
+        Pemmit::patendclo(result.get());
+    return result.release();
 }
 
 }  // namespace
@@ -100,38 +120,24 @@ void fetch(const Pemmit::Path* path) {
 Pemmit::Path* clean(const Pemmit::Path* path, int size) {
     fetch(path);
     if (!path || refusesBox(path->box, size)) return nullptr;
-    WalkedPoints points(path);
-    if (startsTooShort(path, points.run())) return Pemmit::patdup(path);
-
-    const bool open = (path->flags & Pemmit::kFlagOpen) != 0;
-    OwnedPath result(Pemmit::patbeg());
-    Pemmit::flaset(result.get(), Pemmit::kFlagOpen, open);
-    SimplifyFast out(result.get(), gState.tolerance);
-    Sample last = {};
-    if (gState.order < 1)
-        last = passOn(points, out);
-    else if (open)
-        last = filterOpen(points, gState, out);
-    else
-        filterClosed(points, gState, out);
-    out.finish();
-    if (open)
-        Pemmit::patend(result.get(), last.x, last.y);
-    else
-        Pemmit::patendclo(result.get());
-    return result.release();
+    RunWalk walk(path, 0, -1);
+    WalkedPoints points(walk);
+    // Only outlines that begin with a short piece or with equal points are
+    // looked at a second time.
+    if (!hasChanges(points.run(), enoughChanges(path)) && isTooShort(path))
+        return Pemmit::patdup(path);
+    return cleanWalked(points, (path->flags & Pemmit::kFlagOpen) != 0);
 }
 
 // With neither filter nor tolerance a closed outline of straight edges keeps
 // all its points: each is emitted but the last one of the walk, which is the
-// first one again, and too short outlines are copied as they are. Nobody else
-// has seen the outline, so that it can stand for its copy.
-Pemmit::Path* cleanOwned(Pemmit::Path* path, int size) {
-    OwnedPath owned(path);
-    if (gState.order >= 1 || gState.tolerance != 0) return clean(path, size);
-    if (refusesBox(path->box, size)) return nullptr;
-    Pemmit::patendclo(path);
-    return owned.release();
+// first one again. Too short outlines are copied as they are.
+Pemmit::Path* cleanPoints(const Pemmit::PointBase<int>* points, int count) {
+    const PointRun all = {points, 1, count + 1};
+    const bool keeps = gState.order < 1 && gState.tolerance == 0;
+    if (keeps || !hasChanges(all, kClosedChanges)) return makeOutline(points, count);
+    WalkedPoints walked(all);
+    return cleanWalked(walked, false);
 }
 
 }  // namespace Vaskel

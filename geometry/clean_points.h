@@ -7,19 +7,21 @@
 
 namespace Vaskel {
 
-/// Reads a walk. The first run stands ready from the start.
+/// Reads a walk, or points that stand for one. The first run stands ready from
+/// the start.
 class WalkedPoints {
  public:
-    explicit WalkedPoints(const Pemmit::Path* path) : mWalk(path, 0, -1) { next(); }
+    explicit WalkedPoints(RunWalk& walk) : mWalk(&walk) { next(); }
+    explicit WalkedPoints(const PointRun& all) : mWalk(nullptr), mRun(all) {}
 
     /// The current run; with a count of 0 there are no more points.
     const PointRun& run() const { return mRun; }
     void next() {
-        if (!mWalk.next(mRun)) mRun = {nullptr, 1, 0};
+        if (!mWalk || !mWalk->next(mRun)) mRun = {nullptr, 1, 0};
     }
 
  private:
-    RunWalk mWalk;
+    RunWalk* mWalk;
     PointRun mRun;
 };
 

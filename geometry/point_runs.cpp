@@ -1,5 +1,7 @@
 #include "geometry/point_runs.h"
 
+#include <memory>
+
 namespace Vaskel {
 
 bool gWithHostRuns = true;
@@ -12,6 +14,17 @@ void appendPoints(Pemmit::Path* path, const WalkPoint* points, int count) {
         return;
     }
     for (int i = 0; i < count; ++i) Pemmit::patlin(path, points[i].x, points[i].y);
+}
+
+Pemmit::Path* makeOutline(const WalkPoint* points, int count) {
+    if (hostTakesOutlines()) return Pemmit::patnew(points, count);
+    struct Remover {
+        void operator()(Pemmit::Path* path) const { Pemmit::objrem(path); }
+    };
+    std::unique_ptr<Pemmit::Path, Remover> path(Pemmit::patbeg());
+    appendPoints(path.get(), points, count);
+    Pemmit::patendclo(path.get());
+    return path.release();
 }
 
 bool RunWalk::gather(PointRun& run) {

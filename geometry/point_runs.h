@@ -33,6 +33,12 @@ void setHostRuns(bool with);
 /// Appends count points to a path, as Pemmit::patlin does one by one.
 void appendPoints(Pemmit::Path* path, const WalkPoint* points, int count);
 
+/// Whether the host takes whole outlines: it has Pemmit::patnew.
+inline bool hostTakesOutlines() { return &Pemmit::patnew != nullptr && gWithHostRuns; }
+
+/// A closed path of count points, at least 1. Throws std::bad_alloc.
+Pemmit::Path* makeOutline(const WalkPoint* points, int count);
+
 /// A walk over a contour's points, or a path's.
 class RunWalk {
  public:

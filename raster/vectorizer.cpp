@@ -9,8 +9,10 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "geometry/point_runs.h"
 #include "platform/orlune.h"
 #include "raster/shared_block.h"
+#include "raster/traced_points.h"
 #include "util/narrow.h"
 #include "vaskel/geometry.h"
 
@@ -23,12 +25,13 @@ namespace {
 
 constexpr int kFirstCapacity = 256;
 
-// A run-list buffer has one place more than a subclass may write, which holds
-// a terminator at all times: a list that fills the buffer ends there. All the
-// others begin as terminators, for subclasses that forget theirs.
+// A run-list buffer has two places more than a subclass may write. The first of
+// them holds a terminator at all times: a list that fills the buffer ends there.
+// The other one may be read together with that. All the others begin as
+// terminators, for subclasses that forget theirs.
 int* makeLine() {
-    int* const line = SharedBlock::make<int>(Vectorizer::mLineSize + 1);
-    if (line) std::fill_n(line, Vectorizer::mLineSize + 1, kEndOfLine);
+    int* const line = SharedBlock::make<int>(Vectorizer::mLineSize + 2);
+    if (line) std::fill_n(line, Vectorizer::mLineSize + 2, kEndOfLine);
     return line;
 }
 
@@ -47,30 +50,34 @@ class VectorizerInside::Trace {
           mEdgeCapacity(tracer.mEdgeCapacity),
           mFreeEdge(tracer.mFreeEdge),
           mFlip(tracer.mFlip),
-          mNested(tracer.mTracing) {
-        if (mNested || !mEdges || SharedBlock::isShared(mEdges) || SharedBlock::isShared(mLine) ||
-            SharedBlock::isShared(mPrevLine)) {
+          mTracing(tracer.mTracing) {
+        if (isNested() || !mEdges || SharedBlock::isShared(mEdges) ||
+            SharedBlock::isShared(mLine) || SharedBlock::isShared(mPrevLine)) {
             try {
                 tracer.Initialize();
             } catch (...) {
                 putBack();
                 throw;
             }
-            if (!mNested) releaseSaved();
+            if (!isNested()) releaseSaved();
         } else {
             // Another owner may have left the list in any state.
             chainFree(mEdges, 1, mEdgeCapacity);
             mEdges[0].next = 0;
             tracer.mFreeEdge = 1;
         }
-        tracer.mTracing = true;
+        tracer.mTracing = Tracing::kHostPoints;
         tracer.mFlip = flip;
+        if (gAddLineForm != AddLineForm::kFast || !hostTakesOutlines()) return;
+        tracer.mTracing = Tracing::kOwnPoints;
+        tracer.mEdges[0].points = &mPoints;
     }
 
     ~Trace() {
         releaseOpenEdges(mTracer);
-        mTracer.mTracing = mNested;
-        if (!mNested) return;
+        mTracer.mTracing = mTracing;
+        mTracer.mEdges[0].path = nullptr;
+        if (!isNested()) return;
         releaseBuffers(mTracer);
         putBack();
         mTracer.mFlip = mFlip;
@@ -80,6 +87,9 @@ class VectorizerInside::Trace {
     Trace& operator=(const Trace&) = delete;
 
  private:
+    using Tracing = Vectorizer::Tracing;
+
+    bool isNested() const { return mTracing != Tracing::kNo; }
     void putBack() {
         mTracer.mLine = mLine;
         mTracer.mPrevLine = mPrevLine;
@@ -100,7 +110,8 @@ class VectorizerInside::Trace {
     int mEdgeCapacity;
     unsigned short mFreeEdge;
     bool mFlip;
-    bool mNested;
+    Tracing mTracing;
+    TracedPoints mPoints;
 };
 
 void VectorizerInside::share(Vectorizer& to, const Vectorizer& from) {
@@ -128,7 +139,7 @@ Vectorizer::Vectorizer(int minSize)
       mEdgeCapacity(kFirstCapacity),
       mMinSize(minSize),
       mFlip(false),
-      mTracing(false) {
+      mTracing(Tracing::kNo) {
     Initialize();
 }
 
@@ -139,7 +150,7 @@ Vectorizer::Vectorizer(int minSize, int p1, int p2, int p3, int p4, bool smooth)
       mEdgeCapacity(kFirstCapacity),
       mMinSize(minSize),
       mFlip(false),
-      mTracing(false) {
+      mTracing(Tracing::kNo) {
     vecsetpar(p1, p2, p3, p4);
     Initialize();
 }
@@ -149,13 +160,13 @@ Vectorizer::Vectorizer(const Vectorizer& other)
       mLineStep(other.mLineStep),
       mMinSize(other.mMinSize),
       mFlip(other.mFlip),
-      mTracing(false) {
+      mTracing(Tracing::kNo) {
     VectorizerInside::share(*this, other);
 }
 
 Vectorizer& Vectorizer::operator=(const Vectorizer& other) {
     if (this == &other) return *this;
-    if (!mTracing) {  // a trace keeps its buffers
+    if (mTracing == Tracing::kNo) {  // a trace keeps its buffers
         VectorizerInside::releaseBuffers(*this);
         VectorizerInside::share(*this, other);
     }

@@ -13,7 +13,7 @@
 #include "platform/pemmit.h"
 #include "raster/shared_block.h"
 #include "raster/vectorizer.h"
-#include "util/clean_owned.h"
+#include "vaskel/geometry.h"
 
 namespace Vaskel {
 namespace {
@@ -31,8 +31,10 @@ bool isAtMost(const Pemmit::Box& box, int size) {
 }  // namespace
 
 void VectorizerInside::chainFree(Edge* edges, int first, int capacity) {
-    for (int i = first; i < capacity; ++i)
-        edges[i] = {static_cast<unsigned short>(i + 1 < capacity ? i + 1 : 0), nullptr, 0, 0};
+    for (int i = first; i < capacity; ++i) {
+        edges[i] = Edge();
+        edges[i].next = static_cast<unsigned short>(i + 1 < capacity ? i + 1 : 0);
+    }
 }
 
 void Vectorizer::InitList() {
@@ -41,7 +43,7 @@ void Vectorizer::InitList() {
         VectorizerInside::releaseBuffers(*this);
         throw int{-1};
     }
-    mEdges[0] = {0, nullptr, 0, 0};
+    mEdges[0] = Edge();
     VectorizerInside::chainFree(mEdges, 1, mEdgeCapacity);
     mFreeEdge = 1;
 }
@@ -62,14 +64,8 @@ unsigned short VectorizerInside::grow(Vectorizer& tracer) {
 }
 
 unsigned short Vectorizer::InsertAfter(unsigned short after) {
-    const unsigned short i = mFreeEdge;
-    if (i == 0) throw int{-2};
     std::unique_ptr<Pemmit::Path, PathRemover> path(Pemmit::patbeg());
-    unsigned short rest = mEdges[i].next;
-    if (rest == 0) rest = VectorizerInside::grow(*this);
-    mFreeEdge = rest;
-    mEdges[i].next = mEdges[after].next;
-    mEdges[after].next = i;
+    const unsigned short i = VectorizerInside::insert(*this, after);
     mEdges[i].path = path.release();
     return i;
 }
@@ -78,30 +74,19 @@ unsigned short Vectorizer::InsertAfter(unsigned short after) {
 void Vectorizer::DeleteIndex(unsigned short prev) {
     const unsigned short i = mEdges[prev].next;
     if (i == 0) return;
-    mEdges[prev].next = mEdges[i].next;
-    mEdges[i].next = mFreeEdge;
-    mFreeEdge = i;
-    Pemmit::Path* const path = std::exchange(mEdges[i].path, nullptr);
-    if (!path) return;
+    VectorizerInside::remove(mEdges, mFreeEdge, prev);
+    const std::unique_ptr<Pemmit::Path, PathRemover> path(std::exchange(mEdges[i].path, nullptr));
     // A path without points has handed them on to its partner.
-    if (Pemmit::patsiz(path) == 0 || isAtMost(path->box, mMinSize)) {
-        Pemmit::objrem(path);
-        return;
-    }
-    Pemmit::Path* const cleaned = cleanOwned(path, mMinSize);
-    if (!cleaned) return;
-    if (isAtMost(cleaned->box, mMinSize))
-        Pemmit::objrem(cleaned);
-    else
-        addPath(cleaned);
+    if (!path || Pemmit::patsiz(path.get()) == 0 || isAtMost(path->box, mMinSize)) return;
+    std::unique_ptr<Pemmit::Path, PathRemover> cleaned(clean(path.get(), mMinSize));
+    if (cleaned && !isAtMost(cleaned->box, mMinSize)) addPath(cleaned.release());
 }
 
 void VectorizerInside::releaseOpenEdges(Vectorizer& tracer) {
+    if (keepsPoints(tracer)) return;  // which go together
     Edge* const edges = tracer.mEdges;
     while (const unsigned short i = edges[0].next) {
-        edges[0].next = edges[i].next;
-        edges[i].next = tracer.mFreeEdge;
-        tracer.mFreeEdge = i;
+        remove(edges, tracer.mFreeEdge, 0);
         Pemmit::objrem(std::exchange(edges[i].path, nullptr));
     }
 }

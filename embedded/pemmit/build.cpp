@@ -113,8 +113,14 @@ void storeRun(Node& node, const Point* points, int count) {
     };
     int i = 0;
     for (; i + 1 < count; i += 2) {
+        // Point by point: they may just have been written so, and a wide load
+        // behind narrow stores would have to wait for them.
+        using Pair = long long __attribute__((vector_size(16)));
+        long long each[2];
+        std::memcpy(&each, points + i, sizeof each);
+        const Pair pair = {each[0], each[1]};
         Lanes both;
-        std::memcpy(&both, points + i, sizeof both);
+        std::memcpy(&both, &pair, sizeof both);
         std::memcpy(out + i, &both, sizeof both);
         take(both);
     }
@@ -168,6 +174,12 @@ void patrun(Path* path, const PointBase<int>* points, int count) {
     storeRun(node, points, count);
     if (node.isChild) [[unlikely]]
         tellParent(node);
+}
+
+Path* patnew(const PointBase<int>* points, int count) {
+    Contour* const made = Contour::make(static_cast<std::uint32_t>(count));
+    storeRun(*made, points, count);
+    return made;
 }
 
 void patend(Path* path, int x, int y) {

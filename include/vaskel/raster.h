@@ -14,6 +14,8 @@ namespace Vaskel {
 struct DownsampleCells;  // private, as are
 struct DownsamplePicks;
 struct DownsampleSums;
+struct TracedChunk;
+class TracedPoints;
 
 // ---- Tracing ----------------------------------------------------------------
 
@@ -41,15 +43,17 @@ struct DownsampleSums;
 /// and cleaning are off and the minimum size is negative or nothing is as
 /// small.
 ///
-/// Memory besides outlines: 200 KB for two lines, and 24 bytes for each of the
-/// most positions that one line has, rounded up to a power of two, at most 1.5
-/// MB. Time: linear in lines and positions.
+/// Memory besides outlines: 200 KB for two lines, and 32 bytes for each of the
+/// most positions that one line has, rounded up to a power of two, at most 2
+/// MB; besides, until a trace ends, 8 bytes for each point of the largest
+/// outline and of all that are open at a time, and up to 256 for each of their
+/// ends. Time: linear in lines and positions.
 ///
 /// Failures are thrown as int: -1 when memory for lines or edges cannot be had,
 /// -2 when a line opens more than 65535 edges at a time. Whatever ends a trace
-/// by an exception, also one of a subclass or std::bad_alloc of the host's
-/// paths, releases the outlines that are still open; the object can trace
-/// again.
+/// by an exception, also one of a subclass or std::bad_alloc where points or
+/// the host's paths find no memory, releases the outlines that are still open;
+/// the object can trace again.
 ///
 /// An object is used by one thread at a time, different ones by different
 /// threads only while nobody calls cleanpar and its like, since cleaning has
@@ -110,12 +114,21 @@ class VASKEL_API Vectorizer {
  private:
     friend struct VectorizerInside;
 
+    // What vectorize is doing, and whose the points of open outlines are.
+    enum class Tracing : unsigned char { kNo, kHostPoints, kOwnPoints };
+
     // One place of the edge list: an outline under construction.
     struct Edge {
         unsigned short next;  // the next edge to the right, or the next free place; 0 for none
-        Pemmit::Path* path;   // null for a free place and for place 0, the list's head
+        unsigned short mate;  // of own points: the edge at the outline's other end
         int lastLine;         // line coordinate of the last point that smoothing looks at
         int lastPos;          // its position
+        union {
+            Pemmit::Path* path;  // null for a free place and for place 0, the list's head
+            Pemmit::PointBase<int>* write;  // of own points: where the next one goes
+            TracedPoints* points;           // and of the list's head: all of them
+        };
+        TracedChunk* first;  // of own points: the first ones
     };
 
     void Initialize();
@@ -133,7 +146,7 @@ class VASKEL_API Vectorizer {
     unsigned short mFreeEdge;
     int mMinSize;
     bool mFlip;
-    bool mTracing;  // vectorize is at work
+    Tracing mTracing;
 };
 
 /// Sets how the outlines of all tracers are cleaned, for the whole process:

@@ -32,6 +32,11 @@ PLATFORM_API void patlin(Path* path, int x, int y);
 /// are loaded and use patlin otherwise, with the same results.
 PLATFORM_API PLATFORM_OPTIONAL void patrun(Path* path, const PointBase<int>* points, int count);
 
+/// A closed path of count points, at least 1, that lie side by side: what patbeg,
+/// patlin one by one and patendclo make. A host may leave this call out, too; with
+/// it a path can be made in one piece, just as large as it needs to be.
+PLATFORM_API PLATFORM_OPTIONAL Path* patnew(const PointBase<int>* points, int count);
+
 /// Ends an open path: appends (x, y) as its last point and sets kFlagOpen.
 PLATFORM_API void patend(Path* path, int x, int y);
 

@@ -123,7 +123,8 @@ TEST_CASE("clean samples: an outline at a uniform step") {
             CAPTURE(row.why);
             CAPTURE(room);
             const PathPtr path = openPath(row.walk);
-            Vaskel::WalkedPoints walk(path.get());
+            Vaskel::RunWalk whole(path.get(), 0, -1);
+            Vaskel::WalkedPoints walk(whole);
             Vaskel::Samples source(walk, row.step);
             Points samples;
             std::vector<std::int32_t> x(room), y(room);

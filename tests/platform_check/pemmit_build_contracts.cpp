@@ -77,6 +77,35 @@ TEST_CASE("Pemmit::patrun: where it is offered, the points that patlin appends")
     }
 }
 
+TEST_CASE("Pemmit::patnew: where it is offered, a closed path of its points") {
+    if (&Pemmit::patnew == nullptr) {
+        MESSAGE("not offered, which is allowed");
+        return;
+    }
+    Dice dice(3);
+    for (const int count : {1, 2, 3, 4, 5, 8, 15, 16, 17, 100, 3000, 20001}) {
+        CAPTURE(count);
+        PointList points;
+        std::vector<Pemmit::PointBase<int>> run;
+        for (int i = 0; i < count; ++i) {
+            points.push_back({dice.coordinate(), dice.coordinate()});
+            run.push_back({points.back().first, points.back().second});
+        }
+        const PathPtr path(Pemmit::patnew(run.data(), count));
+        CHECK((path->flags & (kFlagPath | kFlagOpen | kFlagChildren)) == kFlagPath);
+        CHECK(path->next == nullptr);
+        for (int round = 0; round < 2; ++round) {
+            CHECK(sameBox(path->box, boxOf(points)));
+            CHECK(Pemmit::patsiz(path.get()) == static_cast<int>(points.size()) + 1);
+            PointList closed = points;
+            closed.push_back(closed.front());
+            checkWalks(path.get(), closed);
+            points.push_back({dice.coordinate(), dice.coordinate()});  // and patlin goes on
+            Pemmit::patlin(path.get(), points.back().first, points.back().second);
+        }
+    }
+}
+
 TEST_CASE("Pemmit::patend: appends the last point and opens the path") {
     const PathPtr path(Pemmit::patbeg());
     append(path.get(), {{1, 2}, {3, 4}});

@@ -4,8 +4,10 @@
 
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "geometry/point_runs.h"
 #include "raster/vectorizer.h"
 #include "tests/support/bitmaps.h"
 #include "vaskel/geometry.h"
@@ -105,20 +107,81 @@ TEST_CASE("vectorizer: the even-odd fill of the outlines is the bitmap") {
     CHECK(rows == 573);
 }
 
+namespace {
+
+// Tells by which form each outline was made.
+class FormTracer : public TestTracer {
+ public:
+    using TestTracer::TestTracer;
+    Outlines traceBy(Vaskel::AddLineForm form, const Bitmap& bitmap, bool flip) {
+        Vaskel::gAddLineForm = form;
+        Outlines result = trace(bitmap, flip);
+        Vaskel::gAddLineForm = Vaskel::AddLineForm::kFast;
+        return result;
+    }
+    void addPath(Pemmit::Path* path) override {
+        ++(Vaskel::VectorizerInside::keepsPoints(*this) ? own : host);
+        CHECK((path->flags & Pemmit::kFlagOpen) == 0);
+        TestTracer::addPath(path);
+    }
+    int own = 0, host = 0;
+};
+
+// Outlines of many points, which join in any order.
+std::vector<Bitmap> largeBitmaps() {
+    std::mt19937 random(kSeed + 1);
+    std::vector<Bitmap> all;
+    for (int i = 0; i < 20; ++i) all.push_back(blobs(random, 150 + 20 * i, 60 + i));
+    all.push_back(comb(120));
+    all.push_back(upsideDown(comb(120)));
+    all.push_back(nestedRings(90));
+    return all;
+}
+
+}  // namespace
+
 TEST_CASE("vectorizer: every form gives the plain form's outlines") {
+    using Vaskel::AddLineForm;
+    std::vector<Bitmap> all = bitmaps();
+    for (Bitmap& bitmap : largeBitmaps()) all.push_back(std::move(bitmap));
+    struct Row {
+        int minSize, n, tolerance, step;
+    };
+    constexpr Row kRows[] = {{-1, 0, 0, 1}, {0, 0, 0, 1},  {3, 0, 0, 1},
+                             {1, 0, 1, 1},  {-1, 1, 1, 1}, {4, 2, 1, 2}};
+    int own = 0, host = 0, rows = 0;
+    for (const Row& row : kRows) {
+        FormTracer exact(row.minSize, row.n, row.tolerance, row.step, 1, false);
+        FormTracer smooth(row.minSize, row.n, row.tolerance, row.step, 1, true);
+        for (const Bitmap& bitmap : all)
+            for (FormTracer* tracer : {&exact, &smooth})
+                for (const bool flip : {false, true}) {
+                    CAPTURE(rows);
+                    const Outlines want = tracer->traceBy(AddLineForm::kPlain, bitmap, flip);
+                    CHECK(tracer->traceBy(AddLineForm::kFast, bitmap, flip) == want);
+                    ++rows;
+                }
+        for (const FormTracer* tracer : {&exact, &smooth}) {
+            CHECK(tracer->own == tracer->host);
+            own += tracer->own;
+            host += tracer->host;
+        }
+    }
+    CHECK(rows == 6 * 4 * 596);
+    CHECK(own > 50000);
     Vaskel::cleanpar(0, 0, 0);
-    TestTracer exact(-1);
-    TestTracer smooth(-1, 0, 0, 0, 1, true);
-    int rows = 0;
-    for (const Bitmap& bitmap : bitmaps())
-        for (TestTracer* tracer : {&exact, &smooth})
-            for (const bool flip : {false, true}) {
-                CAPTURE(rows);
-                Vaskel::gAddLineForm = Vaskel::AddLineForm::kPlain;
-                const Outlines want = tracer->trace(bitmap, flip);
-                Vaskel::gAddLineForm = Vaskel::AddLineForm::kFast;
-                CHECK(tracer->trace(bitmap, flip) == want);
-                ++rows;
-            }
-    CHECK(rows == 4 * 573);
+}
+
+TEST_CASE("vectorizer: without the host's call for whole outlines they are the host's") {
+    Vaskel::cleanpar(0, 0, 0);
+    FormTracer tracer(-1);
+    const Bitmap bitmap = nestedRings(11);
+    const Outlines want = tracer.trace(bitmap);
+    CHECK(want.size() == 6);
+    CHECK(tracer.own == 6);
+    Vaskel::setHostRuns(false);
+    CHECK(tracer.trace(bitmap) == want);
+    Vaskel::setHostRuns(true);
+    CHECK(tracer.own == 6);
+    CHECK(tracer.host == 6);
 }

@@ -43,6 +43,14 @@ void patrun(Path* path, const PointBase<int>* points, int count) {
     if (fault("patrun-forgets-the-box")) path->box = before;
 }
 
+Path* patnew(const PointBase<int>* points, int count) {
+    static auto* const next =
+        real<Path*(const PointBase<int>*, int)>("_ZN6Pemmit6patnewEPKNS_9PointBaseIiEEi");
+    Path* const path = next(points, count);
+    if (fault("patnew-leaves-open")) path->flags |= kFlagOpen;
+    return path;
+}
+
 void patend(Path* path, int x, int y) {
     static auto* const next = real<void(Path*, int, int)>("_ZN6Pemmit6patendEPNS_4PathEii");
     next(path, x, y);
