@@ -1,6 +1,7 @@
 // A message with a text and a number: through each kind of handler, by number,
-// and finished; beside vsnprintf of the same text into a buffer, which is the
-// least that any such path costs, and beside loggers that drop what they format.
+// and finished; beside vsnprintf of the same text into a buffer, beside that and
+// a call of a std::function ("least_called"), which is the least that any such
+// path costs, and beside loggers that drop what they format.
 
 #include <benchmark/benchmark.h>
 
@@ -46,6 +47,18 @@ void vsnprintfAlone(benchmark::State& state) {
     for (auto _ : state) {
         formatted(text, sizeof text, "cannot read %s, page %d", path.c_str(), ++page & 1023);
         benchmark::DoNotOptimize(text);
+    }
+}
+
+void vsnprintfAndCall(benchmark::State& state) {
+    const MessageTextHandler handler = takeText;
+    benchmark::DoNotOptimize(&handler);
+    const std::string path = pathOf(state);
+    char text[1025];
+    int page = 0;
+    for (auto _ : state) {
+        formatted(text, sizeof text, "cannot read %s, page %d", path.c_str(), ++page & 1023);
+        handler(text, kMessageError, kMessageLasting);
     }
 }
 
@@ -117,6 +130,7 @@ void registerAll() {
     sized(benchmark::RegisterBenchmark("message/vaskel_by_number", reportByNumber));
     sized(benchmark::RegisterBenchmark("message/vaskel_without_handler", reportToNobody));
     sized(benchmark::RegisterBenchmark("message/vsnprintf", vsnprintfAlone));
+    sized(benchmark::RegisterBenchmark("message/least_called", vsnprintfAndCall));
 #if VASKEL_BENCH_SPDLOG
     sized(benchmark::RegisterBenchmark("message/spdlog_null_sink", logToNullSink));
 #endif

@@ -72,9 +72,10 @@ Orlune::Core::uni16string Error::GetDescription() const { return mDescription; }
 MessageVolatility Error::GetVolatility() const { return mVolatility; }
 
 void ShowInfoMessage(const std::shared_ptr<Orlune::Core::Error>& error) {
-    const std::shared_ptr<const MessageHandler> handler = installedHandler();
+    const HandlerCall call;
+    const MessageHandler* const handler = call.handler();
     if (!handler) return;
-    if (const auto* takeError = boost::get<MessageErrorHandler>(handler.get())) {
+    if (const auto* takeError = boost::get<MessageErrorHandler>(handler)) {
         (*takeError)(error);
     } else if (error != nullptr) {
         const std::string text = utf8FromUni16(error->GetDescription());
@@ -87,9 +88,10 @@ void ShowInfoMessage(const std::shared_ptr<Orlune::Core::Error>& error) {
 
 void ShowInfoMessage(MessageSeverity severity, MessageVolatility volatility,
                      const std::string& text) {
-    const std::shared_ptr<const MessageHandler> handler = installedHandler();
+    const HandlerCall call;
+    const MessageHandler* const handler = call.handler();
     if (!handler) return;
-    if (const auto* takeText = boost::get<MessageTextHandler>(handler.get()))
+    if (const auto* takeText = boost::get<MessageTextHandler>(handler))
         (*takeText)(text.c_str(), severity, volatility);
     else
         boost::get<MessageErrorHandler> (*handler)(
@@ -98,7 +100,7 @@ void ShowInfoMessage(MessageSeverity severity, MessageVolatility volatility,
 
 void ShowInfoMessage(MessageSeverity severity, MessageVolatility volatility,
                      const Orlune::Core::uni16string& text) {
-    if (installedHandler()) ShowInfoMessage(severity, volatility, utf8FromUni16(text));
+    if (gHandlerSlot.installed) ShowInfoMessage(severity, volatility, utf8FromUni16(text));
 }
 
 }  // namespace Vaskel

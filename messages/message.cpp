@@ -18,13 +18,21 @@ namespace {
 
 MessageIDConvertor* gConvertor = nullptr;
 
+// Apart from dispatch, which then has few registers to save for texts.
+[[gnu::noinline]] void dispatchError(const MessageErrorHandler& takeError,
+                                     MessageSeverity severity, MessageVolatility volatility,
+                                     const char* text) {
+    takeError(std::make_shared<Error>(severity, volatility, std::string(text)));
+}
+
 void dispatch(MessageSeverity severity, MessageVolatility volatility, const char* text) {
-    const std::shared_ptr<const MessageHandler> handler = installedHandler();
+    const HandlerCall call;
+    const MessageHandler* const handler = call.handler();
     if (!handler) return;
-    if (const auto* takeText = boost::get<MessageTextHandler>(handler.get()))
+    if (const auto* takeText = boost::get<MessageTextHandler>(handler))
         (*takeText)(text, severity, volatility);
-    else if (const auto* takeError = boost::get<MessageErrorHandler>(handler.get()))
-        (*takeError)(std::make_shared<Error>(severity, volatility, std::string(text)));
+    else if (const auto* takeError = boost::get<MessageErrorHandler>(handler))
+        dispatchError(*takeError, severity, volatility, text);
 }
 
 }  // namespace

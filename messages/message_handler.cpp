@@ -1,6 +1,6 @@
-// Which handler is installed. It is shared between the slot, the messages that
-// are being handled and the disablers that keep it, and never changes while it
-// lives: installing another one exchanges the pointer.
+// Which handler is installed. It is shared between the slot and the disablers
+// that keep it, and never changes while it lives: installing another one
+// exchanges the pointer.
 
 #include "messages/message_handler.h"
 
@@ -11,19 +11,9 @@ namespace {
 
 using SharedHandler = std::shared_ptr<const MessageHandler>;
 
-// Constant-initialised and never destroyed: messages may come from static
-// constructors and destructors of other libraries. They are dropped then.
-union Slot {
-    constexpr Slot() : installed{} {}
-    ~Slot() {}
-    SharedHandler installed;
-};
-
-constinit Slot gSlot;
-
 // Releases the handler when the library is unloaded.
 struct SlotCleaner {
-    ~SlotCleaner() { SharedHandler(std::move(gSlot.installed)); }
+    ~SlotCleaner() { HandlerCall::release(std::move(gHandlerSlot.installed)); }
 } const gSlotCleaner;
 
 // Handlers are values: a copy has state of its own.
@@ -33,7 +23,16 @@ SharedHandler copyOf(SharedHandler handler) {
 
 }  // namespace
 
-std::shared_ptr<const MessageHandler> installedHandler() { return gSlot.installed; }
+constinit HandlerSlot gHandlerSlot;
+
+constinit thread_local HandlerCall* HandlerCall::tInnermost = nullptr;
+
+void HandlerCall::release(SharedHandler handler) noexcept {
+    HandlerCall* outermost = nullptr;
+    for (HandlerCall* call = tInnermost; call; call = call->mOuter)
+        if (call->mHandler == handler.get()) outermost = call;
+    if (outermost) outermost->mKept = std::move(handler);
+}
 
 MessageHandlerRetainer::MessageHandlerRetainer(MessageHandler handler)
     : mHandler(std::move(handler)) {}
@@ -51,12 +50,14 @@ boost::optional<MessageHandlerRetainer> setMessageHandler(
     const boost::optional<MessageHandlerRetainer>& handler) {
     boost::optional<MessageHandlerRetainer> before;
     // Held, since copying a handler is the host's code, which may install another.
-    if (const SharedHandler held = gSlot.installed) before = MessageHandlerRetainer(*held);
+    const HandlerCall held;
+    if (held.handler()) before = MessageHandlerRetainer(*held.handler());
     SharedHandler next;
     if (handler) next = std::make_shared<const MessageHandler>(handler->GetMessageHandler());
-    // Nothing fails from here on. The old handler goes at the end of the block,
-    // when its destructor finds the new state.
-    gSlot.installed.swap(next);
+    // Nothing fails from here on. The old handler goes when its destructor finds
+    // the new state.
+    gHandlerSlot.installed.swap(next);
+    HandlerCall::release(std::move(next));
     return before;
 }
 
@@ -68,7 +69,7 @@ bool ScopedMessagesDisabler::mActive = false;
 
 // The handler itself is kept, not a copy, so that restoring it in the
 // destructor allocates nothing.
-ScopedMessagesDisabler::ScopedMessagesDisabler() noexcept : mKept(std::move(gSlot.installed)) {
+ScopedMessagesDisabler::ScopedMessagesDisabler() noexcept : mKept(std::move(gHandlerSlot.installed)) {
     mActive = true;
 }
 
@@ -76,13 +77,17 @@ ScopedMessagesDisabler::ScopedMessagesDisabler(const ScopedMessagesDisabler& oth
     : mKept(copyOf(other.mKept)) {}
 
 ScopedMessagesDisabler& ScopedMessagesDisabler::operator=(const ScopedMessagesDisabler& other) {
-    if (this != &other) mKept = copyOf(other.mKept);
+    if (this == &other) return *this;
+    SharedHandler next = copyOf(other.mKept);
+    mKept.swap(next);
+    HandlerCall::release(std::move(next));
     return *this;
 }
 
 ScopedMessagesDisabler::~ScopedMessagesDisabler() {
-    gSlot.installed.swap(mKept);
+    gHandlerSlot.installed.swap(mKept);
     mActive = false;
+    HandlerCall::release(std::move(mKept));
 }
 
 }  // namespace Vaskel

@@ -209,6 +209,64 @@ TEST_CASE("a replaced handler is destroyed at once, a running one when it return
     CHECK(watch.expired());
 }
 
+TEST_CASE("a handler that is given up within its calls lives until the outermost returns") {
+    Recorder recorder;
+    enum { kRemoved, kReplaced, kThrown };
+    for (const int how : {kRemoved, kReplaced, kThrown}) {
+        CAPTURE(how);
+        auto state = std::make_shared<int>(0);
+        const std::weak_ptr<int> watch = state;
+        int depth = 0, calls = 0;
+        setAdvancedMessageHandler(
+            [state, how, &depth, &calls](const char*, MessageSeverity, MessageVolatility) {
+                ++calls;
+                if (++depth < 3) {
+                    try {
+                        report("deeper");
+                    } catch (const HostFailure&) {
+                    }
+                } else if (how == kReplaced) {
+                    setAdvancedMessageHandler([](const char*, MessageSeverity, MessageVolatility) {});
+                } else {
+                    setMessageHandler(boost::none);
+                    if (how == kThrown) throw HostFailure{};
+                }
+                --depth;
+                CHECK(state.use_count() > 0);
+            });
+        state.reset();
+        report("outermost");
+        CHECK(calls == 3);
+        CHECK(watch.expired());
+        setMessageHandler(boost::none);
+    }
+}
+
+TEST_CASE("a handler that only a disabler keeps goes on running when that lets it go") {
+    Recorder recorder;
+    for (const bool assign : {false, true}) {
+        CAPTURE(assign);
+        auto state = std::make_shared<std::string>("a text of more than fifteen bytes");
+        const std::weak_ptr<std::string> watch = state;
+        std::string log;
+        setAdvancedMessageHandler(
+            [state, assign, &log](const char*, MessageSeverity, MessageVolatility) {
+                const ScopedMessagesDisabler overNothing = [] {
+                    const ScopedMessagesDisabler keeps;  // this handler, until it is made
+                    return ScopedMessagesDisabler();
+                }();
+                ScopedMessagesDisabler keeper;
+                if (assign) keeper = overNothing;
+                log += *state;
+            });
+        state.reset();
+        report("t");
+        CHECK(log == "a text of more than fifteen bytes");
+        setMessageHandler(boost::none);
+        CHECK(watch.expired());
+    }
+}
+
 TEST_CASE("a handler's destructor finds the new state") {
     Recorder recorder;
     std::string log;
