@@ -34,6 +34,13 @@ class ShortDivision {
         for (std::size_t i = length; i > s;) left = left << 16 | rest[--i];
         while (s-- > 0) {
             const std::size_t p = used - s;
+            if (p >= mN + 4 && s > 0 && !mWrapped) {
+                const std::size_t pairs = (s + 1) / 2;
+                s += 1 - 2 * pairs;
+                used -= pairs;
+                wrapPairs(left, p, pairs, rest + s, quotient + s, report);
+                continue;
+            }
             Value v = left << 16 | rest[s];
             if (p <= mN) {
                 quotient[s] = 0;
@@ -70,6 +77,9 @@ class ShortDivision {
     }
 
  private:
+    // For D of up to so many digits D * B^2 is a limb.
+    static constexpr std::size_t kLongestUnreduced = std::is_same_v<Value, Limb> ? 2 : 0;
+
     // The reciprocal belongs to V without its lowest digit if V has five.
     static constexpr unsigned kShift = std::is_same_v<Value, Limb> ? 0 : 16;
 
@@ -83,9 +93,9 @@ class ShortDivision {
         return estimate % B + B - estimate / B;
     }
 
-    // v mod D in place, for v < D * B; the quotient. The reciprocal is too small
-    // by less than one, V without its lowest digit as well, so that the estimate
-    // is too small by two at the most.
+    // v mod D in place, for v < D * B, or any limb where a limb holds V; the
+    // quotient. The reciprocal is too small by less than one, V without its lowest
+    // digit as well, so that the estimate is too small by two at the most.
     Limb reduce(Value& v) const {
         Limb k = static_cast<Limb>(TwoLimbs(static_cast<Limb>(v >> kShift)) * mReciprocal >> 64);
         v -= Value{k} * mDivisor;
@@ -112,14 +122,34 @@ class ShortDivision {
         return static_cast<Digit>(mPowerQuotient + B - divides);
     }
 
+    // From n + 4 digits on every sum wraps, with a zero on top, and the next place
+    // unwraps it and has a digit more than the one before the wrap; so it goes on.
+    // Makes the digits of count such pairs of places, from the one of p digits
+    // down; rest and quotient are those of the lowest place.
+    void wrapPairs(Value& left, std::size_t p, std::size_t count, const Digit* rest,
+                   Digit* quotient, void (*report)()) {
+        while (mPowerOf < p - 1) nextPower();
+        for (std::size_t at = 2 * count; at > 0; at -= 2) {
+            quotient[at - 1] = static_cast<Digit>(mPowerQuotient + B - (mPower == 0));
+            report();
+            Value v = unwrapped(left << 16 | rest[at - 1]) << 16 | rest[at - 2];
+            quotient[at - 2] = static_cast<Digit>(reduce(v) + mWrappedTurn);
+            left = v;
+        }
+    }
+
     // What is left of v, the value of the place that wrapped, and of the power
-    // above it.
+    // above it: the same modulo D, and so short that the next place's value has
+    // one reduction more. Multiples of D that stay in it are multiples of B in the
+    // next quotient, which falls out of the digit: where two digits more fit, all
+    // of D * B may stay.
     Value unwrapped(Value v) {
         mWrapped = false;
-        reduce(v);
+        if (mN > kLongestUnreduced) reduce(v);
         nextPower();
         v += mPower;
-        return v >= mDivisor ? v - mDivisor : v;
+        const Value most = mN > kLongestUnreduced ? mDivisor : mDivisor << 16;
+        return v >= most ? v - most : v;
     }
 
     std::size_t mN;
