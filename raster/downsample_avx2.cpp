@@ -84,15 +84,15 @@ void accumulate(const DownsampleCells& cells, const DownsampleLine& line, float*
 
 // ---- Means ------------------------------------------------------------------
 
-// The mean plus a half, in single precision: at most 2^-14 off where it lies
-// within 0 .. 260. The reciprocal and the product err by 2^-24 of the value
-// each, the sum by 2^-17.
-VASKEL_AVX2_INLINE __m256 roughly(const float* sums, __m256 reciprocal, __m256 half) {
-    const __m256 mean = _mm256_mul_ps(_mm256_loadu_ps(sums), reciprocal);
+// Times factor, and more added: in single precision, at most 2^-14 off where
+// that lies within 0 .. 260. Factor and product err by 2^-24 of the value each,
+// the sum by 2^-17.
+VASKEL_AVX2_INLINE __m256 roughly(__m256 sums, __m256 factor, __m256 more) {
+    const __m256 mean = _mm256_mul_ps(sums, factor);
     // Beyond the bytes the conversion must not overflow.
     const __m256 inRange =
         _mm256_max_ps(_mm256_min_ps(mean, _mm256_set1_ps(257)), _mm256_set1_ps(-1));
-    return _mm256_add_ps(inRange, half);
+    return _mm256_add_ps(inRange, more);
 }
 
 VASKEL_AVX2_INLINE void storeBytes(__m256i a, __m256i b, __m256i c, __m256i d, unsigned char* out) {
@@ -112,26 +112,31 @@ VASKEL_AVX2 std::size_t coarseMeans(float reciprocalOfArea, const float* sums, s
     for (; k + 32 <= count; k += 32) {
         __m256i bytes[4];
         for (std::size_t i = 0; i < 4; ++i)
-            bytes[i] = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, half));
+            bytes[i] =
+                _mm256_cvttps_epi32(roughly(_mm256_loadu_ps(sums + k + 8 * i), reciprocal, half));
         storeBytes(bytes[0], bytes[1], bytes[2], bytes[3], out + k);
     }
     return k;
 }
 
-// Where slack less and slack more give the same byte, so does the exact mean,
-// if slack is 2^-13 or more. Of the others take sees to each.
+// Where means relative and slack less and more give the same byte, so does the
+// exact mean, if both together are as much as roughly errs by. Of the others take
+// sees to each.
 template <class Take>
-VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, const float* sums,
-                                           std::size_t count, unsigned char* out, Take take) {
-    const __m256 reciprocal = _mm256_set1_ps(static_cast<float>(1 / bounds.area));
-    const __m256 lower = _mm256_set1_ps(static_cast<float>(0.5 - bounds.slack));
-    const __m256 upper = _mm256_set1_ps(static_cast<float>(0.5 + bounds.slack));
+VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, double slack,
+                                           const float* sums, std::size_t count, unsigned char* out,
+                                           Take take) {
+    const auto lower = _mm256_set1_ps(static_cast<float>((1 - bounds.relative) / bounds.area));
+    const auto upper = _mm256_set1_ps(static_cast<float>((1 + bounds.relative) / bounds.area));
+    const auto lowerHalf = _mm256_set1_ps(static_cast<float>(0.5 - slack));
+    const auto upperHalf = _mm256_set1_ps(static_cast<float>(0.5 + slack));
     std::size_t k = 0;
     for (; k + 32 <= count; k += 32) {
         __m256i low[4], equal[4];
         for (std::size_t i = 0; i < 4; ++i) {
-            low[i] = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, lower));
-            const __m256i high = _mm256_cvttps_epi32(roughly(sums + k + 8 * i, reciprocal, upper));
+            const __m256 eight = _mm256_loadu_ps(sums + k + 8 * i);
+            low[i] = _mm256_cvttps_epi32(roughly(eight, lower, lowerHalf));
+            const __m256i high = _mm256_cvttps_epi32(roughly(eight, upper, upperHalf));
             equal[i] = _mm256_cmpeq_epi32(low[i], high);
         }
         storeBytes(low[0], low[1], low[2], low[3], out + k);
@@ -150,7 +155,7 @@ VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, const float
 
 VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
                                  unsigned char* out) {
-    return meansWithin({rule.area, 1.0 / 8192}, sums, count, out,
+    return meansWithin({rule.area, 0}, 1.0 / 8192, sums, count, out,
                        [&](std::size_t k) { kDownsamplePlain.means(rule, sums + k, 1, out + k); });
 }
 
@@ -165,11 +170,12 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
 }  // namespace
 
 VASKEL_AVX2 void certainMeansAvx2(const MeanBounds& bounds, const float* sums, std::size_t count,
-                                  unsigned char* out, std::vector<std::uint32_t>& open) {
-    const std::size_t done = meansWithin(bounds, sums, count, out, [&](std::size_t k) {
-        certainMeans(bounds, sums, k, 1, out, open);
-    });
-    certainMeans(bounds, sums, done, count - done, out, open);
+                                  unsigned char* out, std::size_t place,
+                                  std::vector<std::uint32_t>& open) {
+    const std::size_t done =
+        meansWithin(bounds, MeanBounds::kSlack, sums, count, out,
+                    [&](std::size_t k) { certainMeans(bounds, sums, k, 1, out, place, open); });
+    certainMeans(bounds, sums, done, count - done, out, place, open);
 }
 
 const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2, &kEstimateAvx2};

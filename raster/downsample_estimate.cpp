@@ -12,6 +12,26 @@ namespace {
 // A cell's own pixels and the two that it shares.
 std::size_t mostPixels(const DownsampleCells& cells) { return cells.leastWhole + 3; }
 
+std::vector<CellShares> sharesOf(const DownsampleCells& cells) {
+    std::vector<CellShares> all;
+    all.reserve(cells.ends.size());
+    float before = 0;  // what the cell before has left of its last pixel
+    std::size_t next = 0;
+    for (const CellEnd& end : cells.ends) {
+        CellShares shares = {};
+        shares.of[cells.leastWhole % 2 ? 0 : 1] = before;
+        if (cells.leastWhole % 2) shares.of[1] = 1;
+        const auto own = static_cast<float>(1 - end.rest);
+        const bool oneMore = end.pixel - next > cells.leastWhole;
+        shares.of[2] = oneMore ? 1 : own;
+        shares.of[3] = oneMore ? own : 0;
+        all.push_back(shares);
+        before = static_cast<float>(end.rest);
+        next = end.pixel + std::size_t{1};
+    }
+    return all;
+}
+
 }  // namespace
 
 KeptLines::KeptLines(const DownsampleCells& cells, double factorY) : mWidth(cells.width) {
@@ -19,6 +39,7 @@ KeptLines::KeptLines(const DownsampleCells& cells, double factorY) : mWidth(cell
     mMost = static_cast<std::size_t>(factorY) + 2;  // parts of lines at both ends
     mPlaces.resize(mMost);
     mLines.reserve(mMost);
+    mShares = sharesOf(cells);
 }
 
 bool KeptLines::keep(const unsigned char* line, int channels, double weight) {
@@ -51,35 +72,47 @@ void KeptLines::keepLast(double weight) {
     mLines.assign(1, {mPlaces.front(), weight});
 }
 
-// Sums only grow, up to 255 areas or, where lines came out of turn, 255 times
-// what they weigh; a rounding to single precision moves one by 2^-24 of that at
-// most. Both ways of adding differ from the true sum by their roundings.
+ColumnLines::ColumnLines(const KeptLines& kept, const LinesAhead& next)
+    : count(kept.lines().size()), shares(kept.shares()), ahead(next) {
+    Part* part = parts;
+    for (Part& none : parts) none = {kept.lines().front().bytes, 0};
+    for (const KeptLines::Line& line : kept.lines()) {
+        if (line.weight == 1)
+            whole[wholes++] = line.bytes;
+        else
+            *part++ = {line.bytes, static_cast<float>(line.weight)};
+    }
+}
+
+// Nothing is below 0, so sums only grow, and a rounding to single precision moves
+// one by 2^-24 of what it comes to in the end at most. Both ways of adding differ
+// from the true sum by their roundings.
 //
 // The rule rounds once a pixel. In whole lines a cell's own pixels are integers:
 // adding them is exact as long as the sum stays between two powers of two, since
 // it is below 2^24 and a multiple of its last place. Where it passes a power, it
 // never comes back, so that all these roundings together are at most twice the
-// last one. 256 in place of 255 is for what double precision rounds.
+// last one.
+//
+// Two roundings more are those of a mean told in single precision, of area's
+// reciprocal and of the product; a hundredth more is for all products of these
+// small differences. The mean and a half, below 260, are rounded by 2^-16 at most.
 MeanBounds meanBounds(const DownsampleCells& cells, const KeptLines& kept, double area) {
     const auto pixels = static_cast<double>(mostPixels(cells));
-    double weight = 0, roundings = pixels + kRoundings + 2;
-    for (const KeptLines::Line& line : kept.lines()) {
-        weight += line.weight;
-        roundings += line.weight == 1 ? 2 : pixels;
-    }
-    const double most = 256 * weight * cells.factor / area;
-    // Means are estimated to 2^-13 besides.
-    return {area, std::ldexp(most * roundings, -24) + 1.0 / 8192};
+    double roundings = pixels + kRoundings + 2 + 2;
+    for (const KeptLines::Line& line : kept.lines()) roundings += line.weight == 1 ? 2 : pixels;
+    return {area, std::ldexp(1.01 * roundings, -24)};
 }
 
 void certainMeans(const MeanBounds& bounds, const float* sums, std::size_t first, std::size_t count,
-                  unsigned char* out, std::vector<std::uint32_t>& open) {
+                  unsigned char* out, std::size_t place, std::vector<std::uint32_t>& open) {
     for (std::size_t i = first; i < first + count; ++i) {
-        const double mean = sums[i] / bounds.area + 0.5;
+        const double mean = sums[i] / bounds.area;
+        const double slack = mean * bounds.relative + MeanBounds::kSlack;
         const auto byte = [](double value) { return std::clamp(std::floor(value), 0.0, 255.0); };
-        out[i] = static_cast<unsigned char>(byte(mean - bounds.slack));
-        if (out[i] != byte(mean + bounds.slack) && open.size() < open.capacity())
-            open.push_back(static_cast<std::uint32_t>(i));
+        out[i] = static_cast<unsigned char>(byte(mean + 0.5 - slack));
+        if (out[i] != byte(mean + 0.5 + slack) && open.size() < open.capacity())
+            open.push_back(static_cast<std::uint32_t>(place + i));
     }
 }
 

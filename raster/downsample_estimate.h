@@ -18,6 +18,15 @@
 
 namespace Vaskel {
 
+/// Of a cell that is ended the shares of two pixels at its beginning and of two
+/// at its end. Between them are as many whole ones as the greatest even number
+/// up to DownsampleCells::leastWhole. The first two are the pixel shared with the
+/// cell before and the one behind it, or in front of it if leastWhole is even;
+/// the last two end with the pixel shared with the cell behind, or go one too far.
+struct CellShares {
+    float of[4];
+};
+
 /// The lines of an output line, in order, and their shares in it.
 class KeptLines {
  public:
@@ -37,6 +46,8 @@ class KeptLines {
         double weight;         // within 0..1
     };
     const std::vector<Line>& lines() const { return mLines; }
+    /// Of all cells that are ended.
+    const CellShares* shares() const { return mShares.data(); }
     int channels() const { return mChannels; }
 
     static constexpr std::size_t kBehind = 32;
@@ -52,31 +63,70 @@ class KeptLines {
     std::unique_ptr<unsigned char[]> mBytes;
     std::vector<unsigned char*> mPlaces;  // of mMost lines, those of mLines first
     std::vector<Line> mLines;
+    std::vector<CellShares> mShares;
 };
 
-/// An estimated sum by area lies within slack of the rule's one.
+/// Kept lines as forms add them down: whole ones in 16 bits, parts in floats.
+struct ColumnLines {
+    static_assert(KeptLines::kMostLines <= 257);  // of 255 each
+    const unsigned char* whole[KeptLines::kMostLines];
+    std::size_t wholes = 0;
+    struct Part {
+        const unsigned char* bytes;
+        float weight;
+    } parts[KeptLines::kMostParts];
+
+    std::size_t count;
+    const CellShares* shares;  // KeptLines::shares()
+    LinesAhead ahead;
+
+    ColumnLines(const KeptLines& kept, const LinesAhead& next);
+
+    /// Has the caller's next lines fetched meanwhile, the cache line at place.
+    void fetch(std::size_t place) const {
+        if (ahead.step() == 0) return;
+        for (std::size_t i = 0; i < count; ++i)
+            __builtin_prefetch(
+                reinterpret_cast<const void*>(ahead.next() + i * ahead.step() + place), 0, 2);
+    }
+};
+
+/// An estimated sum lies within relative of the rule's one; means of sums by area
+/// are told with slack besides.
 struct MeanBounds {
     double area;
-    double slack;
+    double relative;
+    static constexpr double kSlack = 1.0 / 65536;
 };
 MeanBounds meanBounds(const DownsampleCells& cells, const KeptLines& kept, double area);
 
-/// A way to estimate.
+/// A way to estimate, for a group of cells at a time: sums stay in the nearest
+/// cache until they are means.
 struct EstimateForm {
-    /// Of the first count cells. Each sum is rounded to single precision at most
-    /// as often as a cell has pixels and kRoundings more times.
-    void (*sums)(const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
-                 std::size_t count, float* sums);
-    /// The bytes of the means that are certain; the places of the others are
-    /// added to open, as far as it has room.
+    /// Of count cells from first on, up to cellsAtOnce(). A pixel's share in a sum
+    /// is rounded to single precision at most as often as a cell has pixels and
+    /// kRoundings more times.
+    void (*sums)(const DownsampleCells& cells, const ColumnLines& lines, int channels,
+                 std::size_t first, std::size_t count, float* sums);
+    /// The bytes of the means of count sums that are certain; the places of the
+    /// others, the first one being place, are added to open, as far as it has room.
     void (*means)(const MeanBounds& bounds, const float* sums, std::size_t count,
-                  unsigned char* out, std::vector<std::uint32_t>& open);
+                  unsigned char* out, std::size_t place, std::vector<std::uint32_t>& open);
+
+    /// Sums of a group, which for many channels or pixels a cell has fewer cells,
+    /// come in whole vectors.
+    static constexpr std::size_t kSums = 32, kColumns = 2304;
+    static_assert(kSums * (KeptLines::kMostPixels + 2) <= kColumns);
+    static std::size_t cellsAtOnce(const DownsampleCells& cells, int channels) {
+        const std::size_t each = static_cast<std::size_t>(channels), whole = kSums / each;
+        return (kColumns / each - 1) / (cells.leastWhole + 2) / whole * whole;
+    }
 };
-constexpr int kRoundings = 8;
+constexpr int kRoundings = 5;
 
 /// EstimateForm::means one by one, for the values from first on.
 void certainMeans(const MeanBounds& bounds, const float* sums, std::size_t first, std::size_t count,
-                  unsigned char* out, std::vector<std::uint32_t>& open);
+                  unsigned char* out, std::size_t place, std::vector<std::uint32_t>& open);
 
 /// The rule's sum of a cell's channel, from nothing.
 float ruleSum(const DownsampleCells& cells, const KeptLines& kept, std::size_t cell, int channel);
@@ -84,7 +134,7 @@ float ruleSum(const DownsampleCells& cells, const KeptLines& kept, std::size_t c
 #if defined(__x86_64__)
 extern const EstimateForm kEstimateAvx2;
 void certainMeansAvx2(const MeanBounds& bounds, const float* sums, std::size_t count,
-                      unsigned char* out, std::vector<std::uint32_t>& open);
+                      unsigned char* out, std::size_t place, std::vector<std::uint32_t>& open);
 #endif
 
 }  // namespace Vaskel

@@ -20,40 +20,6 @@ namespace {
 
 // ---- Down -------------------------------------------------------------------
 
-// Whole lines add up in 16 bits, which hold 257 of them.
-static_assert(KeptLines::kMostLines <= 257);
-
-struct Lines {
-    std::array<const unsigned char*, KeptLines::kMostLines> whole;
-    std::size_t wholes = 0;
-    struct Part {
-        const unsigned char* bytes;
-        float weight;
-    } parts[KeptLines::kMostParts];
-    std::size_t count;
-    LinesAhead ahead;
-
-    Lines(const KeptLines& kept, const LinesAhead& next) : count(kept.lines().size()), ahead(next) {
-        Part* part = parts;
-        for (Part& none : parts) none = {kept.lines().front().bytes, 0};
-        for (const KeptLines::Line& line : kept.lines()) {
-            if (line.weight == 1)
-                whole[wholes++] = line.bytes;
-            else
-                *part++ = {line.bytes, static_cast<float>(line.weight)};
-        }
-    }
-
-    // Has the caller's next lines fetched meanwhile, from the byte at place on.
-    VASKEL_AVX2_INLINE void fetch(std::size_t place) const {
-        constexpr std::size_t kCacheLine = 64;
-        if (ahead.step() == 0 || place % kCacheLine >= 32) return;
-        for (std::size_t i = 0; i < count; ++i)
-            _mm_prefetch(reinterpret_cast<const char*>(ahead.next() + i * ahead.step() + place),
-                         _MM_HINT_T1);
-    }
-};
-
 VASKEL_AVX2_INLINE __m256i load32(const unsigned char* from) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
@@ -70,13 +36,15 @@ VASKEL_AVX2_INLINE void store(float* to, __m256 eight) {
     _mm_storeu_ps(to + 16, _mm256_extractf128_ps(eight, 1));
 }
 
-// The sums of count bytes' columns from first on; up to 31 more are written.
-VASKEL_AVX2 void addDown(const Lines& lines, std::size_t first, std::size_t count, float* sums) {
+// The sums of count bytes' columns from first on; up to kMore more are written.
+constexpr std::size_t kMore = 31;
+VASKEL_AVX2 void addDown(const ColumnLines& lines, std::size_t first, std::size_t count,
+                         float* sums) {
     const __m256i zero = _mm256_setzero_si256(), ones = _mm256_set1_epi8(1);
     const __m256 weightA = _mm256_set1_ps(lines.parts[0].weight);
     const __m256 weightB = _mm256_set1_ps(lines.parts[1].weight);
     for (std::size_t i = first; i < first + count; i += 32, sums += 32) {
-        lines.fetch(i);
+        if (i % 64 < 32) lines.fetch(i);
         __m256i low = zero, high = zero;
         std::size_t line = 0;
         for (; line + 2 <= lines.wholes; line += 2) {
@@ -103,89 +71,104 @@ VASKEL_AVX2 void addDown(const Lines& lines, std::size_t first, std::size_t coun
 
 // ---- Across -----------------------------------------------------------------
 
-// The channels of a column.
+// Two columns side by side.
 template <int kChannels>
-struct Column;
+struct Pair;
 
 template <>
-struct Column<4> {
-    __m128 value;
-    VASKEL_AVX2_INLINE static Column at(const float* from) { return {_mm_loadu_ps(from)}; }
-    VASKEL_AVX2_INLINE Column part(float share) const {
-        return {_mm_mul_ps(value, _mm_set1_ps(share))};
+struct Pair<4> {
+    __m256 values;
+    VASKEL_AVX2_INLINE static Pair at(const float* from) { return {_mm256_loadu_ps(from)}; }
+    // Times the first two shares, or with the product of the last two added.
+    VASKEL_AVX2_INLINE Pair first(const CellShares& shares) const {
+        return {_mm256_mul_ps(values, of(shares, 0))};
     }
-    VASKEL_AVX2_INLINE void add(Column other) { value = _mm_add_ps(value, other.value); }
-    VASKEL_AVX2_INLINE void store(float* to) const { _mm_storeu_ps(to, value); }
+    VASKEL_AVX2_INLINE Pair withLast(Pair last, const CellShares& shares) const {
+        return {_mm256_fmadd_ps(last.values, of(shares, 2), values)};
+    }
+    VASKEL_AVX2_INLINE Pair with(Pair other) const { return {_mm256_add_ps(values, other.values)}; }
+    VASKEL_AVX2_INLINE void store(float* to) const {
+        _mm_storeu_ps(to,
+                      _mm_add_ps(_mm256_castps256_ps128(values), _mm256_extractf128_ps(values, 1)));
+    }
+
+ private:
+    // Each for four channels.
+    VASKEL_AVX2_INLINE static __m256 of(const CellShares& shares, int i) {
+        const __m256i places = _mm256_setr_epi32(i, i, i, i, i + 1, i + 1, i + 1, i + 1);
+        return _mm256_permutevar_ps(_mm256_broadcast_ps(reinterpret_cast<const __m128*>(shares.of)),
+                                    places);
+    }
 };
 
 template <>
-struct Column<1> {
-    float value;
-    VASKEL_AVX2_INLINE static Column at(const float* from) { return {*from}; }
-    VASKEL_AVX2_INLINE Column part(float share) const { return {value * share}; }
-    VASKEL_AVX2_INLINE void add(Column other) { value += other.value; }
-    VASKEL_AVX2_INLINE void store(float* to) const { *to = value; }
+struct Pair<1> {
+    float a, b;
+    VASKEL_AVX2_INLINE static Pair at(const float* from) { return {from[0], from[1]}; }
+    VASKEL_AVX2_INLINE Pair first(const CellShares& shares) const {
+        return {a * shares.of[0], b * shares.of[1]};
+    }
+    VASKEL_AVX2_INLINE Pair withLast(Pair last, const CellShares& shares) const {
+        return {a + last.a * shares.of[2], b + last.b * shares.of[3]};
+    }
+    VASKEL_AVX2_INLINE Pair with(Pair other) const { return {a + other.a, b + other.b}; }
+    VASKEL_AVX2_INLINE void store(float* to) const { *to = a + b; }
 };
 
-constexpr std::size_t kGroupPixels = 256;
-static_assert(kGroupPixels > KeptLines::kMostPixels);
-
+// A cell is taken as pairs of columns, the first and the last with shares.
 template <int kChannels>
-VASKEL_AVX2 void estimate(const DownsampleCells& cells, const Lines& lines, std::size_t count,
-                          float* sums) {
-    using At = Column<kChannels>;
-    // Each cell takes its own pixels and the one that ends it.
-    const std::size_t least = cells.leastWhole;
-    const std::size_t group = (kGroupPixels - 1) / (least + 2);
-    alignas(32) float down[kChannels * kGroupPixels + 31];
-    std::size_t begin = 0;  // pixel
-    At shared{};            // what the pixel before leaves
-    for (std::size_t k = 0; k < count;) {
-        const std::size_t last = std::min(k + group, count);
-        const std::size_t end =
-            last <= cells.ends.size() ? cells.ends[last - 1].pixel + std::size_t{1} : cells.width;
-        addDown(lines, kChannels * begin, kChannels * (end - begin), down);
-        float parts[2][kGroupPixels];  // of the pixel that ends a cell: its own, and the rest
-        const std::size_t ended = std::min(last, cells.ends.size()) - k;
-        for (std::size_t i = 0; i < ended; ++i) {
-            const double rest = cells.ends[k + i].rest;
-            parts[0][i] = static_cast<float>(1 - rest);
-            parts[1][i] = static_cast<float>(rest);
-        }
-        const float* from = down;
-        std::size_t pixel = begin;
-        for (std::size_t i = 0; i < ended; ++i, ++k, sums += kChannels) {
-            At sum = shared;
-            const std::size_t own = cells.ends[k].pixel - pixel;
-            for (std::size_t j = 0; j < least; ++j) sum.add(At::at(from + kChannels * j));
-            if (own > least) sum.add(At::at(from + kChannels * least));
-            const At edge = At::at(from + kChannels * own);
-            sum.add(edge.part(parts[0][i]));
-            sum.store(sums);
-            shared = edge.part(parts[1][i]);
-            from += kChannels * (own + 1);
-            pixel += own + 1;
-        }
-        if (k < last) {  // the last one, which nothing ends
-            At sum = shared;
-            for (; pixel < end; ++pixel, from += kChannels) sum.add(At::at(from));
-            sum.store(sums);
-            ++k;
-        }
-        begin = end;
-    }
-}
+VASKEL_AVX2 void estimate(const DownsampleCells& cells, const ColumnLines& lines, std::size_t first,
+                          std::size_t count, float* sums) {
+    using Two = Pair<kChannels>;
+    // From the pixel that is shared with the cell before.
+    const auto shared = [&](std::size_t k) -> std::size_t {
+        return k > 0 ? cells.ends[k - 1].pixel : 0;
+    };
+    const std::size_t begin = shared(first), ends = cells.ends.size();
+    const bool allEnd = first + count <= ends;
+    const std::size_t end =
+        allEnd ? cells.ends[first + count - 1].pixel + std::size_t{1} : cells.width;
+    const std::size_t columns = kChannels * (end - begin);
+    // Columns that count for nothing are read on both sides.
+    constexpr std::size_t kAround = 2 * kChannels;
+    alignas(32) float room[kAround + EstimateForm::kColumns + kMore + kAround];
+    float* const down = room + kAround;
+    std::fill_n(room, kAround, 0.0f);
+    std::fill_n(down + columns, kAround, 0.0f);
+    addDown(lines, kChannels * begin, columns, down);
 
-VASKEL_AVX2 void sums(const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
-                      std::size_t count, float* to) {
-    const Lines lines(kept, ahead);
-    kept.channels() == 4 ? estimate<4>(cells, lines, count, to)
-                         : estimate<1>(cells, lines, count, to);
+    const std::size_t middles = cells.leastWhole / 2;
+    const float* const origin = down - (cells.leastWhole % 2 == 0 ? kChannels : 0);
+    const auto add = [&](std::size_t k, const float* from)
+        __attribute__((target("avx2,fma"), always_inline)) {
+        const CellShares& shares = lines.shares[k];
+        Two sum = Two::at(from).first(shares);
+        for (std::size_t i = 0; i < middles; ++i) sum = sum.with(Two::at(from += 2 * kChannels));
+        sum.withLast(Two::at(from + 2 * kChannels), shares).store(sums);
+        sums += kChannels;
+    };
+    std::size_t k = first;
+    if (k == 0 && ends > 0) add(k++, origin - kChannels);  // shares nothing
+    for (; k < std::min(first + count, ends); ++k) add(k, origin + kChannels * (shared(k) - begin));
+    if (allEnd) return;
+    // The last one, which nothing ends.
+    const float* own = down + kChannels * (shared(k) - begin + (k > 0 ? 1 : 0));
+    const float rest = k > 0 ? static_cast<float>(cells.ends[k - 1].rest) : 0;
+    for (std::size_t c = 0; c < kChannels; ++c, ++own) {
+        sums[c] = rest * own[-kChannels];
+        for (const float* from = own; from < down + columns; from += kChannels) sums[c] += *from;
+    }
 }
 
 }  // namespace
 
-const EstimateForm kEstimateAvx2 = {sums, certainMeansAvx2};
+const EstimateForm kEstimateAvx2 = {
+    [](const DownsampleCells& cells, const ColumnLines& lines, int channels, std::size_t first,
+       std::size_t count, float* sums) {
+        channels == 4 ? estimate<4>(cells, lines, first, count, sums)
+                      : estimate<1>(cells, lines, first, count, sums);
+    },
+    certainMeansAvx2};
 
 }  // namespace Vaskel
 

@@ -57,7 +57,7 @@ struct DownsampleSums {
 
     // Lines that nobody has asked the sums of yet: values are all 0 then.
     KeptLines kept;
-    std::vector<float> estimates;
+    bool estimates = false;           // whether lines are kept at all
     std::vector<std::uint32_t> open;  // places; of a fixed room
 
     // Lines may be added in any order as long as their weights are multiples of
@@ -78,7 +78,7 @@ struct DownsampleSums {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) {
-            estimates.resize(count);
+            estimates = true;
             // About as many as settling them all would take.
             open.reserve(8 + count / 32);
             return;
@@ -154,8 +154,8 @@ struct DownsamplerInside {
     // Keeps the line for later, where lines are inexact and sums are not begun.
     static bool keeps(downsampler& d, const unsigned char* line, int channels, double weight) {
         DownsampleSums& sums = *d.mSums;
-        return chosenDownsampleForm().estimate && sums.estimates.size() != 0 &&
-               sums.held == sums.kNone && sums.kept.keep(line, channels, weight);
+        return chosenDownsampleForm().estimate && sums.estimates && sums.held == sums.kNone &&
+               sums.kept.keep(line, channels, weight);
     }
 
     // Adds the lines that are kept.
@@ -207,9 +207,15 @@ struct DownsamplerInside {
         const std::size_t n = outputWidth(d),
                           channels = static_cast<std::size_t>(sums.kept.channels());
         const MeanBounds bounds = meanBounds(*d.mCells, sums.kept, d.mFactorX * d.mFactorY);
-        form.sums(*d.mCells, sums.kept, sums.ahead, n, sums.estimates.data());
+        const ColumnLines lines(sums.kept, sums.ahead);
         sums.open.clear();
-        form.means(bounds, sums.estimates.data(), n * channels, d.mLine.get(), sums.open);
+        const std::size_t group = EstimateForm::cellsAtOnce(*d.mCells, sums.kept.channels());
+        float estimates[EstimateForm::kColumns];
+        for (std::size_t cell = 0; cell < n; cell += group) {
+            const std::size_t cells = std::min(group, n - cell), place = cell * channels;
+            form.sums(*d.mCells, lines, sums.kept.channels(), cell, cells, estimates);
+            form.means(bounds, estimates, cells * channels, &d.mLine[place], place, sums.open);
+        }
         if (sums.open.size() == sums.open.capacity()) return false;
         for (const std::uint32_t place : sums.open) {
             const float sum =

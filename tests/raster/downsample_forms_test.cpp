@@ -59,14 +59,14 @@ DownsampleForm gRecording = {
     nullptr, nullptr};
 
 const EstimateForm kRecordingEstimate = {
-    [](const DownsampleCells& cells, const KeptLines& kept, const LinesAhead& ahead,
+    [](const DownsampleCells& cells, const ColumnLines& lines, int channels, std::size_t first,
        std::size_t count, float* sums) {
-        gEstimatedLines += static_cast<int>(kept.lines().size());
-        gRecorded->estimate->sums(cells, kept, ahead, count, sums);
+        if (first == 0) gEstimatedLines += static_cast<int>(lines.count);
+        gRecorded->estimate->sums(cells, lines, channels, first, count, sums);
     },
     [](const MeanBounds& bounds, const float* sums, std::size_t count, unsigned char* out,
-       std::vector<std::uint32_t>& open) {
-        gRecorded->estimate->means(bounds, sums, count, out, open);
+       std::size_t place, std::vector<std::uint32_t>& open) {
+        gRecorded->estimate->means(bounds, sums, count, out, place, open);
     }};
 
 void record(const DownsampleForm* form) {
