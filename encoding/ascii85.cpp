@@ -1,9 +1,9 @@
 // ASCII85: four bytes become five base-85 digits, most significant first.
 // PostScript Language Reference, third edition, section 3.13, ASCII85Encode.
 //
-// Between calls mFill is 0 to 3 and mGroup[0, mFill) waits to be written.
+// Between calls mFill is 0 to 3 and so many bytes of mGroup, the lower ones, wait
+// to be written.
 
-#include <algorithm>
 #include <cstdint>
 
 #include "encoding/ascii85_digits.h"
@@ -20,7 +20,7 @@ unsigned char character(unsigned char digit) { return static_cast<unsigned char>
 
 }  // namespace
 
-ascii85out_base::ascii85out_base() : mGroup{}, mColumn(0), mLineLength(kLineLength), mFill(0) {}
+ascii85out_base::ascii85out_base() : mGroup(0), mColumn(0), mLineLength(kLineLength), mFill(0) {}
 ascii85out_base::ascii85out_base(const ascii85out_base& other) = default;
 ascii85out_base& ascii85out_base::operator=(const ascii85out_base& other) = default;
 ascii85out_base::~ascii85out_base() = default;
@@ -36,11 +36,8 @@ void ascii85out_base::putuns8ascii(char c) {
 }
 
 // Apart from encode, which then has no registers to save for three bytes of
-// four. The last byte comes by itself and the others are read one by one: a
-// processor waits when it reads as one word what it has just stored as bytes.
-int ascii85out_base::putgroup(unsigned char last) {
-    const std::uint32_t value = std::uint32_t{mGroup[0]} << 24 | std::uint32_t{mGroup[1]} << 16 |
-                                std::uint32_t{mGroup[2]} << 8 | last;
+// four.
+int ascii85out_base::putgroup(std::uint32_t value) {
     mFill = 0;  // before anything is written: putuns8 may throw
     if (value == 0) {
         putuns8ascii('z');
@@ -60,18 +57,20 @@ int ascii85out_base::putgroup(unsigned char last) {
     return 0;
 }
 
+// The group is one word at one place: a processor passes that on from a byte to
+// the next before it is stored, and knows early which groups are zero.
 int ascii85out_base::encode(unsigned char c) {
-    if (mFill == kGroup - 1) return putgroup(c);
-    mGroup[mFill++] = c;
+    const std::uint32_t group = mGroup << 8 | c;
+    if (mFill == kGroup - 1) return putgroup(group);
+    mGroup = group;
+    ++mFill;
     return 0;
 }
 
 void ascii85out_base::finish() {
     if (mFill > 0) {
         // A partial group is padded with zeros and never written as z.
-        std::fill(mGroup + mFill, mGroup + kGroup, static_cast<unsigned char>(0));
-        Digits85 digits(std::uint32_t{mGroup[0]} << 24 | std::uint32_t{mGroup[1]} << 16 |
-                        std::uint32_t{mGroup[2]} << 8);
+        Digits85 digits(mGroup << 8 * (kGroup - mFill));
         for (int i = 0; i <= mFill; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
     }
     putuns8('~');

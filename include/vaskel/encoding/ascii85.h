@@ -47,9 +47,9 @@ class VASKEL_API ascii85out_base {
 
  private:
     void putuns8ascii(char c);
-    [[gnu::visibility("hidden"), gnu::noinline]] int putgroup(unsigned char last);
+    [[gnu::visibility("hidden"), gnu::noinline]] int putgroup(std::uint32_t value);
 
-    unsigned char mGroup[4];
+    std::uint32_t mGroup;  // the first byte most significant
     std::int32_t mColumn;
     std::int32_t mLineLength;
     std::int32_t mFill;
