@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+#include "encoding/unicode_stream.h"
+
 namespace Vaskel {
 namespace {
 
@@ -122,6 +124,10 @@ void writeInto(std::string& result, const Write& write) {
 // are converted right into the result, as long as there is room for what they could
 // become, and the last ones in the buffer again. Nothing is filled with zeros
 // first, and a text of one chunk needs one allocation of the exact size.
+//
+// Results that no cache holds go through the buffer and past the caches, in two
+// thirds to half of the time. Smaller ones do not, since whoever reads them next
+// would wait for longer than was won.
 class OnePass {
  public:
     OnePass(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead, ByteOrders orders)
@@ -209,23 +215,43 @@ class OnePass {
                                      const Byte* end) {
         const std::size_t chunk = kChunkBecomes / mWay.growth;
         const std::size_t spare = kBeyond * mWay.growth + kBlockSpill;
+        const bool streams = result.capacity() >= gUnicodeStreams.from;
         Taken taken = Taken::Yes;
         writeInto(result, [&, used = result.size()](char* memory, std::size_t room) {
             Byte* const begin = reinterpret_cast<Byte*>(memory);
-            mOut = begin + used;
+            Byte* to = begin + used;
+            if (!streams) mOut = to;
             while (taken == Taken::Yes && in < until) {
-                const std::size_t free = room - static_cast<std::size_t>(mOut - begin);
+                const std::size_t free = room - static_cast<std::size_t>(to - begin);
                 if (free < spare) break;
                 const std::size_t fits =
                     std::min((free - spare) / mWay.growth, static_cast<std::size_t>(until - in));
                 if (fits < chunk) break;
-                taken = takeWholeBlocks(in, in + fits, end);
+                taken = takeWholeBlocks(in, in + (streams ? chunk : fits), end);
+                to = streams ? stream(to) : mOut;
             }
-            const auto written = static_cast<std::size_t>(mOut - begin);
+            if (streams) to = endStream(to);
             mOut = mBuffer;
-            return written;
+            return static_cast<std::size_t>(to - begin);
         });
         return taken;
+    }
+
+    // Moves what is in the buffer to where it goes, but for what fills no line there.
+    Byte* stream(Byte* to) {
+        const auto size = static_cast<std::size_t>(mOut - mBuffer);
+        const std::size_t done = streamLines(to, mBuffer, size);
+        std::memmove(mBuffer, mBuffer + done, size - done);
+        mOut -= done;
+        return to + done;
+    }
+
+    Byte* endStream(Byte* to) {
+        const auto left = static_cast<std::size_t>(mOut - mBuffer);
+        std::memcpy(to, mBuffer, left);
+        finishStreams();
+        ++gUnicodeStreams.count;
+        return to + left;
     }
 
     // The last bytes, fewer than kZeros, in blocks filled up with zero units;
@@ -277,7 +303,7 @@ class OnePass {
     BlockFunction mBlocks;
     std::ptrdiff_t mAhead;
     ByteOrders mOrders;
-    alignas(64) Byte mBuffer[kChunkBecomes + kBeyond * 4 + kBlockSpill];
+    alignas(64) Byte mBuffer[kChunkBecomes + kBeyond * 4 + kBlockSpill + 2 * kStreamLine];
     Byte* mOut = mBuffer;
 };
 
@@ -309,6 +335,8 @@ constexpr UnicodeBlocks kBlocks = {
 };
 
 }  // namespace
+
+constinit UnicodeStreams gUnicodeStreams{24 << 20, 0};
 
 constexpr UnicodeWay kUtf8ToUtf16 = {1, 2, 2, 2, false, take<1, putValue16>};
 constexpr UnicodeWay kUtf8ToUtf32 = {1, 4, 4, 4, false, take<1, putValue32>};

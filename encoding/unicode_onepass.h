@@ -5,6 +5,7 @@
 #ifndef ENCODING_UNICODE_ONEPASS_H
 #define ENCODING_UNICODE_ONEPASS_H
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 
@@ -96,6 +97,14 @@ std::string convertShortUnicode(const UnicodeWay& way, BlockFunction blocks, Byt
                                 const Byte* text, std::size_t size);
 
 constexpr std::size_t kShortUnicode = 256;
+
+/// From how many bytes on results are written past the caches, and how often that
+/// was done. Tests set the one and look at the other.
+struct UnicodeStreams {
+    std::atomic<std::size_t> from;
+    std::atomic<unsigned> count;
+};
+extern UnicodeStreams gUnicodeStreams;
 
 /// Leaves all to the rules.
 BlockStop noUnicodeBlocks(const Byte* in, const Byte* last, const Byte* end, Byte* out,

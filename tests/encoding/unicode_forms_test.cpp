@@ -262,8 +262,11 @@ TEST_CASE("unicode: every form gives the plain form's bytes for UTF-32") {
     CHECK(good < all);
 }
 
-// The first chunk of a long text tells how much memory to ask for.
-TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on otherwise") {
+namespace {
+
+// Long texts whose characters are of one kind first and of another then, each of
+// them good, and then with a fault at its end.
+void compareTextsThatGoOnOtherwise() {
     Random random{std::mt19937(kSeed)};
     for (const unsigned first : {kAscii, kCjk, kEmoji}) {
         for (const unsigned second : {kAscii, kGreek, kCjk, kEmoji}) {
@@ -271,7 +274,7 @@ TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on
             CAPTURE(second);
             std::string text8 = "a", text16 = utf16Of(0xFEFF, true),
                         text32 = utf32Of(0xFEFF, false);
-            for (int i = 0; i < 30000; ++i) {
+            for (std::uint32_t i = 0, count = 29000 + random.below(1000); i < count; ++i) {
                 const std::uint32_t value = character(random, i < 9000 ? first : second);
                 text8 += utf8Of(value);
                 text32 += utf32Of(value, false);
@@ -281,8 +284,32 @@ TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on
             CHECK(compareForms(kFrom8, text8 + '\0', 0) == 4);
             CHECK(compareForms(kFrom16, text16 + utf16Of(0, true), 1) == 3);
             CHECK(compareForms(kFrom32, text32 + utf32Of(0, false), 0) == 3);
+            CHECK(compareForms(kFrom8, text8 + std::string("\xC0\x80x", 4), 0) == 4);
+            CHECK(compareForms(kFrom8, text8 + std::string("\xC0\x80\xFF", 4), 0) == 0);
+            CHECK(compareForms(kFrom16, text16 + utf16Of(0xDC00, true) + utf16Of(0, true), 1) == 0);
+            CHECK(compareForms(kFrom32, text32 + utf32Of(0x200000, false) + utf32Of(0, false), 0) ==
+                  0);
         }
     }
+}
+
+}  // namespace
+
+// The first chunk of a long text tells how much memory to ask for.
+TEST_CASE("unicode: every form gives the plain form's bytes for texts that go on otherwise") {
+    const unsigned before = Vaskel::gUnicodeStreams.count;
+    compareTextsThatGoOnOtherwise();
+    CHECK(Vaskel::gUnicodeStreams.count == before);
+}
+
+TEST_CASE("unicode: every form gives the plain form's bytes for texts written past the caches") {
+    const std::size_t kept = Vaskel::gUnicodeStreams.from.exchange(1);
+    const unsigned before = Vaskel::gUnicodeStreams.count;
+    compareTextsThatGoOnOtherwise();
+    Vaskel::gUnicodeStreams.from = kept;
+    // At least one result of each of 10 conversions, 3 * 4 texts and every faster form.
+    CHECK(Vaskel::gUnicodeStreams.count - before >= 10 * 12 * (Vaskel::unicodeForms().size() - 1));
+    CHECK(kept == 24 << 20);
 }
 
 // Runs of three bytes have a way of their own.
