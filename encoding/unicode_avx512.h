@@ -44,6 +44,16 @@ VASKEL_AVX512 inline __m512i all32(unsigned value) {
     return _mm512_set1_epi32(static_cast<int>(value));
 }
 
+/// A number everywhere that is made once a text. The compiler would make it anew in
+/// every block, which takes the port that shuffles wait for, if it knew what it is.
+VASKEL_AVX512 inline __m512i kept(__m512i all) {
+    __asm__("" : "+v"(all));
+    return all;
+}
+VASKEL_AVX512 inline __m512i kept8(unsigned value) { return kept(all8(value)); }
+VASKEL_AVX512 inline __m512i kept16(unsigned value) { return kept(all16(value)); }
+VASKEL_AVX512 inline __m512i kept32(unsigned value) { return kept(all32(value)); }
+
 /// The bits of a where mask has them, else those of b.
 VASKEL_AVX512 inline __m512i choose(__m512i mask, __m512i a, __m512i b) {
     return _mm512_ternarylogic_epi32(mask, a, b, 0xCA);
@@ -154,8 +164,8 @@ VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
 /// Units below 800 as UTF-8.
 VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
     const __m512i lead = _mm512_srli_epi16(units, 6), last = _mm512_slli_epi16(units, 8);
-    const __m512i two = andOr(choose(all16(0xFF), lead, last), all16(0x3F1F), all16(0x80C0));
-    const __mmask32 ascii = _mm512_cmplt_epu16_mask(units, all16(0x80));
+    const __m512i two = andOr(choose(kept16(0xFF), lead, last), kept16(0x3F1F), kept16(0x80C0));
+    const __mmask32 ascii = _mm512_cmplt_epu16_mask(units, kept16(0x80));
     const __m512i bytes = _mm512_mask_slli_epi16(two, ascii, units, 8);
     const __mmask64 keep = _mm512_test_epi8_mask(bytes, bytes);
     store(out, _mm512_maskz_compress_epi8(keep, bytes));

@@ -34,14 +34,12 @@ alignas(64) constexpr Threes kThrees;
 template <bool kWide>
 struct Output {
     __m512i order;
-    Widen16 widen;
     Narrow32 narrow;
     __mmask64 asciiBytes;
     bool big;
 
     VASKEL_AVX512 explicit Output(bool toBig)
         : order(kWide ? unitOrder32(toBig) : unitOrder16(toBig)),
-          widen(false, toBig),
           narrow(false, toBig),
           asciiBytes(kWide ? (toBig ? 0x8888888888888888 : 0x1111111111111111)
                            : (toBig ? 0xAAAAAAAAAAAAAAAA : 0x5555555555555555)),
@@ -65,32 +63,48 @@ struct Output {
             store(out, narrow(values));
     }
 
-    // n values below 10000 whose lower and upper bytes these are.
-    VASKEL_AVX512 void putPlanes(__m512i lower, __m512i upper, std::size_t n, Byte* out) const {
-        // Unpacking takes eight bytes of every sixteen.
-        const __m512i eights = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
-        const __m512i first = _mm512_permutexvar_epi64(eights, !kWide && big ? upper : lower);
-        const __m512i second = _mm512_permutexvar_epi64(eights, !kWide && big ? lower : upper);
-        const __m512i low = _mm512_unpacklo_epi8(first, second);
-        const __m512i high = _mm512_unpackhi_epi8(first, second);
+    // n values whose lower, upper and, for UTF-32, uppermost bytes these are.
+    VASKEL_AVX512 void putPlanes(__m512i lower, __m512i upper, __m512i top, std::size_t n,
+                                 Byte* out) const {
         if (!kWide) {
-            store(out, low);
-            store(out + 64, high);
+            // Unpacking takes eight bytes of every sixteen.
+            const __m512i eights = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
+            lower = _mm512_permutexvar_epi64(eights, lower);
+            upper = _mm512_permutexvar_epi64(eights, upper);
+            store(out, unpackLow(lower, upper));
+            store(out + 64, unpackHigh(lower, upper));
             return;
         }
-        store(out, widen.low(low));
-        store(out + 64, widen.high(low));
-        if (n <= 32) return;
-        store(out + 128, widen.low(high));
-        store(out + 192, widen.high(high));
+        // Unpacking twice takes four.
+        const __m512i fours =
+            _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+        lower = _mm512_permutexvar_epi32(fours, lower);
+        upper = _mm512_permutexvar_epi32(fours, upper);
+        top = _mm512_permutexvar_epi32(fours, top);
+        const __m512i zero = _mm512_setzero_si512();
+        put32(unpackLow(lower, upper), unpackLow(top, zero), out);
+        if (n > 32) put32(unpackHigh(lower, upper), unpackHigh(top, zero), out + 128);
+    }
+
+ private:
+    VASKEL_AVX512 __m512i unpackLow(__m512i lower, __m512i upper) const {
+        return big ? _mm512_unpacklo_epi8(upper, lower) : _mm512_unpacklo_epi8(lower, upper);
+    }
+    VASKEL_AVX512 __m512i unpackHigh(__m512i lower, __m512i upper) const {
+        return big ? _mm512_unpackhi_epi8(upper, lower) : _mm512_unpackhi_epi8(lower, upper);
+    }
+    VASKEL_AVX512 void put32(__m512i lower, __m512i upper, Byte* out) const {
+        const __m512i first = big ? upper : lower, second = big ? lower : upper;
+        store(out, _mm512_unpacklo_epi16(first, second));
+        store(out + 64, _mm512_unpackhi_epi16(first, second));
     }
 };
 
 // For UTF-16: zero where a value is a surrogate or, as an overlong form makes
 // it, zero.
 VASKEL_AVX512 inline __m512i zeroIfApart(__m512i values) {
-    const __m512i top = _mm512_and_si512(values, all32(0xFFFFF800));
-    return _mm512_min_epu32(values, _mm512_xor_si512(top, all32(0xD800)));
+    const __m512i top = _mm512_and_si512(values, kept32(0xFFFFF800));
+    return _mm512_min_epu32(values, _mm512_xor_si512(top, kept32(0xD800)));
 }
 
 // The n characters of one byte and two that begin at leads.
@@ -98,37 +112,80 @@ template <bool kWide>
 VASKEL_AVX512 inline void putBelow800(__m512i block, __m512i behind, std::uint64_t leads,
                                       std::uint64_t two, std::size_t n, const Output<kWide>& output,
                                       Byte* out) {
-    const __m512i top = _mm512_and_si512(_mm512_slli_epi16(block, 6), all8(0xC0));
-    const __m512i bits = choose(all8(0x3F), behind, top);
+    const __m512i top = _mm512_and_si512(_mm512_slli_epi16(block, 6), kept8(0xC0));
+    const __m512i bits = choose(kept8(0x3F), behind, top);
     const __m512i lower = _mm512_mask_mov_epi8(block, two, bits);
-    const __m512i upper = _mm512_and_si512(_mm512_srli_epi16(block, 2), all8(7));
+    const __m512i upper = _mm512_and_si512(_mm512_srli_epi16(block, 2), kept8(7));
     output.putPlanes(_mm512_maskz_compress_epi8(leads, lower),
-                     _mm512_maskz_compress_epi8(leads, _mm512_maskz_mov_epi8(two, upper)), n, out);
+                     _mm512_maskz_compress_epi8(leads, _mm512_maskz_mov_epi8(two, upper)),
+                     _mm512_setzero_si512(), n, out);
 }
 
-// The n characters that begin at starts. For UTF-16, null if the rules have to
-// look at one of them.
+// Where the characters of a block are, a bit a byte.
+struct Characters {
+    std::uint64_t high;    // all bytes from 80 on
+    std::uint64_t follow;  // those behind a lead byte
+    std::uint64_t three;   // lead bytes of characters of three bytes or four
+    std::uint64_t four;    // lead bytes of those of four
+    std::uint64_t ends;    // last bytes
+};
+
+// The characters of the block at in, of which present is readable. Every value is
+// put together where its last byte is, from that one and those before it, the
+// lower eight bits apart from the others: then the bytes that are no last ones
+// are left out. Null if the rules have to look at one of the characters. What is in
+// front of the text is not read: no byte there counts.
+//
+// In UTF-16 four bytes become two units. The low one stands where the last byte
+// is, with that byte's bits. The high one stands where the third byte is: it has
+// the bits 10 to 15 of the value and those above, less one, of which four count.
 template <bool kWide>
-VASKEL_AVX512 inline Byte* putCharacters(__m512i block, __m512i starts, std::size_t n, bool fours,
-                                         const Output<kWide>& output, Byte* out) {
-    __m512i lanes = _mm512_load_si512(&kLanes), apart = all32(1);
-    std::size_t left = n;
-    do {
-        const __mmask16 there = low16(left);
-        const __m512i values = valuesAt(block, starts, lanes, there);
-        lanes = _mm512_add_epi8(lanes, all8(16));
-        if (!kWide) apart = _mm512_mask_min_epu32(apart, there, apart, zeroIfApart(values));
-        if (!kWide && fours) {
-            out = putUnits16(values, output.order, out);
-        } else {
-            output.putValues(values, out);
-            out += kWide ? 64 : 32;
-        }
-    } while ((left -= std::min<std::size_t>(left, 16)) != 0);
-    if (_mm512_testn_epi32_mask(apart, apart) != 0) return nullptr;
-    // What was written for lanes without a character does not count.
-    if (kWide) return out - 4 * (-n % 16);
-    return fours ? out : out - 2 * (-n % 16);
+VASKEL_AVX512 inline Byte* putCharacters(const Byte* in, __m512i block, std::uint64_t present,
+                                         Characters at, const Output<kWide>& output, Byte* out) {
+    const std::uint64_t third = at.four << 2, fourth = at.four << 3;
+    // The byte before, and the one before that: none where they do not count.
+    const std::uint64_t second = kWide ? at.follow : at.follow & ~fourth;
+    const std::uint64_t last = kWide ? (at.three ^ at.four) << 2 | fourth : at.three << 2;
+    const __m512i p = _mm512_maskz_loadu_epi8(second & present, in - 1);
+    const __m512i q = _mm512_maskz_loadu_epi8(last & present, in - 2);
+    const __m512i bits = choose(kept8(0x3F), block, _mm512_slli_epi16(p, 6));
+    __m512i lower = _mm512_mask_mov_epi8(block, at.high, bits);
+    __m512i upper = choose(kept8(0xF), _mm512_srli_epi16(p, 2), _mm512_slli_epi16(q, 4));
+    __m512i top = _mm512_setzero_si512();
+    std::uint64_t keep = at.ends;
+    if (!kWide) {
+        // Surrogates and, as an overlong form makes it, zero.
+        const std::uint64_t checked = at.ends & ~fourth;
+        const __m512i all = _mm512_or_si512(lower, upper);
+        if ((_mm512_mask_testn_epi8_mask(checked, all, all) |
+             _mm512_mask_cmpeq_epi8_mask(checked, _mm512_and_si512(upper, kept8(0xF8)),
+                                         kept8(0xD8))) != 0)
+            return nullptr;
+    }
+    if (at.four != 0 && kWide) {
+        const __m512i r = _mm512_maskz_loadu_epi8(fourth & present, in - 3);
+        const __m512i planes = choose(kept8(3), _mm512_srli_epi16(q, 4), _mm512_slli_epi16(r, 2));
+        top = _mm512_and_si512(planes, _mm512_maskz_mov_epi8(fourth, kept8(0x1F)));
+    }
+    if (at.four != 0 && !kWide) {
+        // An overlong form is one unit or none.
+        const __m512i plane = andOr(q, all8(7), _mm512_and_si512(p, all8(0x30)));
+        if (_mm512_mask_testn_epi8_mask(third, plane, plane) != 0) return nullptr;
+        const __m512i less = _mm512_sub_epi8(p, all8(0x10));
+        const __m512i lowerThird =
+            choose(all8(3), _mm512_srli_epi16(block, 4), _mm512_slli_epi16(less, 2));
+        const __mmask64 borrows = _mm512_testn_epi8_mask(p, all8(0x30));
+        const __m512i above = _mm512_mask_sub_epi8(q, borrows, q, all8(1));
+        lower = _mm512_mask_mov_epi8(lower, third, lowerThird);
+        upper = _mm512_mask_mov_epi8(upper, third, andOr(above, all8(3), all8(0xD8)));
+        upper = _mm512_mask_mov_epi8(upper, fourth, all8(0xDC));
+        keep |= third;
+    }
+    const std::size_t n = popcount(keep);
+    output.putPlanes(_mm512_maskz_compress_epi8(keep, lower),
+                     _mm512_maskz_compress_epi8(keep, upper),
+                     kWide ? _mm512_maskz_compress_epi8(keep, top) : top, n, out);
+    return out + (kWide ? 4 : 2) * n;
 }
 
 // From in on, sixteen characters of three bytes after the other, as long as they
@@ -142,11 +199,12 @@ VASKEL_AVX512 inline BlockStop putThrees(const Byte* in, const Byte* last, const
         const __m512i bytes = _mm512_maskz_loadu_epi8(lowBits(48), in);
         // In each lane the third byte, the second, the first and again the third.
         const __m512i raw = _mm512_permutexvar_epi8(_mm512_load_si512(&kThrees), bytes);
-        const __m512i pattern = _mm512_and_si512(raw, all32(0x00F0C0C0));
-        if (_mm512_cmpneq_epi32_mask(pattern, all32(0x00E08080)) != 0) break;
-        const __m512i bits = _mm512_and_si512(raw, all32(0x000F3F3F));
-        const __m512i pairs = _mm512_maddubs_epi16(bits, all32(0x00014001));  // 64 * second + third
-        const __m512i values = _mm512_madd_epi16(pairs, all32(0x10000001));   // + 4096 * first
+        const __m512i pattern = _mm512_and_si512(raw, kept32(0x00F0C0C0));
+        if (_mm512_cmpneq_epi32_mask(pattern, kept32(0x00E08080)) != 0) break;
+        const __m512i bits = _mm512_and_si512(raw, kept32(0x000F3F3F));
+        const __m512i pairs =
+            _mm512_maddubs_epi16(bits, kept32(0x00014001));                   // 64 * second + third
+        const __m512i values = _mm512_madd_epi16(pairs, kept32(0x10000001));  // + 4096 * first
         if (!kWide) {
             const __m512i apart = zeroIfApart(values);
             if (_mm512_testn_epi32_mask(apart, apart) != 0) break;
@@ -174,19 +232,18 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
             in += size;
             continue;
         }
-        const std::uint64_t cont = _mm512_cmplt_epi8_mask(block, all8(0xC0));
+        const std::uint64_t cont = _mm512_cmplt_epi8_mask(block, kept8(0xC0));
         const std::uint64_t inWindow = left > 64 ? lowBits(kStarts) : lowBits(size);
         const std::uint64_t two = high & ~cont & inWindow;
-        const std::uint64_t three = _mm512_cmpge_epu8_mask(block, all8(0xE0)) & inWindow;
+        const std::uint64_t three = _mm512_cmpge_epu8_mask(block, kept8(0xE0)) & inWindow;
         const std::uint64_t leads = inWindow & ~cont;
-        const std::size_t n = popcount(leads);
         std::uint64_t follow = carry | two << 1 | three << 2, lost = two >> 63 | three >> 62;
         std::uint64_t four = 0;
         if (three != 0) {
-            four = _mm512_cmpge_epu8_mask(block, all8(0xF0)) & inWindow;
+            four = _mm512_cmpge_epu8_mask(block, kept8(0xF0)) & inWindow;
             follow |= four << 3;
             lost |= four >> 61;
-            if (four != 0 && (_mm512_cmpge_epu8_mask(block, all8(0xF8)) & inWindow) != 0) break;
+            if (four != 0 && (_mm512_cmpge_epu8_mask(block, kept8(0xF8)) & inWindow) != 0) break;
         }
         // Followers of a character that the window holds may lie behind it.
         if (((follow & ~cont) | (cont & inWindow & ~follow) | lost) != 0) break;
@@ -202,14 +259,16 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
             }
         }
         // Of overlong forms of two bytes some are zeros.
-        if (three == 0 && (kWide || _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, all8(0xFE)),
-                                                           all8(0xC0)) == 0)) {
+        if (three == 0 && (kWide || _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, kept8(0xFE)),
+                                                           kept8(0xC0)) == 0)) {
             const __m512i behind = _mm512_maskz_loadu_epi8(lowBits(size) >> 1, in + 1);
+            const std::size_t n = popcount(leads);
             putBelow800(block, behind, leads, two, n, output, out);
             out += (kWide ? 4 : 2) * n;
         } else {
-            const __m512i starts = _mm512_maskz_compress_epi8(leads, _mm512_load_si512(&kPlaces));
-            Byte* const put = putCharacters(block, starts, n, four != 0, output, out);
+            const Characters at = {high, follow, three, four,
+                                   (leads | follow) & ~carry & ~(follow >> 1)};
+            Byte* const put = putCharacters(in, block, lowBits(size), at, output, out);
             if (!put) break;
             out = put;
         }
