@@ -157,6 +157,17 @@ void seedPlain(benchmark::State& state) {
 }
 BENCHMARK(seedPlain)->Name("seed_and_draw/vaskel_plain");
 
+// The 32 words of a ring, each a multiplication and an addition, and nothing else.
+void seedRing(benchmark::State& state) {
+    int seed = 0;
+    std::uint32_t ring[Vaskel::kRingSize];
+    for (auto _ : state) {
+        Vaskel::firstRound(seed++, ring);
+        benchmark::DoNotOptimize(ring);
+    }
+}
+BENCHMARK(seedRing)->Name("seed_and_draw/least_ring");
+
 template <class Engine>
 void seedPeer(benchmark::State& state) {
     std::uint32_t seed = 0;

@@ -1,7 +1,8 @@
 // Assembling fonts: 256 real glyphs, and invented ones of many sizes; the form
 // that fonts use beside the plain one and, where installed, t1asm of t1utils,
-// which encrypts the same charstrings from their disassembly. t1asm is a
-// program: what it takes for a font without glyphs is its start, and taken off.
+// which encrypts the same charstrings from their disassembly. "least_keys" is the
+// one chain of keys that the encryption of a font's bytes is. t1asm is a program:
+// what it takes for a font without glyphs is its start, and taken off.
 
 #include <benchmark/benchmark.h>
 #include <ft2build.h>
@@ -254,6 +255,26 @@ void t1asmReal(benchmark::State& state) {
     t1asm(state, font);
 }
 
+// As many bytes as the real font's private part, each in need of the key that the
+// one before left, and nothing else.
+void keysAlone(benchmark::State& state) {
+    Type1Font font("Bench");
+    drawReal(font, realOutlines());
+    const Type1Program::Bytes plain(static_cast<std::size_t>(font.getCharProcsLength()), 'p');
+    Type1Program::Bytes cipher(plain.size());
+    for (auto _ : state) {
+        std::uint32_t key = 55665u << 16;
+        for (std::size_t i = 0; i < plain.size(); ++i) {
+            const std::uint32_t byte = plain[i] ^ (key >> 24);
+            key = byte * (52845u << 16) + (key * 52845u + (22719u << 16));
+            cipher[i] = static_cast<unsigned char>(byte);
+        }
+        benchmark::DoNotOptimize(cipher.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(plain.size()));
+}
+
 void t1asmInvented(benchmark::State& state) {
     Type1Font font("Bench");
     drawCurves(font, state.range(0));
@@ -267,6 +288,7 @@ BENCHMARK(privatePlain)->Name("private_part/vaskel_plain")->Arg(10)->Arg(40)->Ar
 BENCHMARK(t1asmInvented)->Name("assemble/t1asm")->Arg(10)->Arg(40)->Arg(1000)->UseManualTime();
 BENCHMARK(realFont)->Name("real_glyphs/vaskel/256");
 BENCHMARK(t1asmReal)->Name("real_glyphs/t1asm/256")->UseManualTime();
+BENCHMARK(keysAlone)->Name("real_glyphs/least_keys/256");
 
 }  // namespace
 

@@ -65,8 +65,7 @@ inline EncodedNumbers encodeNumbers(__m128i coordinates, __m128i differences) {
     const __m128i two = _mm_or_si128(_mm_slli_epi16(value, 8), _mm_srli_epi16(value, 8));
     const __m128i one = _mm_add_epi16(differences, all(139));
     const __m128i takeTwo = _mm_cmpgt_epi16(size, all(107));
-    const __m128i words =
-        _mm_xor_si128(one, _mm_and_si128(_mm_xor_si128(one, two), takeTwo));
+    const __m128i words = _mm_xor_si128(one, _mm_and_si128(_mm_xor_si128(one, two), takeTwo));
     return {words, _mm_movemask_epi8(longer) != 0};
 }
 
@@ -87,10 +86,8 @@ inline unsigned char* writeNumbers(unsigned char* out, __m128i words, int count)
 inline void widen(OutlinePen pen, __m128i values) {
     auto* const box = reinterpret_cast<__m128i*>(pen.box);
     const __m128i old = _mm_loadu_si128(box);
-    const __m128i take =
-        _mm_xor_si128(_mm_cmpgt_epi32(values, old), _mm_set_epi32(0, 0, -1, -1));
-    _mm_storeu_si128(
-        box, _mm_xor_si128(old, _mm_and_si128(_mm_xor_si128(old, values), take)));
+    const __m128i take = _mm_xor_si128(_mm_cmpgt_epi32(values, old), _mm_set_epi32(0, 0, -1, -1));
+    _mm_storeu_si128(box, _mm_xor_si128(old, _mm_and_si128(_mm_xor_si128(old, values), take)));
 }
 
 inline __m128i pair(int x, int y) {
@@ -106,8 +103,8 @@ inline void storeAt(OutlinePen pen, __m128i pair) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(pen.at), pair);
 }
 
-inline unsigned char* drawPointFast(unsigned char* out, OutlinePen pen, unsigned char command, int x,
-                             int y) {
+inline unsigned char* drawPointFast(unsigned char* out, OutlinePen pen, unsigned char command,
+                                    int x, int y) {
     const __m128i to = pair(x, y);
     const __m128i both = _mm_unpacklo_epi64(to, pairAt(pen.at));
     const __m128i words = _mm_packs_epi32(both, both);  // to, from, to, from
@@ -122,14 +119,13 @@ inline unsigned char* drawPointFast(unsigned char* out, OutlinePen pen, unsigned
     return out;
 }
 
-inline unsigned char* drawCurveFast(unsigned char* out, OutlinePen pen, int x1, int y1, int x2, int y2,
-                             int x3, int y3) {
+inline unsigned char* drawCurveFast(unsigned char* out, OutlinePen pen, int x1, int y1, int x2,
+                                    int y2, int x3, int y3) {
     const __m128i end = pair(x3, y3);
     const __m128i controls = _mm_unpacklo_epi64(pair(x1, y1), pair(x2, y2));
     // The three points and where the outline ends, so that the points before
     // are the same words turned round by one.
-    const __m128i words =
-        _mm_packs_epi32(controls, _mm_unpacklo_epi64(end, pairAt(pen.at)));
+    const __m128i words = _mm_packs_epi32(controls, _mm_unpacklo_epi64(end, pairAt(pen.at)));
     const __m128i before = _mm_shuffle_epi32(words, _MM_SHUFFLE(2, 1, 0, 3));
     const EncodedNumbers numbers = encodeNumbers(words, _mm_sub_epi16(words, before));
     if (numbers.decline) [[unlikely]]
@@ -141,8 +137,8 @@ inline unsigned char* drawCurveFast(unsigned char* out, OutlinePen pen, int x1, 
     // Smallest and largest of points 1, 2, 3 and 3 again.
     const __m128i points = _mm_shuffle_epi32(words, _MM_SHUFFLE(2, 2, 1, 0));
     const __m128i others = _mm_shuffle_epi32(points, _MM_SHUFFLE(1, 0, 3, 2));
-    const __m128i pairs = _mm_unpacklo_epi64(_mm_min_epi16(points, others),
-                                             _mm_max_epi16(points, others));
+    const __m128i pairs =
+        _mm_unpacklo_epi64(_mm_min_epi16(points, others), _mm_max_epi16(points, others));
     const __m128i turned = _mm_shuffle_epi32(pairs, _MM_SHUFFLE(2, 3, 0, 1));
     const __m128i smallest = _mm_min_epi16(pairs, turned), largest = _mm_max_epi16(pairs, turned);
     const __m128i range = _mm_unpacklo_epi32(smallest, _mm_srli_si128(largest, 8));

@@ -18,11 +18,7 @@ constexpr std::size_t kFirstBytes = 256;
 }  // namespace
 
 Type1Glyph::Type1Glyph(std::string&& name)
-    : mName(std::move(name)),
-      mLength(0),
-      mWidth(0),
-      mAt{0, 0},
-      mBox{0, 0, 0, 0} {}
+    : mName(std::move(name)), mLength(0), mWidth(0), mAt{0, 0}, mBox{0, 0, 0, 0} {}
 Type1Glyph::Type1Glyph(const Type1Glyph& other) = default;
 Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
     Type1Glyph copy(other);  // what may fail comes first
@@ -63,7 +59,8 @@ void Type1Glyph::drawPointSlow(unsigned char command, int x, int y) {
 void Type1Glyph::drawTo(int x, int y, unsigned char command) {
     if (hasRoom(longestCommand(1))) [[likely]] {
         unsigned char* const begin = mOutline.data() + mLength;
-        if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y)) [[likely]] {
+        if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y))
+            [[likely]] {
             mLength += static_cast<std::size_t>(end - begin);
             return;
         }
@@ -83,8 +80,8 @@ void Type1Glyph::drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3) {
 void Type1Glyph::curveTo(int x1, int y1, int x2, int y2, int x3, int y3) {
     if (hasRoom(longestCommand(3))) [[likely]] {
         unsigned char* const begin = mOutline.data() + mLength;
-        if (unsigned char* const end =
-                drawCurveFast(begin, {mAt, mBox}, x1, y1, x2, y2, x3, y3)) [[likely]] {
+        if (unsigned char* const end = drawCurveFast(begin, {mAt, mBox}, x1, y1, x2, y2, x3, y3))
+            [[likely]] {
             mLength += static_cast<std::size_t>(end - begin);
             return;
         }

@@ -19,9 +19,8 @@ namespace {
 MessageIDConvertor* gConvertor = nullptr;
 
 // Apart from dispatch, which then has few registers to save for texts.
-[[gnu::noinline]] void dispatchError(const MessageErrorHandler& takeError,
-                                     MessageSeverity severity, MessageVolatility volatility,
-                                     const char* text) {
+[[gnu::noinline]] void dispatchError(const MessageErrorHandler& takeError, MessageSeverity severity,
+                                     MessageVolatility volatility, const char* text) {
     takeError(std::make_shared<Error>(severity, volatility, std::string(text)));
 }
 

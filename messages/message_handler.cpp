@@ -69,7 +69,8 @@ bool ScopedMessagesDisabler::mActive = false;
 
 // The handler itself is kept, not a copy, so that restoring it in the
 // destructor allocates nothing.
-ScopedMessagesDisabler::ScopedMessagesDisabler() noexcept : mKept(std::move(gHandlerSlot.installed)) {
+ScopedMessagesDisabler::ScopedMessagesDisabler() noexcept
+    : mKept(std::move(gHandlerSlot.installed)) {
     mActive = true;
 }
 

@@ -77,24 +77,24 @@ class VASKEL_API Random {
     std::uint32_t mRing[32];
 };
 
-inline std::uint32_t Random::nextWord() {
+VASKEL_API inline std::uint32_t Random::nextWord() {
     if (mIndex == 31) [[unlikely]]
         generateRound();  // the next 32 words; mIndex is -1 again
     return mRing[++mIndex];
 }
 
-inline int Random::nextInt(int n) {
+VASKEL_API inline int Random::nextInt(int n) {
     return static_cast<std::int32_t>((nextWord() >> 14) * static_cast<std::uint32_t>(n)) >> 14;
 }
-inline double Random::nextDouble() {
+VASKEL_API inline double Random::nextDouble() {
     return static_cast<int>((nextWord() >> 14) * 100001 >> 14) / 100000.0;
 }
-inline float Random::nextFloat() { return static_cast<float>(nextDouble()); }
-inline bool Random::nextBool() { return nextWord() >> 27 != 0; }
-inline char Random::nextByte() {
+VASKEL_API inline float Random::nextFloat() { return static_cast<float>(nextDouble()); }
+VASKEL_API inline bool Random::nextBool() { return nextWord() >> 27 != 0; }
+VASKEL_API inline char Random::nextByte() {
     return static_cast<char>(static_cast<unsigned char>(nextWord() >> 20));
 }
-inline unsigned short Random::nextShort() {
+VASKEL_API inline unsigned short Random::nextShort() {
     return static_cast<unsigned short>((nextWord() >> 14) * 4);
 }
 

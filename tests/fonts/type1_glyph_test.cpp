@@ -103,9 +103,8 @@ struct Taken {
             Fonts::drawPlain(want.bytes, {want.at, want.box}, false, command, p, count);
         want.length = static_cast<std::size_t>(end - want.bytes);
         const Fonts::OutlinePen pen{got.at, got.box};
-        end = count == 1
-                  ? Fonts::drawPointFast(got.bytes, pen, command, p[0], p[1])
-                  : Fonts::drawCurveFast(got.bytes, pen, p[0], p[1], p[2], p[3], p[4], p[5]);
+        end = count == 1 ? Fonts::drawPointFast(got.bytes, pen, command, p[0], p[1])
+                         : Fonts::drawCurveFast(got.bytes, pen, p[0], p[1], p[2], p[3], p[4], p[5]);
         std::string points;
         for (int i = 0; i < 2 * count; ++i) points += std::to_string(p[i]) + ' ';
         CAPTURE(points);
@@ -154,9 +153,10 @@ TEST_CASE("glyph: all numbers of a command at once are those one by one") {
         int points[6];
         for (int i = 0; i < 6; ++i) {
             const int before = i < 2 ? start.at[i] : points[i - 2];
-            points[i] = below(20) ? static_cast<int>(std::clamp<std::int64_t>(
-                                        std::int64_t{before} + below(2400) - 1200, INT_MIN, INT_MAX))
-                                  : far();
+            points[i] = below(20)
+                            ? static_cast<int>(std::clamp<std::int64_t>(
+                                  std::int64_t{before} + below(2400) - 1200, INT_MIN, INT_MAX))
+                            : far();
         }
         any.compare(start, points, 1 + 2 * below(2));
     }

@@ -217,23 +217,23 @@ TEST_CASE("a handler that is given up within its calls lives until the outermost
         auto state = std::make_shared<int>(0);
         const std::weak_ptr<int> watch = state;
         int depth = 0, calls = 0;
-        setAdvancedMessageHandler(
-            [state, how, &depth, &calls](const char*, MessageSeverity, MessageVolatility) {
-                ++calls;
-                if (++depth < 3) {
-                    try {
-                        report("deeper");
-                    } catch (const HostFailure&) {
-                    }
-                } else if (how == kReplaced) {
-                    setAdvancedMessageHandler([](const char*, MessageSeverity, MessageVolatility) {});
-                } else {
-                    setMessageHandler(boost::none);
-                    if (how == kThrown) throw HostFailure{};
+        setAdvancedMessageHandler([state, how, &depth, &calls](const char*, MessageSeverity,
+                                                               MessageVolatility) {
+            ++calls;
+            if (++depth < 3) {
+                try {
+                    report("deeper");
+                } catch (const HostFailure&) {
                 }
-                --depth;
-                CHECK(state.use_count() > 0);
-            });
+            } else if (how == kReplaced) {
+                setAdvancedMessageHandler([](const char*, MessageSeverity, MessageVolatility) {});
+            } else {
+                setMessageHandler(boost::none);
+                if (how == kThrown) throw HostFailure{};
+            }
+            --depth;
+            CHECK(state.use_count() > 0);
+        });
         state.reset();
         report("outermost");
         CHECK(calls == 3);

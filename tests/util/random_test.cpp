@@ -244,8 +244,7 @@ TEST_CASE("equal seeds give equal sequences of every kind, also through copies")
         CAPTURE(place);
         Random copied(original), counted(5);
         for (int i = 0; i < place; ++i) counted.nextInt(7);
-        for (int round = 0; round < 40; ++round)
-            REQUIRE(copied.nextShort() == counted.nextShort());
+        for (int round = 0; round < 40; ++round) REQUIRE(copied.nextShort() == counted.nextShort());
         original.nextInt(7);
     }
 }
