@@ -10,43 +10,54 @@
 #include "vaskel/fonts.h"
 
 namespace Fonts {
-namespace {
-
-// Most glyphs of text fonts fit in, few are much shorter.
-constexpr std::size_t kFirstBytes = 256;
-
-}  // namespace
 
 Type1Glyph::Type1Glyph(std::string&& name)
-    : mName(std::move(name)), mLength(0), mWidth(0), mAt{0, 0}, mBox{0, 0, 0, 0} {}
-Type1Glyph::Type1Glyph(const Type1Glyph& other) = default;
+    : mName(std::move(name)),
+      mOutline(mFirst),
+      mCapacity(sizeof mFirst),
+      mLength(0),
+      mWidth(0),
+      mAt{0, 0},
+      mBox{0, 0, 0, 0} {}
+
+Type1Glyph::Type1Glyph(const Type1Glyph& other) : Type1Glyph(std::string()) { *this = other; }
+
 Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
-    Type1Glyph copy(other);  // what may fail comes first
-    std::swap(mName, copy.mName);
-    std::swap(mOutline, copy.mOutline);
+    if (this == &other) return *this;
+    std::string name = other.mName;  // what may fail comes first
+    makeRoom(other.mLength);
+    mName.swap(name);
+    std::copy_n(other.mOutline, other.mLength, mOutline);
     mLength = other.mLength;
     mWidth = other.mWidth;
     std::copy(std::begin(other.mAt), std::end(other.mAt), mAt);
     std::copy(std::begin(other.mBox), std::end(other.mBox), mBox);
     return *this;
 }
+
 Type1Glyph::~Type1Glyph() = default;
 
 // Room for a command of up to so many bytes, so that it either happens whole or
 // not at all.
-bool Type1Glyph::hasRoom(std::size_t bytes) const { return mOutline.size() - mLength >= bytes; }
+bool Type1Glyph::hasRoom(std::size_t bytes) const { return mCapacity - mLength >= bytes; }
 
 void Type1Glyph::makeRoom(std::size_t bytes) {
-    if (!hasRoom(bytes)) [[unlikely]]
-        mOutline.resize(std::max(kFirstBytes, 2 * mOutline.size()));
+    if (hasRoom(bytes)) [[likely]]
+        return;
+    const std::size_t capacity = std::max(2 * mCapacity, mLength + bytes);
+    std::unique_ptr<unsigned char[]> more(new unsigned char[capacity]);
+    std::copy_n(mOutline, mLength, more.get());
+    mMore = std::move(more);
+    mOutline = mMore.get();
+    mCapacity = capacity;
 }
 
-// A command by the rule itself: the first one, for which there is no room
-// either, the one that needs more room, and those of long numbers.
+// A command by the rule itself: the first one, the one that needs more room, and
+// those of long numbers.
 void Type1Glyph::drawSlow(unsigned char command, const int* points, int count) {
     makeRoom(longestCommand(count));
     const bool first = mLength == 0;
-    unsigned char* const begin = mOutline.data() + mLength;
+    unsigned char* const begin = mOutline + mLength;
     mLength += static_cast<std::size_t>(
         drawPlain(begin, {mAt, mBox}, first, command, points, count) - begin);
 }
@@ -57,8 +68,8 @@ void Type1Glyph::drawPointSlow(unsigned char command, int x, int y) {
 }
 
 void Type1Glyph::drawTo(int x, int y, unsigned char command) {
-    if (hasRoom(longestCommand(1))) [[likely]] {
-        unsigned char* const begin = mOutline.data() + mLength;
+    if (mLength > 0 && hasRoom(longestCommand(1))) [[likely]] {
+        unsigned char* const begin = mOutline + mLength;
         if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y))
             [[likely]] {
             mLength += static_cast<std::size_t>(end - begin);
@@ -78,8 +89,8 @@ void Type1Glyph::drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3) {
 }
 
 void Type1Glyph::curveTo(int x1, int y1, int x2, int y2, int x3, int y3) {
-    if (hasRoom(longestCommand(3))) [[likely]] {
-        unsigned char* const begin = mOutline.data() + mLength;
+    if (mLength > 0 && hasRoom(longestCommand(3))) [[likely]] {
+        unsigned char* const begin = mOutline + mLength;
         if (unsigned char* const end = drawCurveFast(begin, {mAt, mBox}, x1, y1, x2, y2, x3, y3))
             [[likely]] {
             mLength += static_cast<std::size_t>(end - begin);
@@ -121,7 +132,7 @@ void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
     appendText(out, " RD ");
     const std::size_t begin = out.size();
     out.insert(out.end(), head, head + headLength);
-    out.insert(out.end(), mOutline.data(), mOutline.data() + mLength);
+    out.insert(out.end(), mOutline, mOutline + mLength);
     out.push_back(kEndchar);
     Encryption(Encryption::kCharstringKey).encrypt(out.data() + begin, length);
     appendText(out, " ND\n");

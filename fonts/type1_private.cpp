@@ -164,7 +164,7 @@ std::size_t Type1Program::appendPrivate(Bytes& out) const {
         writer.text(" RD ");
         WideEncryption key(Encryption::kCharstringKey);
         writer.charstring(key, head, headLength);
-        writer.charstring(key, glyph->mOutline.data(), glyph->mLength);
+        writer.charstring(key, glyph->mOutline, glyph->mLength);
         writer.charstring(key, &endchar, 1);
         writer.text(" ND\n");
     }

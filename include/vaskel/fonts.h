@@ -89,11 +89,14 @@ class VASKEL_API Type1Glyph {
     VASKEL_HIDDEN void drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3);
 
     std::string mName;
-    std::vector<unsigned char> mOutline;  // mLength bytes and room for more
+    unsigned char* mOutline;  // mFirst or mMore
+    std::size_t mCapacity;    // its bytes
     std::size_t mLength;
     std::int32_t mWidth;
     std::int32_t mAt[2];   // the current point
     std::int32_t mBox[4];  // smallest x and y, largest x and y
+    std::unique_ptr<unsigned char[]> mMore;
+    unsigned char mFirst[256];  // most glyphs of text fonts fit in, few are much shorter
 };
 
 /// A font of up to 256 glyphs, one a character code.

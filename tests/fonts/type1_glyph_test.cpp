@@ -255,6 +255,39 @@ TEST_CASE("glyph: copies are independent") {
     CHECK(c.getBoundingBox() == b.getBoundingBox());
 }
 
+TEST_CASE("glyph: outlines of any length are copied, whether they fit into the glyph or not") {
+    const auto drawn = [](const char* name, int lines) {
+        Type1Glyph glyph(name);
+        for (int i = 0; i < lines; ++i) glyph.lineTo(i * 300 % 1000, -i);
+        return glyph;
+    };
+    for (const int from : {0, 1, 40, 60, 300}) {
+        for (const int to : {0, 1, 40, 60, 300}) {
+            CAPTURE(from);
+            CAPTURE(to);
+            const Type1Glyph source = drawn("a name of more than fifteen bytes", from);
+            const auto data = source.getData();
+            Type1Glyph target = drawn("t", to);
+            const auto before = target.getData();
+            for (int allocation = 1; allocation <= 2; ++allocation) {
+                try {
+                    const FailingAllocation failing(allocation);
+                    target = source;
+                    CHECK(allocation == 2);
+                } catch (const std::bad_alloc&) {
+                    CHECK(target.getData() == before);
+                }
+            }
+            target = source;
+            REQUIRE(target.getData() == data);
+            Type1Glyph copy(source);
+            for (Type1Glyph* glyph : {&copy, &target}) glyph->lineTo(5, 6);
+            CHECK(copy.getData() == target.getData());
+            CHECK(source.getData() == data);
+        }
+    }
+}
+
 TEST_CASE("glyph: memory that ends leaves the glyph as it was") {
     for (int command = 0; command < 4; ++command) {
         CAPTURE(command);
