@@ -47,9 +47,7 @@ Sample passOn(WalkedPoints& points, SimplifyFast& out) {
 }
 
 Pemmit::Path* cleanWalked(WalkedPoints& points, bool open) {
-    OwnedPath result(Pemmit::patbeg());
-    Pemmit::flaset(result.get(), Pemmit::kFlagOpen, open);
-    SimplifyFast out(result.get(), gState.tolerance);
+    SimplifyFast out(open, gState.tolerance);
     Sample last = {};
     if (gState.order < 1)
         last = passOn(points, out);
@@ -57,12 +55,7 @@ Pemmit::Path* cleanWalked(WalkedPoints& points, bool open) {
         last = filterOpen(points, gState, out);
     else
         filterClosed(points, gState, out);
-    out.finish();
-    if (open)
-        Pemmit::patend(result.get(), last.x, last.y);
-    else
-        Pemmit::patendclo(result.get());
-    return result.release();
+    return out.finish({last.x, last.y});
 }
 
 }  // namespace

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "platform/orlune.h"
 
 namespace Vaskel {
@@ -9,103 +13,151 @@ namespace {
 
 constexpr std::int64_t magnitude(std::int64_t value) { return value < 0 ? -value : value; }
 
-#ifdef __SSE2__
-// The sign bits of the 64-bit halves tell whether one of the squared products
-// of four steps with across is above limit. Squares are at most 2^62.
-inline __m128i beyond(__m128i steps, __m128i across, __m128i limit) {
-    const __m128i product = _mm_madd_epi16(steps, across);
-    const __m128i sign = _mm_srai_epi32(product, 31);
-    const __m128i size = _mm_sub_epi32(_mm_xor_si128(product, sign), sign);
-    const __m128i odd = _mm_srli_epi64(size, 32);
-    return _mm_or_si128(_mm_sub_epi64(limit, _mm_mul_epu32(size, size)),
-                        _mm_sub_epi64(limit, _mm_mul_epu32(odd, odd)));
+Step stepTo(const WalkPoint* points, int i) {
+    return {std::int64_t{points[i].x} - points[0].x, std::int64_t{points[i].y} - points[0].y};
 }
 
-// The same as all ones or zeros of each step, for products that may be cut off
-// and a limit of 32 bits.
-inline __m128i beyondNear(__m128i steps, __m128i across, __m128i limit) {
-    const __m128i product = _mm_madd_epi16(steps, across);
-    const __m128i narrow = _mm_packs_epi32(product, product);
-    const __m128i apart = _mm_unpacklo_epi16(narrow, _mm_setzero_si128());
-    return _mm_cmpgt_epi32(_mm_madd_epi16(apart, apart), limit);
+std::int64_t squareOf(const Step& d) { return d.x * d.x + d.y * d.y; }
+
+// Negative where a short d is out of tolerance from the short step s; most is
+// tolerance^2 |d|^2.
+std::int64_t slack(const Step& s, const Step& d, std::int64_t most) {
+    const std::int64_t product = cross(s, d);
+    return most - product * product;
 }
+
+#ifdef __SSE2__
+
+constexpr int kNear = 1024;
+constexpr std::int64_t kNearSquare = 16 * 16;
+
+bool isNear(const Step& d) {
+    return (static_cast<std::uint64_t>(d.x + kNear) | static_cast<std::uint64_t>(d.y + kNear)) <
+           2 * kNear;
+}
+
+__m128i load(const WalkPoint* from) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+
+// (y, -x) in 16 bits each, four times. x is not -32768.
+__m128i across(const Step& d) {
+    const auto x = static_cast<std::uint32_t>(-d.x) << 16;
+    return _mm_set1_epi32(static_cast<int>(x | (static_cast<std::uint32_t>(d.y) & 0xFFFF)));
+}
+
+// The cross products with d of the short steps from P, which is there twice, to
+// four points.
+__m128i products(const WalkPoint* points, __m128i p, __m128i across) {
+    const __m128i steps =
+        _mm_packs_epi32(_mm_sub_epi32(load(points), p), _mm_sub_epi32(load(points + 2), p));
+    return _mm_madd_epi16(steps, across);
+}
+
+// Calls take with all cross products of count steps, four at a time and the last
+// ones perhaps a second time. There are at least four.
+template <class Take>
+void eachProduct(const WalkPoint* points, int count, const Step& d, Take take) {
+    const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(points));
+    const __m128i p = _mm_unpacklo_epi64(first, first);
+    const __m128i turned = across(d);
+    for (int i = 1; i < count - 3; i += 4) take(products(points + i, p, turned));
+    take(products(points + count - 3, p, turned));
+}
+
+// With a tolerance of up to 16 and a near d, tolerance^2 |d|^2 is at most 16^2 *
+// 2 * 1024^2 = 2^29. Cross products may be cut off at the ends of 16 bits, whose
+// squares are above that, and all squares fit in 32 bits.
+bool areNearWithin(const WalkPoint* points, int count, const Step& d, std::int64_t most) {
+    __m128i low = _mm_setzero_si128(), high = low;
+    eachProduct(points, count, d, [&](__m128i product) {
+        const __m128i narrow = _mm_packs_epi32(product, product);
+        low = _mm_min_epi16(low, narrow);
+        high = _mm_max_epi16(high, narrow);
+    });
+    const __m128i both = _mm_unpacklo_epi16(low, _mm_setzero_si128());
+    const __m128i other = _mm_unpacklo_epi16(high, _mm_setzero_si128());
+    const __m128i limit = _mm_set1_epi32(static_cast<int>(most));
+    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(_mm_madd_epi16(both, both), limit),
+                                          _mm_cmpgt_epi32(_mm_madd_epi16(other, other), limit))) ==
+           0;
+}
+
+// The sign bits of the 64-bit halves tell whether one of the squared products is
+// above limit. Squares are at most 2^62.
+bool areShortWithin(const WalkPoint* points, int count, const Step& d, std::int64_t most) {
+    const __m128i limit = _mm_set1_epi64x(most);
+    __m128i any = _mm_setzero_si128();
+    eachProduct(points, count, d, [&](__m128i product) {
+        const __m128i sign = _mm_srai_epi32(product, 31);
+        const __m128i size = _mm_sub_epi32(_mm_xor_si128(product, sign), sign);
+        const __m128i odd = _mm_srli_epi64(size, 32);
+        any = _mm_or_si128(any, _mm_or_si128(_mm_sub_epi64(limit, _mm_mul_epu32(size, size)),
+                                             _mm_sub_epi64(limit, _mm_mul_epu32(odd, odd))));
+    });
+    return _mm_movemask_pd(_mm_castsi128_pd(any)) == 0;
+}
+
 #endif
+
+// Whether a short d is within tolerance of count short steps.
+bool areWithin(const WalkPoint* points, int count, const Step& d, std::int64_t square) {
+    const std::int64_t most = square * squareOf(d);
+#ifdef __SSE2__
+    if (count >= 4 && d.x != -32768)
+        return square <= kNearSquare && isNear(d) ? areNearWithin(points, count, d, most)
+                                                  : areShortWithin(points, count, d, most);
+#endif
+    std::int64_t least = 0;
+    for (int i = 1; i <= count; ++i) least = std::min(least, slack(stepTo(points, i), d, most));
+    return least >= 0;
+}
+
+// The rule as it stands, for steps of any length.
+bool areWithinByRoot(const WalkPoint* points, int count, const Step& d, std::int64_t tolerance) {
+    const std::int64_t most = toleranceTimesLength(tolerance, d);
+    for (int i = 1; i <= count; ++i)
+        if (magnitude(cross(stepTo(points, i), d)) > most) return false;
+    return true;
+}
+
+// Were points[0] the last emitted one, the number of the next one; where the
+// points do not tell, that of the last one of them. There are at least three.
+int nextEmitted(const WalkPoint* points, int count, std::int64_t tolerance, std::int64_t square) {
+    const Step s1 = stepTo(points, 1);
+    const bool firstIsShort = isShort(s1);
+    int pending = 1;
+    if (firstIsShort) [[likely]] {
+        // Most ends come soon.
+        const Step s2 = stepTo(points, 2);
+        if (!isShort(s2) || slack(s1, s2, square * squareOf(s2)) < 0) return 1;
+        if (count < 4) return 2;
+        const Step s3 = stepTo(points, 3);
+        const std::int64_t most3 = square * squareOf(s3);
+        if (!isShort(s3) || (slack(s1, s3, most3) | slack(s2, s3, most3)) < 0) return 2;
+        if (count < 5) return 3;
+        const Step s4 = stepTo(points, 4);
+        const std::int64_t most4 = square * squareOf(s4);
+        if (!isShort(s4) ||
+            (slack(s1, s4, most4) | slack(s2, s4, most4) | slack(s3, s4, most4)) < 0)
+            return 3;
+        pending = 4;
+    }
+    for (; pending + 1 < count && pending < kMostPending; ++pending) {
+        const Step d = stepTo(points, pending + 1);
+        if (!isShort(d)) break;
+        if (!(firstIsShort ? areWithin(points, pending, d, square)
+                           : areWithinByRoot(points, pending, d, tolerance)))
+            break;
+    }
+    return pending;
+}
 
 }  // namespace
 
 std::int64_t toleranceTimesLength(std::int64_t tolerance, const Step& d) {
     return Orlune::mulsqrt(tolerance * tolerance, d.x * d.x + d.y * d.y);
 }
-
-#ifdef __SSE2__
-
-inline void PackedSteps::restart(const Step& s) {
-    mNewest = _mm_cvtsi32_si128(static_cast<int>(pack(s)));
-}
-
-inline void PackedSteps::push(int count, const Step& s) {
-    const __m128i one = _mm_cvtsi32_si128(static_cast<int>(pack(s)));
-    if (count % 4 == 0) {
-        mBlock[static_cast<unsigned>(count) / 4 - 1] = mNewest;
-        mNewest = one;
-    } else {
-        mNewest = _mm_or_si128(_mm_slli_si128(mNewest, 4), one);
-    }
-}
-
-inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit) const {
-    const __m128i across = _mm_set1_epi32(static_cast<int>(pack({d.y, -d.x})));
-    const __m128i most = _mm_set1_epi64x(limit);
-    __m128i any = beyond(mNewest, across, most);
-    for (int i = 0; i < (count - 1) / 4; ++i)
-        any = _mm_or_si128(any, beyond(mBlock[i], across, most));
-    return _mm_movemask_pd(_mm_castsi128_pd(any)) == 0;
-}
-
-inline bool PackedSteps::areWithinNear(int count, const Step& d, int square) const {
-    const __m128i all = _mm_shuffle_epi32(_mm_cvtsi32_si128(static_cast<int>(pack(d))), 0);
-    const __m128i swapped = _mm_shufflehi_epi16(_mm_shufflelo_epi16(all, 0xB1), 0xB1);
-    const __m128i upper = _mm_set1_epi32(-65536);  // turns d.x round: (d.y, -d.x)
-    const __m128i across = _mm_sub_epi16(_mm_xor_si128(swapped, upper), upper);
-    const __m128i limit =
-        _mm_shuffle_epi32(_mm_mul_epu32(_mm_madd_epi16(all, all), _mm_cvtsi32_si128(square)), 0);
-    __m128i any = beyondNear(mNewest, across, limit);
-    const unsigned blocks = static_cast<unsigned>(count - 1) / 4;
-    for (unsigned i = 0; i < blocks; ++i)
-        any = _mm_or_si128(any, beyondNear(mBlock[i], across, limit));
-    return _mm_movemask_epi8(any) == 0;
-}
-
-Step PackedSteps::at(int count, int i) const {
-    std::uint32_t lanes[4];
-    const bool newest = i / 4 == (count - 1) / 4;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), newest ? mNewest : mBlock[i / 4]);
-    const std::uint32_t packed = lanes[(newest ? (count - 1) % 4 : 3) - i % 4];
-    return {static_cast<std::int16_t>(packed), static_cast<std::int16_t>(packed >> 16)};
-}
-
-#else
-
-inline void PackedSteps::restart(const Step& s) { mPacked[0] = pack(s); }
-inline void PackedSteps::push(int count, const Step& s) { mPacked[count] = pack(s); }
-
-inline bool PackedSteps::areWithin(int count, const Step& d, std::int64_t limit) const {
-    for (int i = 0; i < count; ++i) {
-        const std::int64_t product = cross(at(count, i), d);
-        if (product * product > limit) return false;
-    }
-    return true;
-}
-
-inline bool PackedSteps::areWithinNear(int count, const Step& d, int square) const {
-    return areWithin(count, d, square * (d.x * d.x + d.y * d.y));
-}
-
-Step PackedSteps::at(int, int i) const {
-    return {static_cast<std::int16_t>(mPacked[i]), static_cast<std::int16_t>(mPacked[i] >> 16)};
-}
-
-#endif
 
 void SimplifyPlain::add(int x, int y) {
     const Step point = {x, y};
@@ -134,67 +186,73 @@ void SimplifyPlain::emit(const Step& point) {
     mLast = point;
 }
 
-SimplifyFast::SimplifyFast(Pemmit::Path* result, int tolerance)
-    : mResult(result), mTolerance(tolerance) {
-    const std::int64_t cut = std::min(magnitude(mTolerance), PackedSteps::kWideTolerance);
+SimplifyFast::SimplifyFast(bool open, int tolerance) : mOpen(open), mTolerance(tolerance) {
+    static_assert(kIn > 2 * kMostPending);
+    const std::int64_t cut = std::min(magnitude(mTolerance), kWideTolerance);
     mSquare = cut * cut;
 }
 
-// What changes with each point is kept in registers.
 void SimplifyFast::add(const PointRun& run) {
     if (mTolerance == 0) {
         addUnsimplified(run);
         return;
     }
-    const WalkPoint* at = run.first;
-    const std::ptrdiff_t step = run.step;
-    const WalkPoint* const end = at + step * run.count;
-    if (!mBegun && at != end) {
+    if (!mBegun && run.count > 0) {
         mBegun = true;
-        mLast = *at;
-        emit(*at);
-        at += step;
+        emit(run[0]);
     }
-    constexpr std::int64_t kSquares = kNearTolerance * kNearTolerance;
-    const auto square = static_cast<int>(std::min(mSquare, kSquares));
-    const unsigned mostPending = mSquare <= kSquares ? kMostPending - 1 : 0;
-    std::int64_t lastX = mLast.x, lastY = mLast.y;
-    WalkPoint point = mPoint;
-    int pending = mCount;
-    // Behind a long first step nothing is near enough.
-    unsigned most = isShort(mFirst) ? mostPending : 0;
-    for (; at != end; at += step) {
-        Step d = {at->x - lastX, at->y - lastY};
-        const std::uint64_t reach =
-            static_cast<std::uint64_t>(d.x + kNear) | static_cast<std::uint64_t>(d.y + kNear);
-        bool absorbed;
-        if (reach < 2 * kNear && static_cast<unsigned>(pending - 1) < most) [[likely]] {
-            absorbed = mSteps.areWithinNear(pending, d, square);
-        } else {
-            absorbed = absorbsFar(d, pending);
-        }
-        if (absorbed) {
-            mSteps.push(pending, d);
-            ++pending;
-        } else {
-            if (pending > 0) {
-                emit(point);
-                lastX = point.x;
-                lastY = point.y;
-                d = {at->x - lastX, at->y - lastY};
-            }
-            const bool firstIsShort = isShort(d);
-            mFirst.x = d.x;
-            mFirst.y = d.y;
-            mSteps.restart(firstIsShort ? d : Step{0, 0});
-            most = firstIsShort ? mostPending : 0;
-            pending = 1;
-        }
-        point = *at;
+    for (int i = 0; i < run.count;) {
+        if (mInCount == kIn) makeRoom();
+        // Mostly a few: a call would take longer.
+        const int taken = std::min(run.count - i, kIn - mInCount);
+        const WalkPoint* from = &run[i];
+        WalkPoint* const to = mIn + mInCount;
+        for (int j = 0; j < taken; ++j, from += run.step) to[j] = *from;
+        mInCount += taken;
+        i += taken;
     }
-    mLast = {static_cast<int>(lastX), static_cast<int>(lastY)};
-    mPoint = point;
-    mCount = pending;
+}
+
+// Emits what the points that wait decide, and returns the last emitted one. What
+// decides is the point behind the one that is emitted.
+const WalkPoint* SimplifyFast::simplify() {
+    const WalkPoint* last = mIn;
+    const WalkPoint* const end = mIn + mInCount;
+    while (end - last > 2) {
+        const int next = nextEmitted(last, static_cast<int>(end - last), mTolerance, mSquare);
+        if (next + 1 >= end - last) break;
+        last += next;
+        emit(*last);
+    }
+    return last;
+}
+
+// Fewer than kMostPending + 2 points stay.
+void SimplifyFast::makeRoom() {
+    const WalkPoint* const last = simplify();
+    const WalkPoint* const end = mIn + mInCount;
+    mInCount = static_cast<int>(end - last);
+    std::copy(last, end, mIn);
+}
+
+void SimplifyFast::flush() {
+    if (!mResult) {
+        mResult.reset(Pemmit::patbeg());
+        Pemmit::flaset(mResult.get(), Pemmit::kFlagOpen, mOpen);
+    }
+    appendPoints(mResult.get(), mOut, mOutCount);
+    mOutCount = 0;
+}
+
+Pemmit::Path* SimplifyFast::finish(const WalkPoint& last) {
+    if (mTolerance != 0) simplify();
+    if (!mOpen && !mResult) return makeOutline(mOut, mOutCount);
+    flush();
+    if (mOpen)
+        Pemmit::patend(mResult.get(), last.x, last.y);
+    else
+        Pemmit::patendclo(mResult.get());
+    return mResult.release();
 }
 
 // Each point emits the one before it, but the first, which was emitted by
@@ -206,25 +264,10 @@ void SimplifyFast::addUnsimplified(const PointRun& run) {
         emit(run[i++]);
     }
     for (; i < run.count; ++i) {
-        if (mCount != 0) emit(mPoint);
-        mCount = 1;
-        mPoint = run[i];
+        if (mInCount != 0) emit(mIn[0]);
+        mInCount = 1;
+        mIn[0] = run[i];
     }
-}
-
-// What add decides for vectors that are not near, or behind a long first step.
-[[gnu::noinline]] bool SimplifyFast::absorbsFar(Step d, int pending) const {
-    if (!isShort(d) || pending < 1 || pending >= kMostPending) return false;
-    if (!isShort(mFirst) || d.x == -32768) return absorbsOneByOne(d, pending);
-    return mSteps.areWithin(pending, d, mSquare * (d.x * d.x + d.y * d.y));
-}
-
-bool SimplifyFast::absorbsOneByOne(const Step& d, int pending) const {
-    const std::int64_t most = toleranceTimesLength(mTolerance, d);
-    if (magnitude(cross(mFirst, d)) > most) return false;
-    for (int i = 0; i < pending; ++i)
-        if (magnitude(cross(mSteps.at(pending, i), d)) > most) return false;
-    return true;
 }
 
 }  // namespace Vaskel

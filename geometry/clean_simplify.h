@@ -7,10 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
+#include "geometry/clean.h"
 #include "geometry/point_runs.h"
 #include "platform/pemmit.h"
 
@@ -37,37 +34,6 @@ constexpr std::int64_t cross(const Step& s, const Step& d) { return s.x * d.y - 
 /// length of d.
 std::int64_t toleranceTimesLength(std::int64_t tolerance, const Step& d);
 
-/// Short steps, packed. Where a processor can, four at a time: whole blocks are
-/// stored, never a part of one, since a wide load right behind a narrow store
-/// would have to wait for it.
-class PackedSteps {
- public:
-    static constexpr std::int64_t kWideTolerance = 46341;
-
-    /// A list of one step.
-    void restart(const Step& s);
-    /// Appends a step to count others.
-    void push(int count, const Step& s);
-    /// Whether the squared cross product of each of count steps with a short d
-    /// is at most limit, which is not negative. d.x is not -32768.
-    bool areWithin(int count, const Step& d, std::int64_t limit) const;
-    /// The same for a near d and a limit of square |d|^2, at most 2^29.
-    bool areWithinNear(int count, const Step& d, int square) const;
-    Step at(int count, int i) const;
-
- private:
-    static std::uint32_t pack(const Step& s) {
-        return (static_cast<std::uint32_t>(s.x) & 0xFFFF) | static_cast<std::uint32_t>(s.y) << 16;
-    }
-
-#ifdef __SSE2__
-    __m128i mNewest = {};                    // the last one to four steps, the last one lowest
-    __m128i mBlock[(kMostPending - 1) / 4];  // those before
-#else
-    std::uint32_t mPacked[kMostPending];
-#endif
-};
-
 /// The rule itself; the faster form is held to it.
 ///
 /// P is the last emitted point, and the pending steps lead from it to the
@@ -93,26 +59,22 @@ class SimplifyPlain {
     Step mPending[kMostPending];
 };
 
-/// The same with four steps to an instruction, and without a root.
+/// The same without a root, on points that stand side by side: steps are taken
+/// from them as they are needed.
 ///
 /// For whole numbers |c| <= floor(root of X) is c^2 <= X, so that squared cross
 /// products are compared with tolerance^2 |d|^2. Pending steps after the first
-/// are short (only short ones are absorbed), and so fit in pairs of 16 bits:
-/// their cross products, below 2^31 in magnitude, come out of one multiply-add
-/// of such pairs, s.x d.y + s.y (-d.x). A tolerance of kWideTolerance or more,
-/// the root of 2^31, is met by every short step, since |c| <= |s| |d|; cut off
-/// there, X stays below 2^63. The first step, which may be long, is kept apart,
-/// and so is the one short vector whose negative has 17 bits (d.x = -32768):
-/// both go the plain way. Empty places hold zero steps, whose products are 0.
-///
-/// With a tolerance of up to kNearTolerance, 16, a near d has components of
-/// -kNear .. kNear - 1, kNear being 1024: X is then at most 16^2 * 2 * 1024^2 =
-/// 2^29. Cross products may be cut off at the ends of 16 bits, whose squares
-/// are above that, and all squares fit in 32 bits. Nearly all points of traced
-/// outlines are near.
+/// are short (only short ones are absorbed): their cross products are at most
+/// 2^31 in magnitude, and those with a few steps are worked out one by one, with
+/// many four at a time. A tolerance of kWideTolerance or more, the root of 2^31,
+/// is met by every short step, since |c| <= |s| |d|; cut off there, X stays below
+/// 2^63. Behind a first step that is long the rule is applied as it stands.
 class SimplifyFast {
  public:
-    SimplifyFast(Pemmit::Path* result, int tolerance);
+    static constexpr std::int64_t kWideTolerance = 46341;
+
+    /// For a path that is to be open or not.
+    SimplifyFast(bool open, int tolerance);
 
     /// Adds the points of a run, one after the other.
     void add(const PointRun& run);
@@ -121,36 +83,33 @@ class SimplifyFast {
         add({&point, 1, 1});
     }
 
-    /// Writes the points that wait to be written together; due after the last
-    /// one.
-    void finish() {
-        appendPoints(mResult, mOut, mOutCount);
-        mOutCount = 0;
-    }
+    /// The path of what was emitted: closed, or open with last as its end. Throws
+    /// std::bad_alloc. Due once, after the last point.
+    Pemmit::Path* finish(const WalkPoint& last);
 
  private:
+    const WalkPoint* simplify();
+    void makeRoom();
     void addUnsimplified(const PointRun& run);
-    bool absorbsFar(Step d, int pending) const;
-    bool absorbsOneByOne(const Step& d, int pending) const;
     void emit(const WalkPoint& point) {
-        if (mOutCount == kOut) finish();
+        if (mOutCount == kOut) flush();
         mOut[mOutCount++] = point;
     }
+    void flush();
 
-    static constexpr int kNear = 1024;
-    static constexpr int kNearTolerance = 16;
-    static constexpr int kOut = 64;
+    static constexpr int kIn = 256;
+    static constexpr int kOut = 512;
 
-    Pemmit::Path* mResult;
-    std::int64_t mTolerance;
-    std::int64_t mSquare;   // of the tolerance, cut off
-    WalkPoint mLast = {};   // P
-    WalkPoint mPoint = {};  // the newest point: P plus the last pending step
+    OwnedPath mResult;  // null while all of it is in mOut
+    bool mOpen;
     bool mBegun = false;
-    int mCount = 0;  // pending steps
+    int mInCount = 0;
     int mOutCount = 0;
-    Step mFirst = {};
-    PackedSteps mSteps;  // the pending ones; zero for the first if that is long
+    std::int64_t mTolerance;
+    std::int64_t mSquare;  // of the tolerance, cut off
+    // The points that wait, the last emitted one first. Without a tolerance the
+    // newest one.
+    WalkPoint mIn[kIn];
     WalkPoint mOut[kOut];
 };
 

@@ -85,6 +85,22 @@ void begin(Walk& walk, const Contour& contour, bool backward, std::int64_t start
     }
 }
 
+// Most walks run from the first point of a contour of one piece to its end.
+void beginAny(Walk& walk, const Pemmit::Object* object, int direction, int start) {
+    const Contour* const contour = contourOf(object);
+    if (contour && contour->pieces == 1 && direction == 0 && start == -1) [[likely]] {
+        const End end = contour->chain.end[0];
+        const std::int64_t count = contour->countOf(end.piece());
+        if (end.side() == 0 && count > 0) [[likely]] {
+            const Point* const points = end.piece()->points();
+            walk = {points, count, 1, End(), contour->isOpen() ? nullptr : points, contour};
+            return;
+        }
+    }
+    walk = Walk{};
+    if (contour && contour->hasPoints()) begin(walk, *contour, direction != 0, start);
+}
+
 }  // namespace
 }  // namespace Embedded
 
@@ -97,15 +113,14 @@ scan::scan() {
     static_assert(std::is_trivially_destructible_v<Walk>);
     new (mHost) Walk{};
 }
-scan::scan(const Object* object, int direction, int start) : scan() {
-    scabeg(object, direction, start);
+scan::scan(const Object* object, int direction, int start) {
+    new (mHost) Walk;
+    beginAny(*walkIn(mHost), object, direction, start);
 }
 scan::~scan() = default;
 
 void scan::scabeg(const Object* object, int direction, int start) {
-    scaend();
-    const Contour* const contour = contourOf(object);
-    if (contour && contour->hasPoints()) begin(*walkIn(mHost), *contour, direction != 0, start);
+    beginAny(*walkIn(mHost), object, direction, start);
 }
 
 int scan::scanex(int* x, int* y) {
