@@ -73,15 +73,21 @@ class Row {
                         SimplifyFast& out) {
         limit = std::min(limit, end() - mReach);
         while (centre < limit) {
+            WalkPoint* const place = out.place();
+            WalkPoint* const outputs = place ? place : mBuffers.out.data();
+            const std::size_t room =
+                place ? std::min(mBuffers.out.size(), static_cast<std::size_t>(out.room()))
+                      : mBuffers.out.size();
             const std::int64_t wanted = (limit - centre - 1) / state.order + 1;
-            const std::size_t count =
-                std::min(mBuffers.out.size(), static_cast<std::size_t>(wanted));
+            const std::size_t count = std::min(room, static_cast<std::size_t>(wanted));
             const FilterBlock block = {&x(centre - mReach), &y(centre - mReach),
                                        static_cast<std::size_t>(state.order), count};
-            WalkPoint* const outputs = mBuffers.out.data();
             if (!filterBlockFast(state.kernel, block, mBuffers.narrow.data(), outputs))
                 filterBlockPlain(state.kernel, block, outputs);
-            out.add({outputs, 1, static_cast<int>(count)});
+            if (place)
+                out.added(static_cast<int>(count));
+            else
+                out.add({outputs, 1, static_cast<int>(count)});
             centre += static_cast<std::int64_t>(count) * state.order;
         }
         return centre;

@@ -93,34 +93,47 @@ void filterBlockPlain(const CleanKernel& kernel, const FilterBlock& block, WalkP
 
 namespace {
 
+inline __m128i loadValues(const std::int32_t* from) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+
 // Writes how far each value lies from the first; false when one does not fit in
-// 16 bits.
+// 16 bits. Differences wrap as the filter's sums do.
 bool narrowAll(const std::int32_t* values, std::size_t count, std::int16_t* out) {
     const auto first = static_cast<std::uint32_t>(values[0]);
     std::uint32_t beyond = 0;
-    for (std::size_t i = 0; i < count; ++i) {
+    std::size_t i = 0;
+    const __m128i base = _mm_set1_epi32(values[0]);
+    const __m128i half = _mm_set1_epi32(0x8000);
+    __m128i any = _mm_setzero_si128();
+    for (; i + 8 <= count; i += 8) {
+        const __m128i low = _mm_sub_epi32(loadValues(values + i), base);
+        const __m128i high = _mm_sub_epi32(loadValues(values + i + 4), base);
+        any = _mm_or_si128(any, _mm_or_si128(_mm_add_epi32(low, half), _mm_add_epi32(high, half)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packs_epi32(low, high));
+    }
+    for (; i < count; ++i) {
         const std::uint32_t difference = static_cast<std::uint32_t>(values[i]) - first;
         beyond |= difference + 0x8000;
         out[i] = static_cast<std::int16_t>(difference);
     }
-    return beyond <= 0xFFFF;
+    const __m128i upper = _mm_srli_epi32(any, 16);
+    const bool fits = _mm_movemask_epi8(_mm_cmpeq_epi32(upper, _mm_setzero_si128())) == 0xFFFF;
+    return fits && beyond <= 0xFFFF;
 }
 
 inline __m128i loadTaps(const std::int16_t* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
 
-// Four partial sums. The number of blocks is 0 where it is not known before.
-template <int blocks>
+// Four partial sums.
 inline __m128i products(const std::int16_t* samples, const std::int16_t* taps, std::size_t count) {
-    if (blocks > 0) count = blocks * kTapBlock;
     __m128i sum = _mm_madd_epi16(loadTaps(samples), loadTaps(taps));
     for (std::size_t i = kTapBlock; i < count; i += kTapBlock)
         sum = _mm_add_epi32(sum, _mm_madd_epi16(loadTaps(samples + i), loadTaps(taps + i)));
     return sum;
 }
 
-template <int blocks>
 void filterNarrow(const CleanKernel& kernel, const FilterBlock& block, const std::int16_t* x,
                   const std::int16_t* y, WalkPoint* out) {
     const std::int16_t* const taps = kernel.taps.data();
@@ -131,8 +144,8 @@ void filterNarrow(const CleanKernel& kernel, const FilterBlock& block, const std
     const std::int32_t* centreY = block.y + kernel.reach;
     const __m128i half = _mm_set1_epi32(8192);
     for (std::size_t j = 0; j < outputs; ++j) {
-        const __m128i sumX = products<blocks>(x, taps, count);
-        const __m128i sumY = products<blocks>(y, taps, count);
+        const __m128i sumX = products(x, taps, count);
+        const __m128i sumY = products(y, taps, count);
         // x0 y0 x1 y1 + x2 y2 x3 y3, then both halves of that.
         __m128i sum = _mm_add_epi32(_mm_unpacklo_epi32(sumX, sumY), _mm_unpackhi_epi32(sumX, sumY));
         sum = _mm_add_epi32(sum, _mm_unpackhi_epi64(sum, sum));
@@ -148,6 +161,70 @@ void filterNarrow(const CleanKernel& kernel, const FilterBlock& block, const std
     }
 }
 
+// The sums of four outputs, two samples apart: a tap pair to a multiply-add.
+template <int pairs>
+inline __m128i sumOfPairs(const std::int16_t* samples, const __m128i* taps) {
+    __m128i sum = _mm_madd_epi16(loadTaps(samples), taps[0]);
+#pragma GCC unroll 16
+    for (int i = 1; i < pairs; ++i)
+        sum = _mm_add_epi32(sum, _mm_madd_epi16(loadTaps(samples + 2 * i), taps[i]));
+    return _mm_srai_epi32(_mm_add_epi32(sum, _mm_set1_epi32(8192)), 14);
+}
+
+inline void storeFour(WalkPoint* out, __m128i x, __m128i y) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(x, y));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2), _mm_unpackhi_epi32(x, y));
+}
+
+// Filters in groups of eight with order 1, of four with order 2, the last of
+// which may do some a second time; false where there are not enough for one. The
+// taps, of which there is an odd number, are followed by a zero.
+template <int order>
+constexpr std::size_t kReach = order == 1 ? 6 : 13;
+
+template <int order>
+bool filterGroups(const CleanKernel& kernel, const FilterBlock& block, const std::int16_t* x,
+                  const std::int16_t* y, WalkPoint* out) {
+    constexpr int kPairs = static_cast<int>(kReach<order>) + 1;
+    constexpr std::size_t kGroup = order == 1 ? 8 : 4;
+    __m128i taps[kPairs];
+    for (int i = 0; i < kPairs; ++i) {
+        int pair;
+        std::memcpy(&pair, kernel.taps.data() + 2 * i, sizeof pair);
+        taps[i] = _mm_set1_epi32(pair);
+    }
+    const std::int32_t* const centreX = block.x + kernel.reach;
+    const std::int32_t* const centreY = block.y + kernel.reach;
+    if (block.count < kGroup) return false;
+    for (std::size_t group = 0; group < block.count; group += kGroup) {
+        const std::size_t j = std::min(group, block.count - kGroup);
+        const std::size_t at = j * order;
+        if constexpr (order == 1) {
+            const __m128i evenX = sumOfPairs<kPairs>(x + at, taps);
+            const __m128i oddX = sumOfPairs<kPairs>(x + at + 1, taps);
+            const __m128i evenY = sumOfPairs<kPairs>(y + at, taps);
+            const __m128i oddY = sumOfPairs<kPairs>(y + at + 1, taps);
+            storeFour(out + j,
+                      _mm_add_epi32(_mm_unpacklo_epi32(evenX, oddX), loadValues(centreX + at)),
+                      _mm_add_epi32(_mm_unpacklo_epi32(evenY, oddY), loadValues(centreY + at)));
+            storeFour(out + j + 4,
+                      _mm_add_epi32(_mm_unpackhi_epi32(evenX, oddX), loadValues(centreX + at + 4)),
+                      _mm_add_epi32(_mm_unpackhi_epi32(evenY, oddY), loadValues(centreY + at + 4)));
+        } else {
+            // Every second of eight centres.
+            const auto centres = [](const std::int32_t* from) {
+                const __m128 low = _mm_castsi128_ps(loadValues(from));
+                const __m128 high = _mm_castsi128_ps(loadValues(from + 3));
+                return _mm_castps_si128(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 2, 0)));
+            };
+            storeFour(out + j,
+                      _mm_add_epi32(sumOfPairs<kPairs>(x + at, taps), centres(centreX + at)),
+                      _mm_add_epi32(sumOfPairs<kPairs>(y + at, taps), centres(centreY + at)));
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool filterBlockFast(const CleanKernel& kernel, const FilterBlock& block, std::int16_t* narrow,
@@ -157,12 +234,12 @@ bool filterBlockFast(const CleanKernel& kernel, const FilterBlock& block, std::i
     std::int16_t* const x = narrow;
     std::int16_t* const y = narrow + length + kTapBlock;
     if (!narrowAll(block.x, length, x) || !narrowAll(block.y, length, y)) return false;
-    if (kernel.taps.size() == 2 * kTapBlock)  // order 1
-        filterNarrow<2>(kernel, block, x, y, out);
-    else if (kernel.taps.size() == 4 * kTapBlock)  // order 2
-        filterNarrow<4>(kernel, block, x, y, out);
-    else
-        filterNarrow<0>(kernel, block, x, y, out);
+    bool done = false;
+    if (kernel.reach == kReach<1> && block.stride == 1)
+        done = filterGroups<1>(kernel, block, x, y, out);
+    else if (kernel.reach == kReach<2> && block.stride == 2)
+        done = filterGroups<2>(kernel, block, x, y, out);
+    if (!done) filterNarrow(kernel, block, x, y, out);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "platform/orlune.h"
 
@@ -14,6 +15,11 @@ std::int64_t quotient(std::int64_t a, std::int64_t b) {
     if (static_cast<std::uint64_t>(a | b) <= UINT32_MAX)
         return static_cast<std::uint32_t>(a) / static_cast<std::uint32_t>(b);
     return a / b;
+}
+
+// -1, 0 or 1, without a branch: which way a segment goes nobody could guess.
+std::int64_t signOf(std::int64_t value) {
+    return value >> 63 | static_cast<std::int64_t>(-static_cast<std::uint64_t>(value) >> 63);
 }
 
 }  // namespace
@@ -90,27 +96,61 @@ bool Samples::nextSegment() {
     }
 }
 
-// With a step of 1: the samples of the run's next segments, as far as these are
+// With a step of 1: the samples of the next segments, as far as these are
 // upright or level and there is room for all of a segment. Their length is a
 // whole number of steps, so that each sample is a unit from the one before it.
-// Traced outlines consist of nothing else.
+// Traced outlines consist of nothing else, mostly of a sample or two: four are
+// written where there is room, and the next segment goes over those that are
+// too many.
 std::size_t Samples::takeUpright(std::int32_t* x, std::int32_t* y, std::size_t room) {
-    const PointRun run = mPoints.run();
-    std::int64_t atX = mX.at, atY = mY.at;
+    using Four = std::int32_t __attribute__((vector_size(16)));
+    constexpr Four kRamps[] = {{-1, -2, -3, -4}, {0, 0, 0, 0}, {1, 2, 3, 4}};
+    PointRun run = mPoints.run();
+    auto atX = static_cast<std::int32_t>(mX.at), atY = static_cast<std::int32_t>(mY.at);
+    const WalkPoint* next = run.first + std::ptrdiff_t{mAt} * run.step;
+    int left = run.count - mAt;
     std::size_t taken = 0;
-    for (; mAt < run.count; ++mAt) {
-        const std::int64_t dx = run[mAt].x - atX;
-        const std::int64_t dy = run[mAt].y - atY;
-        if (dx != 0 && dy != 0) break;
-        const std::int64_t m = dx + dy < 0 ? -(dx + dy) : dx + dy;
-        if (m > static_cast<std::int64_t>(room - taken)) break;
-        const std::int64_t unitX = (dx > 0) - (dx < 0);
-        const std::int64_t unitY = (dy > 0) - (dy < 0);
-        for (std::int64_t k = 0; k < m; ++k, ++taken) {
-            x[taken] = static_cast<std::int32_t>(atX += unitX);
-            y[taken] = static_cast<std::int32_t>(atY += unitY);
+    for (;; --left, next += run.step) {
+        if (left == 0) [[unlikely]] {
+            mPoints.next();
+            run = mPoints.run();
+            next = run.first;
+            left = run.count;
+            if (left == 0) break;
         }
+        const WalkPoint to = *next;
+        const std::int64_t dx = std::int64_t{to.x} - atX;
+        const std::int64_t dy = std::int64_t{to.y} - atY;
+        const std::int64_t d = dx + dy;
+        const auto m = static_cast<std::size_t>(d < 0 ? -d : d);
+        if (((dx != 0) & (dy != 0)) | (m > room)) break;
+        const std::int64_t unitX = signOf(dx);
+        const std::int64_t unitY = signOf(dy);
+        if (m + 4 <= room) [[likely]] {
+            Four fourX = atX + kRamps[1 + unitX];
+            Four fourY = atY + kRamps[1 + unitY];
+            std::memcpy(x, &fourX, sizeof fourX);
+            std::memcpy(y, &fourY, sizeof fourY);
+            for (std::size_t k = 4; k < m; k += 4) {
+                fourX += 4 * static_cast<std::int32_t>(unitX);
+                fourY += 4 * static_cast<std::int32_t>(unitY);
+                std::memcpy(x + k, &fourX, sizeof fourX);
+                std::memcpy(y + k, &fourY, sizeof fourY);
+            }
+        } else {
+            for (std::size_t k = 0; k < m; ++k) {
+                x[k] = atX += static_cast<std::int32_t>(unitX);
+                y[k] = atY += static_cast<std::int32_t>(unitY);
+            }
+        }
+        x += m;
+        y += m;
+        room -= m;
+        taken += m;
+        atX = to.x;
+        atY = to.y;
     }
+    mAt = run.count - left;
     mX.at = atX;
     mY.at = atY;
     return taken;

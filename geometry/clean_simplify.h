@@ -83,6 +83,20 @@ class SimplifyFast {
         add({&point, 1, 1});
     }
 
+    /// The same for points that are written into place, at most room() of them;
+    /// null where add is to be called.
+    WalkPoint* place() {
+        if (mTolerance == 0) return nullptr;
+        if (mInCount > kIn / 2) makeRoom();
+        return mIn + mInCount;
+    }
+    int room() const { return kIn - mInCount; }
+    void added(int count) {
+        if (!mBegun) emit(mIn[0]);
+        mBegun = true;
+        mInCount += count;
+    }
+
     /// The path of what was emitted: closed, or open with last as its end. Throws
     /// std::bad_alloc. Due once, after the last point.
     Pemmit::Path* finish(const WalkPoint& last);

@@ -242,42 +242,51 @@ TEST_CASE("clean: from the flat order on the filter leaves samples as they are")
 }
 
 TEST_CASE("clean: the fast filter takes near samples and leaves far ones to the plain one") {
-    const Vaskel::CleanKernel kernel = Vaskel::makeKernel(2);
-    const std::size_t window = 2 * kernel.reach + 1;
-    constexpr std::size_t kCount = 10;
-    for (const int spread : {0, 1, 32767, 32768}) {
-        CAPTURE(spread);
-        Random random(kSeed);
-        for (const std::size_t stride : {std::size_t{1}, std::size_t{2}, std::size_t{5}}) {
-            CAPTURE(stride);
-            const std::size_t length = window + (kCount - 1) * stride;
-            std::vector<std::int32_t> x(length), y(length);
-            for (std::size_t i = 0; i < length; ++i) {
-                x[i] = INT_MAX - random.between(0, 60000) % (spread + 1);
-                y[i] = INT_MIN + random.between(0, spread);
-            }
-            x[0] = INT_MAX;  // differences reach -spread
-            x[length - 1] = INT_MAX - spread;
-            y[0] = INT_MIN;
-            y[length / 2] = INT_MIN + spread;
-            const Vaskel::FilterBlock block = {x.data(), y.data(), stride, kCount};
-            REQUIRE(block.length(kernel.reach) == length);
-            std::vector<std::int16_t> narrow(2 * (length + Vaskel::kTapBlock));
-            std::vector<Vaskel::WalkPoint> want(kCount), got(kCount);
-            Vaskel::filterBlockPlain(kernel, block, want.data());
-            const bool taken = Vaskel::filterBlockFast(kernel, block, narrow.data(), got.data());
-#ifdef __SSE2__
-            CHECK(taken == (spread <= 32767));
-#else
-            CHECK(!taken);
-#endif
-            for (std::size_t i = 0; taken && i < kCount; ++i) {
-                CAPTURE(i);
-                CHECK(got[i].x == want[i].x);
-                CHECK(got[i].y == want[i].y);
-            }
+    int blocks = 0;
+    const auto compareBlock = [&blocks](int order, std::size_t stride, std::size_t count,
+                                        int spread) {
+        const Vaskel::CleanKernel kernel = Vaskel::makeKernel(order);
+        const std::size_t length = 2 * kernel.reach + 1 + (count - 1) * stride;
+        Random random(kSeed + static_cast<unsigned>(count));
+        std::vector<std::int32_t> x(length), y(length);
+        for (std::size_t i = 0; i < length; ++i) {
+            x[i] = INT_MAX - random.between(0, 60000) % (spread + 1);
+            y[i] = INT_MIN + random.between(0, spread);
         }
-    }
+        x[0] = INT_MAX;  // differences reach -spread
+        x[length - 1] = INT_MAX - spread;
+        y[0] = INT_MIN;
+        y[length / 2] = INT_MIN + spread;
+        const Vaskel::FilterBlock block = {x.data(), y.data(), stride, count};
+        REQUIRE(block.length(kernel.reach) == length);
+        std::vector<std::int16_t> narrow(2 * (length + Vaskel::kTapBlock), std::int16_t{-1});
+        std::vector<Vaskel::WalkPoint> want(count), got(count);
+        Vaskel::filterBlockPlain(kernel, block, want.data());
+        const bool taken = Vaskel::filterBlockFast(kernel, block, narrow.data(), got.data());
+#ifdef __SSE2__
+        CHECK(taken == (spread <= 32767));
+#else
+        CHECK(!taken);
+#endif
+        for (std::size_t i = 0; taken && i < count; ++i) {
+            CAPTURE(i);
+            CHECK(got[i].x == want[i].x);
+            CHECK(got[i].y == want[i].y);
+        }
+        ++blocks;
+    };
+    // Outputs come in groups where the stride is the order 1 or 2.
+    for (const int spread : {0, 1, 300, 32767, 32768})
+        for (const int order : {1, 2, 3, 5})
+            for (const std::size_t stride : {1, 2, 3, 5})
+                for (const std::size_t count : {1, 2, 3, 4, 5, 7, 8, 9, 12, 15, 16, 17, 40}) {
+                    CAPTURE(spread);
+                    CAPTURE(order);
+                    CAPTURE(stride);
+                    CAPTURE(count);
+                    compareBlock(order, stride, count, spread);
+                }
+    CHECK(blocks == 5 * 4 * 4 * 13);
 }
 
 TEST_CASE("clean: the taps of a kernel add up to nothing") {
