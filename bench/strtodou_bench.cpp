@@ -73,6 +73,12 @@ void registerNumbers() {
             const char* cursor = text.c_str();
             return Vaskel::scanNumberPlain(&cursor);
         });
+        // Where the text ends, byte by byte: no length comes with it.
+        add(name("least_end"), all, [](const std::string& text) {
+            const char* s = text.c_str();
+            while (*s != '\0') ++s;
+            return s;
+        });
         add(name("strtod"), all,
             [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
         // These two need the length, which a field's text does not come with.

@@ -12,10 +12,11 @@ struct Field {
 };
 
 // An expression without units.
-Field readNumbers(const char* s);
+[[gnu::noinline]] Field readNumbers(const char* s);
 
 // An expression whose operands may carry units, in the unit current.
-Field readLengths(const char* s, int current, bool blankBeforeUnit, bool distinctNames);
+[[gnu::noinline]] Field readLengths(const char* s, int current, bool blankBeforeUnit,
+                                    bool distinctNames);
 
 // Reads one number at *cursor, signs and digits, and moves *cursor behind it.
 // The rule itself: digits accumulate in a double.
