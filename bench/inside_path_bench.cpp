@@ -32,6 +32,18 @@ std::vector<Vertex> questionsAbout(const Polygon& polygon) {
     return points;
 }
 
+// Has every cache line of the vertices fetched, which no form can do without:
+// whichever edge is left out may be what a point lies behind.
+void touch(benchmark::State& state, const Polygon& polygon) {
+    constexpr std::size_t kVertices = 64 / sizeof(Vertex);
+    for (auto _ : state) {
+        int sum = 0;
+        for (std::size_t i = 0; i < polygon.size(); i += kVertices) sum ^= polygon[i].x;
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
 // Asks one question an iteration, all of them in turn.
 template <class Ask>
 void ask(benchmark::State& state, const Polygon& polygon, Ask inside) {
@@ -62,6 +74,8 @@ void registerAll() {
             const DocumentPath path(outline);
             ask(state, outline, [&](int x, int y) { return Vaskel::insidePath(x, y, path.get()); });
         }));
+        sized(RegisterBenchmark((one + "/least_read").c_str(),
+                                [shape](State& state) { touch(state, made(state, shape)); }));
         sized(RegisterBenchmark((one + "/boost").c_str(), [shape](State& state) {
             const Polygon outline = made(state, shape);
             const BoostPolygon polygon(outline);

@@ -82,10 +82,11 @@ struct ColumnLines {
 
     ColumnLines(const KeptLines& kept, const LinesAhead& next);
 
-    /// Has the caller's next lines fetched meanwhile, the cache line at place.
+    /// Has the caller's next lines fetched meanwhile, the cache line at place: one
+    /// less than these, whose last one mostly is the next output line's first.
     void fetch(std::size_t place) const {
         if (ahead.step() == 0) return;
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i + 1 < count; ++i)
             __builtin_prefetch(
                 reinterpret_cast<const void*>(ahead.next() + i * ahead.step() + place), 0, 2);
     }
