@@ -14,12 +14,8 @@ unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigne
         pen.at[0] = x;
         pen.at[1] = y;
         if (first) {
-            // Not (x, y, x, y): callers store these boxes, so the seed stays as
-            // it is. While the outline is empty, each point of a curve seeds
-            // anew. Test: "glyph box: a first point off the diagonal keeps its
-            // seed".
-            pen.box[0] = pen.box[1] = x;
-            pen.box[2] = pen.box[3] = y;
+            // While the outline is empty, each point of a curve seeds anew.
+            seedBox(pen, x, y);
         } else {
             pen.box[0] = std::min(pen.box[0], x);
             pen.box[1] = std::min(pen.box[1], y);

@@ -25,6 +25,14 @@ struct OutlinePen {
 /// Room that a command of so many points needs.
 constexpr int longestCommand(int points) { return 2 * points * kLongestNumber + 1; }
 
+/// The box of an outline's first point. Not (x, y, x, y): callers store these
+/// boxes, so the seed stays as it is.
+/// Test: "glyph box: a first point off the diagonal keeps its seed".
+inline void seedBox(OutlinePen pen, int x, int y) {
+    pen.box[0] = pen.box[1] = x;
+    pen.box[2] = pen.box[3] = y;
+}
+
 /// Writes count points, x and y of each, as differences, and the command behind
 /// them; returns the end. first: the outline is empty.
 unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigned char command,
@@ -38,8 +46,6 @@ unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigne
 // and differences only as far as they take one byte or two.
 #ifdef __x86_64__
 
-// Differences of coordinates below this do not exceed a word.
-constexpr short kFar = 16384;
 constexpr short kLargestOfTwo = 1131;
 constexpr unsigned kFirstOfTwo = 247;
 
@@ -56,8 +62,9 @@ inline EncodedNumbers encodeNumbers(__m128i coordinates, __m128i differences) {
     const auto all = [](int value) { return _mm_set1_epi16(static_cast<short>(value)); };
     const __m128i sign = _mm_srai_epi16(differences, 15);
     const __m128i size = _mm_sub_epi16(_mm_xor_si128(differences, sign), sign);
-    const __m128i far = _mm_or_si128(_mm_cmpgt_epi16(coordinates, all(kFar - 1)),
-                                     _mm_cmpgt_epi16(all(1 - kFar), coordinates));
+    // Differences of coordinates fit into a word where the two upper bits of each
+    // are equal, from -16384 to 16383: here the upper bit tells.
+    const __m128i far = _mm_xor_si128(coordinates, _mm_add_epi16(coordinates, coordinates));
     const __m128i longer = _mm_or_si128(far, _mm_cmpgt_epi16(size, all(kLargestOfTwo)));
 
     const __m128i value = _mm_add_epi16(_mm_add_epi16(size, all((kFirstOfTwo << 8) - 108)),
@@ -66,14 +73,19 @@ inline EncodedNumbers encodeNumbers(__m128i coordinates, __m128i differences) {
     const __m128i one = _mm_add_epi16(differences, all(139));
     const __m128i takeTwo = _mm_cmpgt_epi16(size, all(107));
     const __m128i words = _mm_xor_si128(one, _mm_and_si128(_mm_xor_si128(one, two), takeTwo));
-    return {words, _mm_movemask_epi8(longer) != 0};
+    return {words, (_mm_movemask_epi8(longer) & 0xAAAA) != 0};
 }
 
-// The number in the lowest word, and its length from its first byte.
+// The number in the lowest word; its length is one more where adding to its first
+// byte overflows.
 inline unsigned char* writeNumber(unsigned char* out, std::uint64_t word) {
     const auto both = static_cast<std::uint16_t>(word);
     std::memcpy(out, &both, sizeof both);
-    return out + 2 - (static_cast<unsigned char>(both) < kFirstOfTwo);
+    const auto first = static_cast<unsigned char>(both);
+    unsigned char sum;
+    const bool two =
+        __builtin_add_overflow(first, static_cast<unsigned char>(256 - kFirstOfTwo), &sum);
+    return out + 1 + two;
 }
 
 inline unsigned char* writeNumbers(unsigned char* out, __m128i words, int count) {

@@ -52,8 +52,8 @@ void Type1Glyph::makeRoom(std::size_t bytes) {
     mCapacity = capacity;
 }
 
-// A command by the rule itself: the first one, the one that needs more room, and
-// those of long numbers.
+// A command by the rule itself: a curve that comes first, the one that needs more
+// room, and those of long numbers.
 void Type1Glyph::drawSlow(unsigned char command, const int* points, int count) {
     makeRoom(longestCommand(count));
     const bool first = mLength == 0;
@@ -68,10 +68,12 @@ void Type1Glyph::drawPointSlow(unsigned char command, int x, int y) {
 }
 
 void Type1Glyph::drawTo(int x, int y, unsigned char command) {
-    if (mLength > 0 && hasRoom(longestCommand(1))) [[likely]] {
+    if (hasRoom(longestCommand(1))) [[likely]] {
         unsigned char* const begin = mOutline + mLength;
         if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y))
             [[likely]] {
+            if (mLength == 0) [[unlikely]]
+                seedBox({mAt, mBox}, x, y);
             mLength += static_cast<std::size_t>(end - begin);
             return;
         }
