@@ -5,7 +5,9 @@
 #include <benchmark/benchmark.h>
 
 #include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -75,6 +77,14 @@ void registerAll() {
             static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
             const int rounded = Orlune::iround(kPowers[decimals] * Vaskel::distodou(d));
             Vaskel::placesPlain(rounded, text, Vaskel::TextWidths::of(4, decimals, true));
+        });
+        // The number that the text says: the host's resolution, the rule's two
+        // operations, scaling and rounding.
+        add(work, "least_number", [=](int d, char* text) {
+            static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
+            const double scaled = kPowers[decimals] * Vaskel::distodou(d);
+            const int number = static_cast<int>(std::abs(scaled) + 0.5);
+            std::memcpy(text, &number, sizeof number);
         });
         add(work, "snprintf", [=](int d, char* text) {
             std::snprintf(text, 64, "%+.*f", decimals, Vaskel::distodou(d));
