@@ -33,6 +33,7 @@ class Row {
           mBegin(begin) {}
 
     std::int64_t end() const { return mBegin + static_cast<std::int64_t>(mCount); }
+    std::int64_t capacity() const { return static_cast<std::int64_t>(mBuffers.x.size()); }
     std::size_t room() const { return mBuffers.x.size() - mCount; }
 
     std::int32_t& x(std::int64_t number) { return mBuffers.x[place(number)]; }
@@ -40,6 +41,19 @@ class Row {
 
     // Leaves room for samples up to number - 1, which are yet to be written.
     void extendTo(std::int64_t number) { mCount = place(number); }
+
+    // Repeats samples a period long up to number - 1.
+    void repeatTo(std::int64_t number, std::int64_t period) {
+        const std::size_t count = place(number);
+        const auto back = static_cast<std::size_t>(period);
+        std::int32_t* const x = mBuffers.x.data();
+        std::int32_t* const y = mBuffers.y.data();
+        for (std::size_t i = mCount; i < count; ++i) {
+            x[i] = x[i - back];
+            y[i] = y[i - back];
+        }
+        mCount = count;
+    }
 
     // Takes as many samples from source as fit; false when it has come to its
     // end.
@@ -163,31 +177,47 @@ void filterClosed(WalkedPoints& points, CleanState& state, SimplifyFast& out) {
     const std::int64_t kept = half + reach + 1;
     std::vector<std::int32_t>& firstX = state.buffers.firstX;
     std::vector<std::int32_t>& firstY = state.buffers.firstY;
-    firstX.clear();
-    firstY.clear();
 
     Samples source(points, state.step);
     Row row(state, 0);
     std::int64_t centre = half;
-    Sample newest = {};
-    for (bool more = true; more;) {
-        row.dropBefore(centre - reach);
-        const std::int64_t from = row.end();
-        more = row.fill(source);
+    bool more = row.fill(source);
+    Sample newest = {row.x(row.end() - 1), row.y(row.end() - 1)};
+    // An outline that comes back to sample 0 has delivered that already.
+    const auto periodOf = [&newest](std::int64_t samples, std::int32_t x, std::int32_t y) {
+        return samples > 1 && newest.x == x && newest.y == y ? samples - 1 : samples;
+    };
+    const auto limitOf = [&](std::int64_t period) { return half + period / n * n + 1; };
+
+    if (!more) {  // most of them: all that is needed fits in the row
+        const std::int64_t period = periodOf(row.end(), row.x(0), row.y(0));
+        const std::int64_t limit = limitOf(period);
+        if (limit + reach <= row.capacity()) {
+            row.repeatTo(limit + reach, period);
+            row.filter(state, centre, limit, out);
+            return;
+        }
+    }
+
+    firstX.clear();
+    firstY.clear();
+    for (std::int64_t from = 0;;) {
         const std::int64_t until = std::min(row.end(), kept);
         if (until > from) {
             firstX.insert(firstX.end(), &row.x(from), &row.x(from) + (until - from));
             firstY.insert(firstY.end(), &row.y(from), &row.y(from) + (until - from));
         }
         if (row.end() > from) newest = {row.x(row.end() - 1), row.y(row.end() - 1)};
+        if (!more) break;
         // The centre of each window here is a sample before the last one.
-        if (more) centre = row.filter(state, centre, row.end(), out);
+        centre = row.filter(state, centre, row.end(), out);
+        row.dropBefore(centre - reach);
+        from = row.end();
+        more = row.fill(source);
     }
 
-    // An outline that comes back to sample 0 has delivered that already.
-    std::int64_t period = row.end();
-    if (period > 1 && newest.x == firstX[0] && newest.y == firstY[0]) --period;
-    const std::int64_t limit = half + period / n * n + 1;
+    const std::int64_t period = periodOf(row.end(), firstX[0], firstY[0]);
+    const std::int64_t limit = limitOf(period);
     while (centre < limit) {
         row.dropBefore(centre - reach);
         if (row.end() < centre - reach) row.restartAt(centre - reach);

@@ -76,20 +76,13 @@ bool Samples::nextSegment() {
         }
         const std::int32_t x = mPoints.run()[mAt].x;
         const std::int32_t y = mPoints.run()[mAt].y;
-        std::int64_t m = 1;
-        if (!mBegun) {
-            mBegun = true;
-            mX.at = x;  // from where both go on by 0
-            mY.at = y;
-        } else {
-            const std::int64_t dx = x - mX.at;
-            const std::int64_t dy = y - mY.at;
-            const std::int64_t root = distanceRoot(dx, dy);
-            if (root < mStep) continue;  // the next point is seen from the last sample too
-            m = mStep == 1 ? root : quotient(root, mStep);
-            mX.begin(dx, m);
-            mY.begin(dy, m);
-        }
+        const std::int64_t dx = x - mX.at;
+        const std::int64_t dy = y - mY.at;
+        const std::int64_t root = distanceRoot(dx, dy);
+        if (root < mStep) continue;  // the next point is seen from the last sample too
+        const std::int64_t m = mStep == 1 ? root : quotient(root, mStep);
+        mX.begin(dx, m);
+        mY.begin(dy, m);
         ++mAt;
         mCount = mLeft = m;
         return true;
@@ -158,9 +151,17 @@ std::size_t Samples::takeUpright(std::int32_t* x, std::int32_t* y, std::size_t r
 
 std::size_t Samples::take(std::int32_t* x, std::int32_t* y, std::size_t room) {
     std::size_t taken = 0;
+    if (!mBegun && room > 0 && mPoints.run().count > 0) {
+        mBegun = true;
+        const WalkPoint& first = mPoints.run()[0];
+        mX.at = x[0] = first.x;
+        mY.at = y[0] = first.y;
+        mAt = 1;
+        taken = 1;
+    }
     while (taken < room) {
         if (mLeft == 0) {
-            if (mStep == 1 && mBegun) taken += takeUpright(x + taken, y + taken, room - taken);
+            if (mStep == 1) taken += takeUpright(x + taken, y + taken, room - taken);
             if (!nextSegment()) break;
         }
         const auto count = static_cast<std::size_t>(

@@ -205,9 +205,11 @@ void SimplifyFast::add(const PointRun& run) {
         if (mInCount == kIn) makeRoom();
         // Mostly a few: a call would take longer.
         const int taken = std::min(run.count - i, kIn - mInCount);
-        const WalkPoint* from = &run[i];
         WalkPoint* const to = mIn + mInCount;
-        for (int j = 0; j < taken; ++j, from += run.step) to[j] = *from;
+        if (run.step == 1)
+            for (int j = 0; j < taken; ++j) to[j] = run.first[i + j];
+        else
+            for (int j = 0; j < taken; ++j) to[j] = run.first[-i - j];
         mInCount += taken;
         i += taken;
     }
