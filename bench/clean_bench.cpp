@@ -5,10 +5,16 @@
 // simplifies all of them and lets each result go. "filter" resamples and
 // smooths besides, which no peer does.
 //
+// "least_paths" is the host's calls alone: it walks every outline, adding its
+// coordinates up, and makes and releases a path of as many points as the result
+// has.
+//
 // Counters: Mpt/s million points of the input a second, points those left.
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -109,6 +115,40 @@ void clean(benchmark::State& state, int n, int tolerance, int step,
     report(state, points);
 }
 
+void leastPaths(benchmark::State& state, int tolerance) {
+    const Outlines& all = outlines(state);
+    Vaskel::cleanpar(0, tolerance, 1);
+    std::vector<int> sizes;
+    int most = 1;
+    for (const Pemmit::Path* const path : all.paths) {
+        Pemmit::Path* const result = Vaskel::clean(path, -1);
+        sizes.push_back(std::max(Pemmit::patsiz(result) - 1, 1));
+        most = std::max(most, sizes.back());
+        Pemmit::objrem(result);
+    }
+    Vaskel::cleanpar(0, 0, 0);
+    const std::vector<Pemmit::PointBase<int>> points(static_cast<std::size_t>(most));
+    std::int64_t made = 0;
+    for (auto _ : state) {
+        made = 0;
+        for (std::size_t i = 0; i < sizes.size(); ++i) {
+            Pemmit::scan scan(all.paths[i], 0, -1);
+            const Pemmit::PointBase<int>* run = nullptr;
+            std::int64_t sum = 0;
+            int step = 1;
+            for (int n; (n = Pemmit::scan::scarun(&scan, &run, &step)) > 0;)
+                for (int k = 0; k < n; ++k) sum += run[k * step].x ^ run[k * step].y;
+            benchmark::DoNotOptimize(sum);
+            Pemmit::Path* const result = Pemmit::patnew(points.data(), sizes[i]);
+            made += Pemmit::patsiz(result);
+            Pemmit::objrem(result);
+        }
+    }
+    report(state, made);
+}
+void least_paths1(benchmark::State& s) { leastPaths(s, 1); }
+void least_paths2(benchmark::State& s) { leastPaths(s, 2); }
+
 void ours_copy(benchmark::State& s) { clean(s, 0, 0, 1, Vaskel::clean); }
 void ours_tolerance1(benchmark::State& s) { clean(s, 0, 1, 1, Vaskel::clean); }
 void ours_tolerance2(benchmark::State& s) { clean(s, 0, 2, 1, Vaskel::clean); }
@@ -126,6 +166,8 @@ void a4(benchmark::internal::Benchmark* b) { b->Arg(4)->Unit(benchmark::kMillise
 BENCHMARK(ours_copy)->Name("clean_nothing/vaskel")->Apply(a4);
 BENCHMARK(ours_tolerance1)->Name("clean_tolerance_1/vaskel")->Apply(sizes);
 BENCHMARK(ours_tolerance2)->Name("clean_tolerance_2/vaskel")->Apply(a4);
+BENCHMARK(least_paths1)->Name("clean_tolerance_1/least_paths")->Apply(a4);
+BENCHMARK(least_paths2)->Name("clean_tolerance_2/least_paths")->Apply(a4);
 BENCHMARK(ours_plain_tolerance1)->Name("clean_tolerance_1/vaskel_plain")->Apply(a4);
 BENCHMARK(ours_filter1)->Name("clean_filter_1/vaskel")->Apply(sizes);
 BENCHMARK(ours_filter1_step3)->Name("clean_filter_1_step_3/vaskel")->Apply(a4);
