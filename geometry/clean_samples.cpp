@@ -96,8 +96,10 @@ bool Samples::nextSegment() {
 // written where there is room, and the next segment goes over those that are
 // too many.
 std::size_t Samples::takeUpright(std::int32_t* x, std::int32_t* y, std::size_t room) {
-    using Four = std::int32_t __attribute__((vector_size(16)));
-    constexpr Four kRamps[] = {{-1, -2, -3, -4}, {0, 0, 0, 0}, {1, 2, 3, 4}};
+    // Unsigned: what is too many may go beyond the 32-bit range.
+    using Four = std::uint32_t __attribute__((vector_size(16)));
+    constexpr Four kUp = {1, 2, 3, 4};
+    constexpr Four kRamps[] = {-kUp, {}, kUp};
     PointRun run = mPoints.run();
     auto atX = static_cast<std::int32_t>(mX.at), atY = static_cast<std::int32_t>(mY.at);
     const WalkPoint* next = run.first + std::ptrdiff_t{mAt} * run.step;
@@ -120,13 +122,13 @@ std::size_t Samples::takeUpright(std::int32_t* x, std::int32_t* y, std::size_t r
         const std::int64_t unitX = signOf(dx);
         const std::int64_t unitY = signOf(dy);
         if (m + 4 <= room) [[likely]] {
-            Four fourX = atX + kRamps[1 + unitX];
-            Four fourY = atY + kRamps[1 + unitY];
+            Four fourX = static_cast<std::uint32_t>(atX) + kRamps[1 + unitX];
+            Four fourY = static_cast<std::uint32_t>(atY) + kRamps[1 + unitY];
             std::memcpy(x, &fourX, sizeof fourX);
             std::memcpy(y, &fourY, sizeof fourY);
             for (std::size_t k = 4; k < m; k += 4) {
-                fourX += 4 * static_cast<std::int32_t>(unitX);
-                fourY += 4 * static_cast<std::int32_t>(unitY);
+                fourX += 4 * static_cast<std::uint32_t>(unitX);
+                fourY += 4 * static_cast<std::uint32_t>(unitY);
                 std::memcpy(x + k, &fourX, sizeof fourX);
                 std::memcpy(y + k, &fourY, sizeof fourY);
             }

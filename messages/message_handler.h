@@ -47,7 +47,8 @@ class HandlerCall {
 
     const MessageHandler* const mHandler;
     HandlerCall* const mOuter;
-    std::shared_ptr<const MessageHandler> mKept;  // once it was given up
+    // Once it was given up. Mutable, since calls are const objects.
+    mutable std::shared_ptr<const MessageHandler> mKept;
 };
 
 }  // namespace Vaskel

@@ -255,7 +255,8 @@ TEST_CASE("unicode: a CPU with wide instructions uses them") {
     CHECK(unicodeForms().front() == &kUnicodePlain);
     std::string best = "one pass";
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt")) {
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+        __builtin_cpu_supports("popcnt")) {
         best = "AVX2";
         // A system may hide some that the newest of them comes with.
         const bool hasAll =
