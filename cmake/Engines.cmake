@@ -10,6 +10,7 @@ endforeach()
 
 add_library(vaskel_engines OBJECT ${vaskel_sources})
 target_link_libraries(vaskel_engines PUBLIC Boost::headers PRIVATE $<BUILD_INTERFACE:vaskel_flags>)
+target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 target_include_directories(vaskel_engines PUBLIC ${PROJECT_SOURCE_DIR}/include
                                                  ${PROJECT_SOURCE_DIR})
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
@@ -17,14 +18,26 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
 endif()
 # Functions that only the tests reach, such as a plain form beside a faster one,
 # do not go into the shared library.
-target_compile_options(vaskel_engines PRIVATE -ffunction-sections -fdata-sections
-                       $<$<CONFIG:Release>:-O2>)
+target_compile_options(vaskel_engines PRIVATE -ffunction-sections -fdata-sections)
+# Of Boost, only signals throw, and no one asks where.
+target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 
 # Three kinds of code, told apart by counted instructions and timings: wide forms
 # and loops over points, pixels, letters and digits gain by -O3, which no one
 # would notice elsewhere, but which makes code a quarter larger; and code that no
 # one waits for is compiled for size: where it is signals and callbacks of Boost,
-# that halves it.
+# that halves it. Loops of a few turns are not written out where that takes more
+# than 60 instructions (GCC's own limit is 200): only some wide forms gain by more.
+# Nothing is aligned but the beginnings of loops, and what rarely runs stays in its
+# function, since each part of a function is described once more for exceptions.
+set(vaskel_medium -O2)
+set(vaskel_fast -O3)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    list(APPEND vaskel_medium -fno-align-functions -fno-align-jumps
+                              -fno-reorder-blocks-and-partition)
+    list(APPEND vaskel_fast --param=max-completely-peeled-insns=60)
+endif()
+target_compile_options(vaskel_engines PRIVATE "$<$<CONFIG:Release>:${vaskel_medium}>")
 set(vaskel_loops
     units/distostr.cpp units/doutostr.cpp units/strtodou.cpp
     geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
@@ -33,17 +46,23 @@ set(vaskel_loops
     colour/ink_run.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
     encoding/unicode_onepass.cpp util/random.cpp)
+set(vaskel_wide)
 foreach(source IN LISTS vaskel_sources)
     if(source MATCHES "_(avx2|avx512|x86)")
         file(RELATIVE_PATH source ${PROJECT_SOURCE_DIR} ${source})
-        list(APPEND vaskel_loops ${source})
+        list(APPEND vaskel_wide ${source})
     endif()
 endforeach()
 set(vaskel_unhurried
     messages/error.cpp messages/message_ask.cpp messages/message_blocks.cpp
-    messages/message_handler.cpp units/unit_state.cpp units/parse_range.cpp
-    geometry/intersect_plain.cpp fonts/standard_names.cpp encoding/unicode_plain.cpp
-    util/popup_data_model.cpp)
+    messages/message_handler.cpp messages/uni16_text.cpp
+    units/unit_state.cpp units/parse_range.cpp units/strtodis.cpp
+    geometry/arc.cpp geometry/clean_plain.cpp geometry/intersect.cpp geometry/intersect_order.cpp
+    geometry/intersect_plain.cpp geometry/intersect_sweep.cpp geometry/selint.cpp geometry/sweep_sort.cpp
+    colour/cmyk_rgb.cpp colour/hsb.cpp colour/hsl.cpp colour/link_chain.cpp
+    fonts/charstring.cpp fonts/standard_names.cpp fonts/text_out.cpp fonts/type1_font.cpp
+    encoding/unicode.cpp encoding/unicode_plain.cpp encoding/unicode_tables.cpp
+    util/cpu.cpp util/popup_data_model.cpp)
 function(vaskel_optimise level)
     foreach(source IN LISTS ARGN)
         if(NOT EXISTS ${PROJECT_SOURCE_DIR}/${source})
@@ -53,7 +72,8 @@ function(vaskel_optimise level)
                                     COMPILE_OPTIONS "$<$<CONFIG:Release>:${level}>")
     endforeach()
 endfunction()
-vaskel_optimise(-O3 ${vaskel_loops})
+vaskel_optimise(-O3 ${vaskel_wide})
+vaskel_optimise("${vaskel_fast}" ${vaskel_loops})
 vaskel_optimise(-Os ${vaskel_unhurried})
 
 # Texts that are made right in a string's memory, without zeros first, need a
@@ -89,6 +109,11 @@ check_cxx_source_compiles("#include <cstdlib>
                            int main() {}" VASKEL_LIBC_UNPACKS)
 if(VASKEL_LINKER_PACKS AND VASKEL_LIBC_UNPACKS)
     target_link_options(vaskel PRIVATE -Wl,-z,pack-relative-relocs)
+endif()
+# Code and constants stand in one segment: two pages less, and two mappings.
+check_linker_flag(CXX -Wl,-z,noseparate-code VASKEL_LINKER_JOINS)
+if(VASKEL_LINKER_JOINS)
+    target_link_options(vaskel PRIVATE -Wl,-z,noseparate-code)
 endif()
 # Calls from one engine to another do not go through the linkage table.
 target_link_options(vaskel PRIVATE -Wl,--gc-sections -Wl,-Bsymbolic-functions

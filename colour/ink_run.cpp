@@ -32,7 +32,7 @@ struct Row {
 // stored in the library.
 constinit Row gRows[256][kInks]{};
 
-bool makeRows() {
+[[gnu::cold]] bool makeRows() {
     for (int ink = 0; ink < kInks; ++ink)
         for (int amount = 0; amount < 256; ++amount)
             for (int channel = 0; channel < kChannels; ++channel)
@@ -104,27 +104,35 @@ constexpr InkRunForm kForms[] = {
 #endif
 };
 
+// Not by the list of all, so that the plain form stays out of the library.
+using Run = void (*)(unsigned char* pixels, int count);
 #if defined(__x86_64__)
-std::size_t usableForms() {
+Run bestRun() {
     const CpuLevel level = cpuLevel();
-    return level >= CpuLevel::Avx512 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
+    return level >= CpuLevel::Avx512 ? inkRunAvx512
+           : level >= CpuLevel::Avx2 ? inkRunAvx2
+                                     : inkRunTable;
 }
 #else
-std::size_t usableForms() { return std::size(kForms); }
+Run bestRun() { return inkRunTable; }
 #endif
 
 std::atomic<const InkRunForm*> gForced{nullptr};
 
 }  // namespace
 
-std::span<const InkRunForm> inkRunForms() { return std::span(kForms).first(usableForms()); }
+std::span<const InkRunForm> inkRunForms() {
+    std::size_t count = 1;
+    while (kForms[count - 1].run != bestRun()) ++count;
+    return std::span(kForms).first(count);
+}
 
 void forceInkRunForm(const InkRunForm* form) { gForced.store(form, std::memory_order_relaxed); }
 
 void cmykrgbrun(unsigned char* pixels, int count) {
-    static const InkRunForm& best = inkRunForms().back();
+    static const Run best = bestRun();
     const InkRunForm* const forced = gForced.load(std::memory_order_relaxed);
-    (forced ? *forced : best).run(pixels, count);
+    (forced ? forced->run : best)(pixels, count);
 }
 
 }  // namespace Vaskel

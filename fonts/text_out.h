@@ -3,21 +3,14 @@
 #ifndef FONTS_TEXT_OUT_H
 #define FONTS_TEXT_OUT_H
 
-#include <charconv>
 #include <string_view>
 #include <vector>
 
 namespace Fonts {
 
-inline void appendText(std::vector<unsigned char>& out, std::string_view text) {
-    out.insert(out.end(), text.begin(), text.end());
-}
-
-inline void appendNumber(std::vector<unsigned char>& out, long long value) {
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    out.insert(out.end(), digits, end);
-}
+// Not inline: the texts of a font are appended in thirty places.
+void appendText(std::vector<unsigned char>& out, std::string_view text);
+void appendNumber(std::vector<unsigned char>& out, long long value);
 
 }  // namespace Fonts
 

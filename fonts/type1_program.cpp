@@ -13,7 +13,7 @@ constexpr std::string_view kStartEexec = "currentfile eexec\n";
 constexpr std::size_t kTrailerSize = 8 * 65 + 40;
 
 // Eight lines of 64 zeros, which eexec may read ahead into.
-void appendZeros(Type1Program::Bytes& out) {
+[[gnu::cold]] void appendZeros(Type1Program::Bytes& out) {
     for (int line = 0; line < 8; ++line) {
         out.insert(out.end(), 64, '0');
         out.push_back('\n');
@@ -27,7 +27,7 @@ std::string_view Type1Program::nameOf(int code) const {
     return glyph ? std::string_view(glyph->mName) : ".notdef";
 }
 
-void Type1Program::appendHeader(Bytes& out) const {
+[[gnu::cold]] void Type1Program::appendHeader(Bytes& out) const {
     const Rectangle box = mFont.getBoundingBox();
     appendText(out, "%!FontType1-1.0: ");
     appendText(out, mFont.mName);
@@ -69,7 +69,7 @@ void Type1Program::appendEncodingArray(Bytes& out) const {
 // array of the embedding form: sent fonts are compared byte by byte, so they
 // stay there. Test: "font: lines of the spelled-out encoding end after the 7th
 // and every 8th entry then".
-void Type1Program::appendExplicitEncoding(Bytes& out) const {
+[[gnu::cold]] void Type1Program::appendExplicitEncoding(Bytes& out) const {
     appendText(out,
                "/Encoding 256 array\n"
                "0 1 255{1 index exch/.notdef put}for\n");

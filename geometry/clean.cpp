@@ -81,7 +81,7 @@ bool isTooShort(const Pemmit::Path* path) {
     return changes < enough;
 }
 
-void cleanpar(int n, int tolerance, int step) {
+[[gnu::cold]] void cleanpar(int n, int tolerance, int step) {
     if (n != gState.order) {
         CleanKernel kernel;
         CleanBuffers buffers;

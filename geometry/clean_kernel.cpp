@@ -62,7 +62,7 @@ std::vector<std::int32_t> cleanWeights(int n) {
 // Unrounded it is below 8192; the roundings of thousands of weights bring it to
 // 9317 at order 8242, the most that was seen, which is looked at here rather
 // than proved for all orders.
-CleanKernel makeKernel(int n) {
+[[gnu::cold]] CleanKernel makeKernel(int n) {
     const std::vector<std::int32_t> all = cleanWeights(n);
     const auto first = std::find_if(all.begin(), all.end(), [](int w) { return w != 0; });
     CleanKernel kernel;

@@ -1,6 +1,8 @@
 #include "geometry/edge_run.h"
 
+#include <algorithm>
 #include <atomic>
+#include <iterator>
 
 #include "geometry/edge_run_blocks.h"
 #include "util/cpu.h"
@@ -90,10 +92,10 @@ bool runSse2(int x, int y, const PointRun& run, bool& inside) {
 
 #if defined(__x86_64__)
 constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain, &kEdgeRunSse2, &kEdgeRunAvx2};
-std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
+const EdgeRunForm& bestForm() { return cpuLevel() >= CpuLevel::Avx2 ? kEdgeRunAvx2 : kEdgeRunSse2; }
 #else
 constexpr const EdgeRunForm* kForms[] = {&kEdgeRunPlain};
-std::size_t usableForms() { return 1; }
+const EdgeRunForm& bestForm() { return kEdgeRunPlain; }
 #endif
 
 std::atomic<const EdgeRunForm*> gForced{nullptr};
@@ -106,15 +108,16 @@ const EdgeRunForm kEdgeRunSse2 = {"sse2", runSse2};
 #endif
 
 std::span<const EdgeRunForm* const> edgeRunForms() {
-    return std::span(kForms).first(usableForms());
+    return {std::begin(kForms), std::find(std::begin(kForms), std::end(kForms), &bestForm()) + 1};
 }
 
 void forceEdgeRunForm(const EdgeRunForm* form) { gForced.store(form, std::memory_order_relaxed); }
 
 const EdgeRunForm& chosenEdgeRunForm() {
     if (const EdgeRunForm* form = gForced.load(std::memory_order_relaxed)) return *form;
-    static const EdgeRunForm* const best = edgeRunForms().back();
-    return *best;
+    // Not by the list of all, so that the plain form stays out of the library.
+    static const EdgeRunForm& best = bestForm();
+    return best;
 }
 
 }  // namespace Vaskel

@@ -156,7 +156,7 @@ VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, double slac
 VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
                                  unsigned char* out) {
     return meansWithin({rule.area, 0}, 1.0 / 8192, sums, count, out,
-                       [&](std::size_t k) { kDownsamplePlain.means(rule, sums + k, 1, out + k); });
+                       [&](std::size_t k) { kDownsampleTable.means(rule, sums + k, 1, out + k); });
 }
 
 VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t count,
@@ -164,7 +164,7 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
     const std::size_t done = rule.coarse
                                  ? coarseMeans(static_cast<float>(1 / rule.area), sums, count, out)
                                  : anyMeans(rule, sums, count, out);
-    kDownsamplePlain.means(rule, sums + done, count - done, out + done);
+    kDownsampleTable.means(rule, sums + done, count - done, out + done);
 }
 
 }  // namespace

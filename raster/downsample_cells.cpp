@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <iterator>
 
 #include "util/cpu.h"
 
@@ -48,7 +49,7 @@ CellPattern patternOf(const DownsampleCells& cells) {
 
 }  // namespace
 
-DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
+[[gnu::cold]] DownsampleCells::DownsampleCells(double factorX, std::uint32_t widthPx)
     : factor(factorX), width(widthPx), fractionBits(fractionBitsOf(factorX)), leastWhole(width) {
     // Columns stay below 2^33: with few bits behind the point nothing is rounded.
     double column = 0;
@@ -196,10 +197,12 @@ void accumulateTable(const DownsampleCells& cells, const DownsampleLine& line, f
 
 #if defined(__x86_64__)
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable, &kDownsampleAvx2};
-std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
+const DownsampleForm& bestForm() {
+    return cpuLevel() >= CpuLevel::Avx2 ? kDownsampleAvx2 : kDownsampleTable;
+}
 #else
 constexpr const DownsampleForm* kForms[] = {&kDownsamplePlain, &kDownsampleTable};
-std::size_t usableForms() { return 2; }
+const DownsampleForm& bestForm() { return kDownsampleTable; }
 #endif
 
 std::atomic<const DownsampleForm*> gForced{nullptr};
@@ -227,7 +230,7 @@ void accumulateExact(const DownsampleCells& cells, const DownsampleLine& line, s
 }
 
 std::span<const DownsampleForm* const> downsampleForms() {
-    return std::span(kForms).first(usableForms());
+    return {std::begin(kForms), std::find(std::begin(kForms), std::end(kForms), &bestForm()) + 1};
 }
 
 void forceDownsampleForm(const DownsampleForm* form) {
@@ -236,8 +239,9 @@ void forceDownsampleForm(const DownsampleForm* form) {
 
 const DownsampleForm& chosenDownsampleForm() {
     if (const DownsampleForm* form = gForced.load(std::memory_order_relaxed)) return *form;
-    static const DownsampleForm* const best = downsampleForms().back();
-    return *best;
+    // Not by the list of all, so that the plain form stays out of the library.
+    static const DownsampleForm& best = bestForm();
+    return best;
 }
 
 }  // namespace Vaskel

@@ -69,7 +69,7 @@ PackedRule PackedRule::forArea(unsigned area) {
     return rule;
 }
 
-PackedRule::PackedRule(const DownsampleCells& cells, double factorY) {
+[[gnu::cold]] PackedRule::PackedRule(const DownsampleCells& cells, double factorY) {
     const int bitsY = fractionBitsOf(factorY);
     if (bitsY < 0 || cells.fractionBits < 0 || !isUniform(cells)) return;
     const double steps = std::ldexp(1, bitsY + cells.fractionBits);

@@ -1,8 +1,10 @@
 #include "raster/downsample_picks.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 
 #include "util/cpu.h"
 
@@ -83,10 +85,10 @@ void narrowPlain(const unsigned char* slots, std::size_t count, unsigned char* b
 
 #if defined(__x86_64__)
 constexpr const PickForm* kForms[] = {&kPickPlain, &kPickTable, &kPickAvx2};
-std::size_t usableForms() { return cpuLevel() >= CpuLevel::Avx2 ? 3 : 2; }
+const PickForm& bestForm() { return cpuLevel() >= CpuLevel::Avx2 ? kPickAvx2 : kPickTable; }
 #else
 constexpr const PickForm* kForms[] = {&kPickPlain, &kPickTable};
-std::size_t usableForms() { return 2; }
+const PickForm& bestForm() { return kPickTable; }
 #endif
 
 std::atomic<const PickForm*> gForced{nullptr};
@@ -96,14 +98,17 @@ std::atomic<const PickForm*> gForced{nullptr};
 const PickForm kPickPlain = {"plain", pixelsPlain, bytesPlain, widenPlain, narrowPlain};
 const PickForm kPickTable = {"table", pixelsTable, bytesTable, widenPlain, narrowPlain};
 
-std::span<const PickForm* const> pickForms() { return std::span(kForms).first(usableForms()); }
+std::span<const PickForm* const> pickForms() {
+    return {std::begin(kForms), std::find(std::begin(kForms), std::end(kForms), &bestForm()) + 1};
+}
 
 void forcePickForm(const PickForm* form) { gForced.store(form, std::memory_order_relaxed); }
 
 const PickForm& chosenPickForm() {
     if (const PickForm* form = gForced.load(std::memory_order_relaxed)) return *form;
-    static const PickForm* const best = pickForms().back();
-    return *best;
+    // Not by the list of all, so that the plain form stays out of the library.
+    static const PickForm& best = bestForm();
+    return best;
 }
 
 }  // namespace Vaskel

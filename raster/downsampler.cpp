@@ -133,7 +133,7 @@ struct DownsamplerInside {
         return isEmpty(d) ? 0 : static_cast<std::size_t>(outputSize(d.mWidth, d.mFactorX));
     }
 
-    static void allocate(downsampler& d) {
+    [[gnu::cold]] static void allocate(downsampler& d) {
         const std::size_t n = outputWidth(d);
         d.mLine = std::make_shared<unsigned char[]>(4 * n);
         d.mScratch = std::make_shared<unsigned char[]>(n + kPickRoom);
@@ -220,7 +220,7 @@ struct DownsamplerInside {
         for (const std::uint32_t place : sums.open) {
             const float sum =
                 ruleSum(*d.mCells, sums.kept, place / channels, static_cast<int>(place % channels));
-            kDownsamplePlain.means({bounds.area, false}, &sum, 1, &d.mLine[place]);
+            kDownsampleTable.means({bounds.area, false}, &sum, 1, &d.mLine[place]);
         }
         return true;
     }
@@ -313,8 +313,8 @@ struct DownsamplerInside {
     }
 };
 
-downsampler::downsampler(double inResolution, double outResolution, unsigned int width,
-                         unsigned int height)
+[[gnu::cold]] downsampler::downsampler(double inResolution, double outResolution,
+                                       unsigned int width, unsigned int height)
     : mColumn(0), mRow(0), mWidth(width), mHeight(height), mFiltering(true) {
     double factor = inResolution / outResolution;
     if (!std::isfinite(factor) || factor < 1) factor = 1;
@@ -332,7 +332,7 @@ downsampler::downsampler(double inResolution, double outResolution, unsigned int
     DownsamplerInside::allocate(*this);
 }
 
-downsampler::downsampler(const downsampler& other)
+[[gnu::cold]] downsampler::downsampler(const downsampler& other)
     : mFactorX(other.mFactorX),
       mFractionX(other.mFractionX),
       mFactorY(other.mFactorY),
@@ -349,8 +349,8 @@ downsampler::downsampler(const downsampler& other)
     DownsamplerInside::allocate(*this);
 }
 
-downsampler& downsampler::operator=(const downsampler& other) = default;
-downsampler::~downsampler() = default;
+[[gnu::cold]] downsampler& downsampler::operator=(const downsampler& other) = default;
+[[gnu::cold]] downsampler::~downsampler() = default;
 
 downsampler* downsampler::clone() const {
     try {
@@ -386,7 +386,7 @@ void downsampler::get(unsigned int* line) {
     std::memcpy(line, mLine.get(), 4 * DownsamplerInside::outputWidth(*this));
 }
 
-void downsampler::getlastline(unsigned char* line) {
+[[gnu::cold]] void downsampler::getlastline(unsigned char* line) {
     const std::size_t n = DownsamplerInside::outputWidth(*this);
     if (n == 0) return;
     if (!mFiltering) {
@@ -401,7 +401,7 @@ void downsampler::getlastline(unsigned char* line) {
     std::memcpy(line, mLine.get(), n);
 }
 
-void downsampler::getlastline(unsigned int* line) {
+[[gnu::cold]] void downsampler::getlastline(unsigned int* line) {
     const std::size_t bytes = 4 * DownsamplerInside::outputWidth(*this);
     if (bytes == 0) return;
     DownsamplerInside::widenPicks(*this);

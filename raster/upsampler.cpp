@@ -18,7 +18,7 @@ constexpr double kMostPixels = 1e15;
 
 }  // namespace
 
-upsampler::upsampler(double inResolution, double outResolution, int width)
+[[gnu::cold]] upsampler::upsampler(double inResolution, double outResolution, int width)
     : mFactor(outResolution / inResolution), mColumn(0), mWidth(width) {
     // From 2^52 on adding 1 to the row count would not end.
     if (!std::isfinite(mFactor) || mFactor <= 0 || mFactor >= 4503599627370496.0) mFactor = 0;
@@ -36,9 +36,9 @@ upsampler::upsampler(double inResolution, double outResolution, int width)
     mSources = std::move(sources);
 }
 
-upsampler::upsampler(const upsampler& other) = default;
-upsampler& upsampler::operator=(const upsampler& other) = default;
-upsampler::~upsampler() = default;
+[[gnu::cold]] upsampler::upsampler(const upsampler& other) = default;
+[[gnu::cold]] upsampler& upsampler::operator=(const upsampler& other) = default;
+[[gnu::cold]] upsampler::~upsampler() = default;
 
 void upsampler::stuff(const unsigned int* line) {
     mRow -= mFactor;

@@ -73,6 +73,23 @@ constexpr char toByte(std::uint32_t word) {
 
 using Words = std::uint32_t __attribute__((vector_size(16)));
 
+// Running sums over the ring, four at a time by sums of neighbours. Masked at
+// the end only, since sums modulo 2^32 are right modulo 2^28.
+inline void advance(std::uint32_t (&ring)[kRingSize]) {
+    const Words zero = {};
+    Words carry = zero + ring[kRingSize - 1];
+    for (int i = 0; i < kRingSize; i += 4) {
+        Words sums;
+        std::memcpy(&sums, ring + i, sizeof sums);
+        sums += __builtin_shufflevector(zero, sums, 0, 4, 5, 6);
+        sums += __builtin_shufflevector(zero, sums, 0, 1, 4, 5);
+        sums += carry;
+        carry = __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
+        sums &= kWordMask;
+        std::memcpy(ring + i, &sums, sizeof sums);
+    }
+}
+
 // Stores scale(word) for count words in out. words is a copy, which out cannot
 // overlap.
 template <class Number, class Scale>
@@ -81,7 +98,7 @@ void generate(std::uint32_t (&ring)[kRingSize], std::int32_t* index, Number* out
     std::uint32_t words[kRingSize];
     while (count > 0) {
         if (*index == kRingSize - 1) {
-            nextRound(ring);
+            advance(ring);
             *index = -1;
         }
         if (*index == -1 && count >= kRingSize) {
@@ -111,24 +128,9 @@ void nextRoundPlain(std::uint32_t (&ring)[kRingSize]) {
     for (std::uint32_t& word : ring) word = previous = (word + previous) & kWordMask;
 }
 
-// Running sums over the ring, four at a time by sums of neighbours. Masked at
-// the end only, since sums modulo 2^32 are right modulo 2^28.
-void nextRound(std::uint32_t (&ring)[kRingSize]) {
-    const Words zero = {};
-    Words carry = zero + ring[kRingSize - 1];
-    for (int i = 0; i < kRingSize; i += 4) {
-        Words sums;
-        std::memcpy(&sums, ring + i, sizeof sums);
-        sums += __builtin_shufflevector(zero, sums, 0, 4, 5, 6);
-        sums += __builtin_shufflevector(zero, sums, 0, 1, 4, 5);
-        sums += carry;
-        carry = __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
-        sums &= kWordMask;
-        std::memcpy(ring + i, &sums, sizeof sums);
-    }
-}
+[[gnu::noinline]] void nextRound(std::uint32_t (&ring)[kRingSize]) { advance(ring); }
 
-void firstRound(int seed, std::uint32_t (&ring)[kRingSize]) {
+[[gnu::noinline]] void firstRound(int seed, std::uint32_t (&ring)[kRingSize]) {
     const auto x = static_cast<std::uint32_t>(seed);
     for (int k = 0; k < kRingSize; ++k)
         ring[k] = (x * kLeaps.factor[k] + kLeaps.summand[k]) & kWordMask;
