@@ -249,18 +249,24 @@ TEST_CASE("a handler that only a disabler keeps goes on running when that lets i
         auto state = std::make_shared<std::string>("a text of more than fifteen bytes");
         const std::weak_ptr<std::string> watch = state;
         std::string log;
+        bool kept = false;
         setAdvancedMessageHandler(
-            [state, assign, &log](const char*, MessageSeverity, MessageVolatility) {
-                const ScopedMessagesDisabler overNothing = [] {
-                    const ScopedMessagesDisabler keeps;  // this handler, until it is made
-                    return ScopedMessagesDisabler();
-                }();
-                ScopedMessagesDisabler keeper;
-                if (assign) keeper = overNothing;
-                log += *state;
+            [state, assign, &log, &watch, &kept](const char*, MessageSeverity, MessageVolatility) {
+                {
+                    const ScopedMessagesDisabler overNothing = [] {
+                        const ScopedMessagesDisabler keeps;  // this handler, until it is made
+                        return ScopedMessagesDisabler();
+                    }();
+                    ScopedMessagesDisabler keeper;
+                    if (assign) keeper = overNothing;
+                    log += *state;
+                }
+                // The end of overNothing has taken away what keeper installed.
+                kept = !watch.expired();
             });
         state.reset();
         report("t");
+        CHECK(kept);
         CHECK(log == "a text of more than fifteen bytes");
         setMessageHandler(boost::none);
         CHECK(watch.expired());
