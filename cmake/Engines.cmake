@@ -10,7 +10,6 @@ endforeach()
 
 add_library(vaskel_engines OBJECT ${vaskel_sources})
 target_link_libraries(vaskel_engines PUBLIC Boost::headers PRIVATE $<BUILD_INTERFACE:vaskel_flags>)
-target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 target_include_directories(vaskel_engines PUBLIC ${PROJECT_SOURCE_DIR}/include
                                                  ${PROJECT_SOURCE_DIR})
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
