@@ -45,9 +45,9 @@ class TracedPoints;
 ///
 /// Memory besides outlines: 200 KB for two lines, and 32 bytes for each of the
 /// most positions that one line has, rounded up to a power of two, at most 2
-/// MB; besides, until a trace ends, 8 bytes for each point of the largest
-/// outline and of all that are open at a time, and up to 256 for each of their
-/// ends. Time: linear in lines and positions.
+/// MB; besides, until a trace ends, 9 bytes for each point of all outlines that
+/// are open at a time, up to 256 for each of their ends, and up to 24 for each
+/// point of the largest outline. Time: linear in lines and positions.
 ///
 /// Failures are thrown as int: -1 when memory for lines or edges cannot be had,
 /// -2 when a line opens more than 65535 edges at a time. Whatever ends a trace
