@@ -26,9 +26,9 @@ target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 # would notice elsewhere, but which makes code a quarter larger; and code that no
 # one waits for is compiled for size: where it is signals and callbacks of Boost,
 # that halves it. Loops of a few turns are not written out where that takes more
-# than 60 instructions (GCC's own limit is 200): only some wide forms gain by more.
-# Nothing is aligned but the beginnings of loops, and what rarely runs stays in its
-# function, since each part of a function is described once more for exceptions.
+# than 60 instructions (GCC's own limit is 200): only wide forms and number fields gain
+# by more. Nothing is aligned but the beginnings of loops, and what rarely runs stays
+# in its function, since each part of a function is described once more for exceptions.
 set(vaskel_medium -O2)
 set(vaskel_fast -O3)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
@@ -38,13 +38,14 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
 endif()
 target_compile_options(vaskel_engines PRIVATE "$<$<CONFIG:Release>:${vaskel_medium}>")
 set(vaskel_loops
-    units/distostr.cpp units/doutostr.cpp units/strtodou.cpp
+    units/distostr.cpp units/doutostr.cpp
     geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
     geometry/inside_path.cpp geometry/intersect_active.cpp geometry/intersect_simple.cpp
     raster/downsample_cells.cpp
     colour/ink_run.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
     encoding/unicode_onepass.cpp util/random.cpp)
+set(vaskel_written_out units/strtodou.cpp)
 set(vaskel_wide)
 foreach(source IN LISTS vaskel_sources)
     if(source MATCHES "_(avx2|avx512|x86)")
@@ -71,7 +72,7 @@ function(vaskel_optimise level)
                                     COMPILE_OPTIONS "$<$<CONFIG:Release>:${level}>")
     endforeach()
 endfunction()
-vaskel_optimise(-O3 ${vaskel_wide})
+vaskel_optimise(-O3 ${vaskel_wide} ${vaskel_written_out})
 vaskel_optimise("${vaskel_fast}" ${vaskel_loops})
 vaskel_optimise(-Os ${vaskel_unhurried})
 
