@@ -169,6 +169,7 @@ TEST_CASE("vectorizer: every form gives the plain form's outlines") {
     }
     CHECK(rows == 6 * 4 * 596);
     CHECK(own > 50000);
+    CHECK(host == own);
     Vaskel::cleanpar(0, 0, 0);
 }
 
