@@ -127,6 +127,19 @@ class FormTracer : public TestTracer {
     int own = 0, host = 0;
 };
 
+// Runs side by side that move in every line: all of their edges have many points
+// at the same time.
+Bitmap wavyRuns(int runs, int lines) {
+    Bitmap bitmap;
+    for (int line = 0; line < lines; ++line) {
+        std::string pixels(static_cast<std::size_t>(6 * runs), '.');
+        for (int run = 0; run < runs; ++run)
+            pixels.replace(static_cast<std::size_t>(6 * run + line * (run + 1) % 3), 3, "###");
+        bitmap.push_back(pixels);
+    }
+    return bitmap;
+}
+
 // Outlines of many points, which join in any order.
 std::vector<Bitmap> largeBitmaps() {
     std::mt19937 random(kSeed + 1);
@@ -135,6 +148,7 @@ std::vector<Bitmap> largeBitmaps() {
     all.push_back(comb(120));
     all.push_back(upsideDown(comb(120)));
     all.push_back(nestedRings(90));
+    all.push_back(wavyRuns(30, 200));
     return all;
 }
 
@@ -167,7 +181,7 @@ TEST_CASE("vectorizer: every form gives the plain form's outlines") {
             host += tracer->host;
         }
     }
-    CHECK(rows == 6 * 4 * 596);
+    CHECK(rows == 6 * 4 * 597);
     CHECK(own > 50000);
     CHECK(host == own);
     Vaskel::cleanpar(0, 0, 0);
