@@ -189,6 +189,10 @@ const KeepRow kKeepRows[] = {
     {"and one further", 1, {{0, 0}, {0, -9}, {0, -32769}}, {{0, 0}, {0, -9}, {0, -32769}}},
     {"to the left", 1, {{0, 0}, {-9, 0}, {-32768, 0}}, {{0, 0}, {-32768, 0}}},
     {"and one further", 1, {{0, 0}, {-9, 0}, {-32769, 0}}, {{0, 0}, {-9, 0}, {-32769, 0}}},
+    {"to the left of many points in one line",
+     1,
+     {{0, 0}, {-4, 1}, {-8, 2}, {-12, 3}, {-16, 4}, {-32768, 8192}},
+     {{0, 0}, {-32768, 8192}}},
     {"a long step may be absorbed by short ones, not the other way round",
      1,
      {{0, 0}, {40000, 0}, {9, 0}, {50000, 0}},
@@ -205,7 +209,7 @@ TEST_CASE("clean: points within the tolerance of the line between their neighbou
               row.kept);
         ++rows;
     }
-    CHECK(rows == 19);
+    CHECK(rows == 20);
 }
 
 struct RunRow {
