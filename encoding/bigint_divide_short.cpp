@@ -36,7 +36,7 @@ class ShortDivision {
             const std::size_t p = used - s;
             if (p >= mN + 4 && s > 0 && !mWrapped) {
                 const std::size_t pairs = (s + 1) / 2;
-                s += 1 - 2 * pairs;
+                s = s + 1 - 2 * pairs;  // the lowest place of them
                 used -= pairs;
                 wrapPairs(left, p, pairs, rest + s, quotient + s, report);
                 continue;

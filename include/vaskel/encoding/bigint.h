@@ -3,6 +3,7 @@
 // Errors are written to the developer's output (Orlune::debug) and give a
 // value that the entry names; nothing is thrown but std::bad_alloc. Memory that
 // ends, and a host whose debug output throws, leave every operand as it was.
+// The debug output does not change the operands of the call that writes to it.
 // Different objects may be used on different threads; one object that is not
 // changed may be read by several.
 
