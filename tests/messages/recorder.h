@@ -31,6 +31,11 @@ constexpr Vaskel::MessageVolatility volatility(int value) {
     return static_cast<Vaskel::MessageVolatility>(value);
 }
 
+/// Sends a lasting note.
+inline void report(const char* text) {
+    Vaskel::message(Vaskel::kMessageNote, Vaskel::kMessageLasting, "%s", text);
+}
+
 /// A handler as setMessageHandler takes it.
 inline boost::optional<Vaskel::MessageHandlerRetainer> retained(Vaskel::MessageHandler handler) {
     return Vaskel::MessageHandlerRetainer(std::move(handler));
