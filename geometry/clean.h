@@ -8,12 +8,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "geometry/clean_kernel.h"
 #include "geometry/point_runs.h"
 #include "platform/pemmit.h"
+#include "util/owned_path.h"
 
 namespace Vaskel {
 
@@ -40,12 +40,6 @@ struct CleanState {
 };
 
 CleanState& cleanState();
-
-/// Owns a path under construction or one that is to go.
-struct PathRemover {
-    void operator()(Pemmit::Path* path) const { Pemmit::objrem(path); }
-};
-using OwnedPath = std::unique_ptr<Pemmit::Path, PathRemover>;
 
 /// Whether a path of this box is refused: a narrow but tall outline is, a wide
 /// and flat one is not.

@@ -1,6 +1,6 @@
 #include "geometry/point_runs.h"
 
-#include <memory>
+#include "util/owned_path.h"
 
 namespace Vaskel {
 
@@ -18,10 +18,7 @@ void appendPoints(Pemmit::Path* path, const WalkPoint* points, int count) {
 
 Pemmit::Path* makeOutline(const WalkPoint* points, int count) {
     if (hostTakesOutlines()) return Pemmit::patnew(points, count);
-    struct Remover {
-        void operator()(Pemmit::Path* path) const { Pemmit::objrem(path); }
-    };
-    std::unique_ptr<Pemmit::Path, Remover> path(Pemmit::patbeg());
+    OwnedPath path(Pemmit::patbeg());
     appendPoints(path.get(), points, count);
     Pemmit::patendclo(path.get());
     return path.release();

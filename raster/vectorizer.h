@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdint>
 
+#include "platform/pemmit.h"
 #include "vaskel/raster.h"
 
 namespace Vaskel {
@@ -73,6 +74,11 @@ struct VectorizerInside {
     static bool endTraced(Vectorizer& tracer, unsigned short cursor, int y, int lo, int hi);
     static void deliver(Vectorizer& tracer, const Pemmit::PointBase<int>* points, int count);
 };
+
+/// Whether an outline of this box is dropped for its size.
+inline bool isAtMost(const Pemmit::Box& box, int size) {
+    return std::int64_t{box.maxX} - box.minX <= size && std::int64_t{box.maxY} - box.minY <= size;
+}
 
 // |a - b| > step
 inline bool isFarther(int a, int b, int step) {

@@ -7,26 +7,18 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 #include <utility>
 
 #include "platform/pemmit.h"
 #include "raster/shared_block.h"
 #include "raster/vectorizer.h"
+#include "util/owned_path.h"
 #include "vaskel/geometry.h"
 
 namespace Vaskel {
 namespace {
 
 constexpr int kMostPlaces = 65536;
-
-struct PathRemover {
-    void operator()(Pemmit::Path* path) const { Pemmit::objrem(path); }
-};
-
-bool isAtMost(const Pemmit::Box& box, int size) {
-    return std::int64_t{box.maxX} - box.minX <= size && std::int64_t{box.maxY} - box.minY <= size;
-}
 
 }  // namespace
 
@@ -64,7 +56,7 @@ unsigned short VectorizerInside::grow(Vectorizer& tracer) {
 }
 
 unsigned short Vectorizer::InsertAfter(unsigned short after) {
-    std::unique_ptr<Pemmit::Path, PathRemover> path(Pemmit::patbeg());
+    OwnedPath path(Pemmit::patbeg());
     const unsigned short i = VectorizerInside::insert(*this, after);
     mEdges[i].path = path.release();
     return i;
@@ -75,10 +67,10 @@ void Vectorizer::DeleteIndex(unsigned short prev) {
     const unsigned short i = mEdges[prev].next;
     if (i == 0) return;
     VectorizerInside::remove(mEdges, mFreeEdge, prev);
-    const std::unique_ptr<Pemmit::Path, PathRemover> path(std::exchange(mEdges[i].path, nullptr));
+    const OwnedPath path(std::exchange(mEdges[i].path, nullptr));
     // A path without points has handed them on to its partner.
     if (!path || Pemmit::patsiz(path.get()) == 0 || isAtMost(path->box, mMinSize)) return;
-    std::unique_ptr<Pemmit::Path, PathRemover> cleaned(clean(path.get(), mMinSize));
+    OwnedPath cleaned(clean(path.get(), mMinSize));
     if (cleaned && !isAtMost(cleaned->box, mMinSize)) addPath(cleaned.release());
 }
 

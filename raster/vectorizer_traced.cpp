@@ -9,6 +9,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -46,10 +47,6 @@ bool isWider(const TracedPoint* points, std::size_t count, int size) {
         if (std::int64_t{high} - low > size) return true;
     }
     return size < 0;
-}
-
-bool isAtMost(const Pemmit::Box& box, int size) {
-    return std::int64_t{box.maxX} - box.minX <= size && std::int64_t{box.maxY} - box.minY <= size;
 }
 
 }  // namespace

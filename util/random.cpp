@@ -3,7 +3,6 @@
 
 #include "util/random.h"
 
-#include <bit>
 #include <cstring>
 
 #include "platform/orlune.h"
@@ -49,27 +48,6 @@ constexpr Leaps makeLeaps() {
     return leaps;
 }
 constexpr Leaps kLeaps = makeLeaps();
-
-// The scalings. Callers store seeds and expect the numbers that come of them,
-// so they stay, the odd ones too: 100001 in toDouble, where 100000 would do, and
-// shorts whose two low bits are always 0. The single draws have the same ones in
-// the public header.
-// Test: "a seed gives the numbers it always gave".
-constexpr std::uint32_t topBits(std::uint32_t word) { return word >> 14; }
-
-// The product wraps in 32 bits.
-constexpr int toInt(std::uint32_t word, int n) {
-    return static_cast<std::int32_t>(topBits(word) * static_cast<std::uint32_t>(n)) >> 14;
-}
-
-// Divided, not multiplied by 0.00001: the two differ in the last bit.
-constexpr double toDouble(std::uint32_t word) {
-    return static_cast<int>(topBits(word) * 100001 >> 14) / 100000.0;
-}
-
-constexpr char toByte(std::uint32_t word) {
-    return std::bit_cast<char>(static_cast<unsigned char>(word >> 20));
-}
 
 using Words = std::uint32_t __attribute__((vector_size(16)));
 
@@ -174,11 +152,11 @@ void Random::nextInts(int n, int* out, std::size_t count) {
 }
 
 void Random::nextDoubles(double* out, std::size_t count) {
-    generate(mRing, &mIndex, out, count, toDouble);
+    generate(mRing, &mIndex, out, count, [](std::uint32_t word) { return toDouble(word); });
 }
 
 void Random::nextBytes(char* out, std::size_t count) {
-    generate(mRing, &mIndex, out, count, toByte);
+    generate(mRing, &mIndex, out, count, [](std::uint32_t word) { return toByte(word); });
 }
 
 namespace {

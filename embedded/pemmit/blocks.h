@@ -44,11 +44,12 @@ struct BlockCache {
 extern constinit thread_local BlockCache tBlockCache [[gnu::tls_model("initial-exec")]];
 
 /// Has the processor fetch the block so many blocks behind another, which is
-/// soon written to. Neither needs to be there.
+/// soon written to, or read. Neither needs to be there.
+template <bool toWrite = true>
 inline void fetchBlock(const void* block, std::size_t behind = 0) {
     const auto address = reinterpret_cast<std::uintptr_t>(block) + behind * kBlockBytes;
     for (std::size_t at = 0; at < kBlockBytes; at += kBlockAlignment)
-        __builtin_prefetch(reinterpret_cast<const void*>(address + at), 1);
+        __builtin_prefetch(reinterpret_cast<const void*>(address + at), toWrite);
 }
 
 FreeBlock* takeBlockFromSlabs();

@@ -124,8 +124,8 @@ void objrem(Object* object) {
     if (!node) return;
     // Objects are mostly released in the order in which they were made: what
     // comes next may stand a little further on.
-    const char* const later = reinterpret_cast<const char*>(node) + 4 * kBlockBytes;
-    __builtin_prefetch(later, 1);
+    const auto later = reinterpret_cast<std::uintptr_t>(node) + 4 * kBlockBytes;
+    __builtin_prefetch(reinterpret_cast<const void*>(later), 1);
     if (node->isChild) unlinkChild(*node);
     if (Contour* const contour = contourOf(node))
         Contour::release(contour);

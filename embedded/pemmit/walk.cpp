@@ -86,15 +86,9 @@ void begin(Walk& walk, const Contour& contour, bool backward, std::int64_t start
     }
 }
 
+// Most walks run from the first point of a contour of one piece to its end.
 // Objects are mostly walked in the order in which they were made: what comes soon
 // may stand a little further on.
-void fetchLater(const Contour* contour) {
-    const char* const later = reinterpret_cast<const char*>(contour) + 3 * kBlockBytes;
-    for (std::size_t at = 0; at < kBlockBytes; at += kBlockAlignment)
-        __builtin_prefetch(later + at);
-}
-
-// Most walks run from the first point of a contour of one piece to its end.
 void beginAny(Walk& walk, const Pemmit::Object* object, int direction, int start) {
     const Contour* const contour = contourOf(object);
     if (contour && contour->pieces == 1 && direction == 0 && start == -1) [[likely]] {
@@ -102,7 +96,7 @@ void beginAny(Walk& walk, const Pemmit::Object* object, int direction, int start
         const std::int64_t count = contour->countOf(end.piece());
         if (end.side() == 0 && count > 0) [[likely]] {
             const Point* const points = end.piece()->points();
-            if (contour->pooled) fetchLater(contour);
+            if (contour->pooled) fetchBlock<false>(contour, 3);
             walk = {points, count, 1, End(), contour->isOpen() ? nullptr : points, contour};
             return;
         }

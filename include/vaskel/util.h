@@ -58,8 +58,7 @@ class VASKEL_API Random {
 
     // Many draws at once, an addition to the generator's own operations: out
     // receives what count single draws would return one after the other, at half
-    // their cost. out has room for count elements and may be null
-    // for a count of 0.
+    // their cost. out has room for count elements and may be null for a count of 0.
     void nextInts(int n, int* out, std::size_t count);
     void nextDoubles(double* out, std::size_t count);
     void nextBytes(char* out, std::size_t count);
@@ -67,6 +66,23 @@ class VASKEL_API Random {
  private:
     std::uint32_t nextWord();
     void generateRound();
+
+    // The scalings. Callers store seeds and expect the numbers that come of them,
+    // so they stay, the odd ones too: 100001 in toDouble, where 100000 would do,
+    // and shorts whose two low bits are always 0.
+    // Test: "a seed gives the numbers it always gave".
+    static std::uint32_t topBits(std::uint32_t word) { return word >> 14; }
+    // The product wraps in 32 bits.
+    static int toInt(std::uint32_t word, int n) {
+        return static_cast<std::int32_t>(topBits(word) * static_cast<std::uint32_t>(n)) >> 14;
+    }
+    // Divided, not multiplied by 0.00001: the two differ in the last bit.
+    static double toDouble(std::uint32_t word) {
+        return static_cast<int>(topBits(word) * 100001 >> 14) / 100000.0;
+    }
+    static char toByte(std::uint32_t word) {
+        return static_cast<char>(static_cast<unsigned char>(word >> 20));
+    }
 
     static int seedOffset;
 
@@ -83,19 +99,13 @@ VASKEL_API inline std::uint32_t Random::nextWord() {
     return mRing[++mIndex];
 }
 
-VASKEL_API inline int Random::nextInt(int n) {
-    return static_cast<std::int32_t>((nextWord() >> 14) * static_cast<std::uint32_t>(n)) >> 14;
-}
-VASKEL_API inline double Random::nextDouble() {
-    return static_cast<int>((nextWord() >> 14) * 100001 >> 14) / 100000.0;
-}
+VASKEL_API inline int Random::nextInt(int n) { return toInt(nextWord(), n); }
+VASKEL_API inline double Random::nextDouble() { return toDouble(nextWord()); }
 VASKEL_API inline float Random::nextFloat() { return static_cast<float>(nextDouble()); }
 VASKEL_API inline bool Random::nextBool() { return nextWord() >> 27 != 0; }
-VASKEL_API inline char Random::nextByte() {
-    return static_cast<char>(static_cast<unsigned char>(nextWord() >> 20));
-}
+VASKEL_API inline char Random::nextByte() { return toByte(nextWord()); }
 VASKEL_API inline unsigned short Random::nextShort() {
-    return static_cast<unsigned short>((nextWord() >> 14) * 4);
+    return static_cast<unsigned short>(topBits(nextWord()) * 4);
 }
 
 /// The process-wide generator, which is seeded like a default-constructed one
