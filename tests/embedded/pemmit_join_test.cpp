@@ -9,18 +9,10 @@
 
 #include "embedded/document.h"
 #include "platform/pemmit.h"
+#include "tests/embedded/drawn.h"
 #include "tests/support/fake_host.h"
 
 namespace {
-
-using Points = std::vector<std::pair<int, int>>;
-
-Points walk(const Pemmit::Object* object, int direction = 0, int start = -1) {
-    Points points;
-    Pemmit::scan scan(object, direction, start);
-    for (int x, y; scan.scanex(&x, &y) >= 0;) points.push_back({x, y});
-    return points;
-}
 
 struct Pair {
     Pemmit::Path* p = Pemmit::patbeg();

@@ -1,18 +1,17 @@
 // The tracer and its surroundings: order of calls, cancelling, exceptions,
-// memory, copies, cleaning.
+// cleaning.
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <climits>
-#include <functional>
-#include <memory>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "geometry/clean.h"
 #include "raster/vectorizer.h"
+#include "tests/raster/ring.h"
 #include "tests/support/bitmaps.h"
 #include "tests/support/fake_host.h"
 #include "vaskel/geometry.h"
@@ -20,9 +19,6 @@
 namespace {
 
 using Calls = std::vector<std::string>;
-
-const Bitmap kRing = {"####", "#..#", "#..#", "####"};
-const Outlines kRingOutlines = {{{1, 1}, {3, 1}, {3, 3}, {1, 3}}, {{0, 0}, {4, 0}, {4, 4}, {0, 4}}};
 
 // Traces kRing; notes what is called, and can stop or throw at a call.
 class ScriptedTracer : public TestTracer {
@@ -142,7 +138,7 @@ TEST_CASE("vectorizer: where getLine stops, outlines are closed at that line") {
     CHECK(tracer.outlines.empty());
 }
 
-// ---- exceptions and memory --------------------------------------------------
+// ---- exceptions -------------------------------------------------------------
 
 TEST_CASE("vectorizer: an exception of any callback passes and leaves the tracer usable") {
     Vaskel::cleanpar(0, 0, 0);
@@ -183,281 +179,6 @@ TEST_CASE("vectorizer: an exception of the host passes and leaves the tracer usa
         CHECK(tracer.trace(kRing) == kRingOutlines);
     }
     CHECK(failures == 8);  // progress and poll of each line
-}
-
-// Keeps outlines without allocating.
-class QuietTracer : public Vaskel::Vectorizer {
- public:
-    using Vectorizer::Vectorizer;
-    explicit QuietTracer(const Bitmap& bitmap) : Vectorizer(-1), mBitmap(&bitmap) {}
-    int getLine(int line, int* runs) override {
-        writeRuns((*mBitmap)[static_cast<std::size_t>(line)], runs);
-        return 0;
-    }
-    void addPath(Pemmit::Path* path) override {
-        ++outlines;
-        Pemmit::objrem(path);
-    }
-    int lines() const { return static_cast<int>(mBitmap->size()); }
-    int outlines = 0;
-
- private:
-    const Bitmap* mBitmap = nullptr;
-};
-
-TEST_CASE("vectorizer: without memory for its buffers the constructor throws -1") {
-    int minusOnes = 0;
-    const int taken = failEachAllocation([&] {
-        try {
-            QuietTracer tracer(kRing);
-        } catch (const int value) {
-            CHECK(value == -1);
-            ++minusOnes;
-        }
-    });
-    CHECK(taken == 3);
-    CHECK(minusOnes == 3);
-}
-
-TEST_CASE("vectorizer: memory that ends while tracing leaves the tracer usable") {
-    // 300 runs: the edge list grows twice.
-    const Bitmap wide = {std::string(600, '#'), std::string(600, '#')};
-    Bitmap comb = wide;
-    for (std::size_t x = 1; x < comb[0].size(); x += 2) comb[0][x] = '.';
-    struct Row {
-        Vaskel::AddLineForm form;
-        int n;
-        int enough;  // of allocations that fail
-    };
-    constexpr Row kRows[] = {{Vaskel::AddLineForm::kPlain, 0, 600},  // a path for each edge
-                             {Vaskel::AddLineForm::kPlain, 1, 600},
-                             {Vaskel::AddLineForm::kFast, 0, 10},  // 600 edges: 5 times 128
-                             {Vaskel::AddLineForm::kFast, 1, 10}};
-    for (const Row& row : kRows) {
-        CAPTURE(static_cast<int>(row.form));
-        CAPTURE(row.n);
-        Vaskel::gAddLineForm = row.form;
-        Vaskel::cleanpar(row.n, 1, 1);
-        QuietTracer tracer(comb);
-        tracer.vectorize(tracer.lines(), false);
-        const int want = tracer.outlines;
-        CHECK(want > 0);
-        int minusOnes = 0, others = 0;
-        const int taken = failEachAllocation([&] {
-            QuietTracer fresh(tracer);  // has the buffers, but must have its own
-            try {
-                fresh.vectorize(fresh.lines(), false);
-            } catch (const int value) {
-                CHECK(value == -1);
-                ++minusOnes;
-            } catch (const std::bad_alloc&) {
-                ++others;
-            }
-        });
-        CHECK(taken > row.enough);
-        CHECK(minusOnes + others > row.enough);  // the host does without some
-        CHECK(minusOnes == 3);                   // two lines and a list as large as the source's
-        tracer.outlines = 0;
-        tracer.vectorize(tracer.lines(), false);
-        CHECK(tracer.outlines == want);
-    }
-    Vaskel::gAddLineForm = Vaskel::AddLineForm::kFast;
-    Vaskel::cleanpar(0, 0, 0);
-}
-
-TEST_CASE("vectorizer: an edge list that cannot grow throws -1") {
-    Vaskel::cleanpar(0, 0, 0);
-    Bitmap comb = {std::string(600, '#'), std::string(600, '#')};
-    for (std::size_t x = 1; x < comb[0].size(); x += 2) comb[0][x] = '.';
-    int minusOnes = 0;
-    failEachAllocation([&] {
-        try {
-            QuietTracer tracer(comb);
-            try {
-                tracer.vectorize(tracer.lines(), false);
-            } catch (const int value) {
-                CHECK(value == -1);
-                ++minusOnes;
-                tracer.outlines = 0;
-                tracer.vectorize(tracer.lines(), false);
-                CHECK(tracer.outlines == 1);
-            } catch (const std::bad_alloc&) {
-            }
-        } catch (const int) {
-        }
-    });
-    CHECK(minusOnes == 2);  // 256 to 512 and 512 to 1024
-}
-
-// Makes the line before it disappear, so that its edges stay open.
-class HoardingTracer : public Vaskel::Vectorizer {
- public:
-    explicit HoardingTracer(std::vector<int> counts) : Vectorizer(-1), mCounts(std::move(counts)) {}
-    int getLine(int line, int* runs) override {
-        if (mLast) mLast[0] = kLineEnd;
-        const int count = mCounts[static_cast<std::size_t>(line)];
-        for (int i = 0; i < count; ++i) runs[i] = i;
-        runs[count] = kLineEnd;
-        mLast = runs;
-        return 0;
-    }
-    void addPath(Pemmit::Path* path) override { Pemmit::objrem(path); }
-    int trace() {
-        mLast = nullptr;
-        return vectorize(static_cast<int>(mCounts.size()), false);
-    }
-    std::vector<int> mCounts;
-
- private:
-    int* mLast = nullptr;
-};
-
-TEST_CASE("vectorizer: 65534 open edges are fine, two more throw -2, and that does no harm") {
-    HoardingTracer tracer({24998, 24998, 15538});
-    CHECK(tracer.trace() == 0);
-    tracer.mCounts = {24998, 24998, 15540};
-    bool thrown = false;
-    try {
-        tracer.trace();
-    } catch (const int value) {
-        CHECK(value == -2);
-        thrown = true;
-    }
-    CHECK(thrown);
-    tracer.mCounts = {24998, 24998, 15538};
-    CHECK(tracer.trace() == 0);
-}
-
-// ---- copies -----------------------------------------------------------------
-
-TEST_CASE("vectorizer: copies and assigned ones trace, whichever goes first") {
-    Vaskel::cleanpar(0, 0, 0);
-    for (const bool sourceFirst : {true, false}) {
-        CAPTURE(sourceFirst);
-        auto source = std::make_unique<TestTracer>();
-        auto copy = std::make_unique<TestTracer>(*source);
-        TestTracer assigned(5);
-        assigned = *source;
-        CHECK(copy->trace(kRing) == kRingOutlines);
-        CHECK(source->trace(kRing) == kRingOutlines);
-        auto second = std::make_unique<TestTracer>(*copy);
-        (sourceFirst ? source : copy).reset();
-        std::unique_ptr<TestTracer>& left = sourceFirst ? copy : source;
-        CHECK(left->trace(kRing) == kRingOutlines);
-        left.reset();
-        CHECK(second->trace(kRing) == kRingOutlines);
-        CHECK(assigned.trace(kRing) == kRingOutlines);
-        const TestTracer& itself = assigned;
-        assigned = itself;
-        CHECK(assigned.trace(kRing) == kRingOutlines);
-    }
-}
-
-TEST_CASE("vectorizer: a copy takes the minimum size and the smoothing with it") {
-    TestTracer source(3, 0, 0, 0, 1, true);
-    TestTracer copy(source);
-    TestTracer assigned(-1);
-    assigned = source;
-    const Bitmap steps = {"####", ".####", "..####", "...####"};
-    const Outlines want = source.trace(steps);
-    REQUIRE(want.size() == 1);
-    CHECK(want[0].size() == 10);  // slanted on both sides
-    CHECK(copy.trace(steps) == want);
-    CHECK(assigned.trace(steps) == want);
-    CHECK(copy.trace({"###", "###", "###"}).empty());
-    CHECK(assigned.trace({"###", "###", "###"}).empty());
-}
-
-TEST_CASE("vectorizer: copying takes no memory, tracing with a copy takes its own") {
-    const QuietTracer source(kRing);
-    const long before = allocationCount();
-    QuietTracer copy(source);
-    CHECK(allocationCount() == before);
-    failEachAllocation([&] {
-        QuietTracer other(source);
-        try {
-            other.vectorize(other.lines(), false);
-        } catch (const int value) {
-            CHECK(value == -1);
-        } catch (const std::bad_alloc&) {
-        }
-    });
-    copy.vectorize(copy.lines(), false);
-    CHECK(copy.outlines == 2);
-}
-
-// Runs an action at the n-th callback.
-class ActingTracer : public TestTracer {
- public:
-    int getLine(int line, int* runs) override {
-        act();
-        writeRuns(kRing[static_cast<std::size_t>(line)], runs);
-        return 0;
-    }
-    int convertVertical(int line) override {
-        act();
-        return line;
-    }
-    void addPath(Pemmit::Path* path) override {
-        PathPtr owned(path);
-        act();
-        TestTracer::addPath(owned.release());
-    }
-    void act() {
-        if (--left == 0) action();
-    }
-    int left = 0;
-    std::function<void()> action;
-};
-
-TEST_CASE("vectorizer: callbacks may copy, trace with a copy, with this object, and assign it") {
-    Vaskel::cleanpar(0, 0, 0);
-    Bitmap busy = {std::string(600, '#'), std::string(600, '#')};
-    for (std::size_t x = 1; x < busy[0].size(); x += 2) busy[0][x] = '.';
-    int calls = 0;
-    for (int n = 1; n <= 10; ++n) {
-        CAPTURE(n);
-        ActingTracer tracer;
-        std::unique_ptr<ActingTracer> copy;
-        const auto traceAside = [&](ActingTracer& with) {
-            const Outlines kept = tracer.outlines;
-            with.left = 0;
-            with.outlines.clear();
-            with.vectorize(4, true);
-            CHECK(with.outlines == kRingOutlines);
-            with.outlines = &with == &tracer ? kept : Outlines();
-            ++calls;
-        };
-        const std::function<void()> actions[] = {
-            [&] { copy = std::make_unique<ActingTracer>(tracer); },
-            [&] {
-                copy = std::make_unique<ActingTracer>(tracer);
-                traceAside(*copy);
-            },
-            [&] { traceAside(tracer); },
-            [&] {
-                ActingTracer other;
-                traceAside(other);
-                static_cast<Vaskel::Vectorizer&>(tracer) = other;
-            },
-        };
-        for (const auto& action : actions) {
-            tracer.outlines.clear();
-            tracer.action = action;
-            tracer.left = n;
-            tracer.vectorize(4, false);
-            CHECK(tracer.outlines == kRingOutlines);
-            tracer.left = 0;
-            if (copy) {
-                copy->outlines.clear();
-                copy->left = 0;
-                copy->vectorize(4, false);
-                CHECK(copy->outlines == kRingOutlines);
-            }
-        }
-        CHECK(static_cast<TestTracer&>(tracer).outlines == kRingOutlines);
-    }
-    CHECK(calls == 30);
 }
 
 // ---- cleaning ---------------------------------------------------------------
