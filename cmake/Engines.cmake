@@ -54,7 +54,7 @@ foreach(source IN LISTS vaskel_sources)
     endif()
 endforeach()
 set(vaskel_unhurried
-    messages/error.cpp messages/message_ask.cpp messages/message_blocks.cpp
+    messages/error.cpp messages/message.cpp messages/message_ask.cpp messages/message_blocks.cpp
     messages/message_handler.cpp messages/uni16_text.cpp
     units/unit_state.cpp units/parse_range.cpp units/strtodis.cpp
     geometry/arc.cpp geometry/clean_plain.cpp geometry/intersect.cpp geometry/intersect_order.cpp

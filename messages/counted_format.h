@@ -5,7 +5,6 @@
 
 #include <cstdarg>
 #include <cstddef>
-#include <cstdio>
 
 namespace Vaskel {
 
@@ -15,23 +14,23 @@ constexpr int kMessageLength = 1024;
 /// A message's text and its terminator.
 using MessageBuffer = char[kMessageLength + 1];
 
-/// What formatCounted makes of a count that vsnprintf returned and that is not 0
-/// to 1024; -1.
-int formatFailed(MessageBuffer& text, int count);
-
 /// Formats into text and returns the count of characters, 0 to 1024. A longer
 /// text leaves its first 1024 bytes and gives -1; a failure of the formatter
 /// within them leaves the empty text and gives -1. text is terminated in every case.
-__attribute__((format(printf, 2, 0))) inline int formatCounted(MessageBuffer& text,
-                                                               const char* format,
-                                                               va_list arguments) {
-    text[0] = '\0';
-    if (format == nullptr) return -1;
-    const int count = std::vsnprintf(text, sizeof text, format, arguments);
-    if (count < 0 || count > kMessageLength) [[unlikely]]
-        return formatFailed(text, count);
-    return count;
-}
+__attribute__((format(printf, 2, 0))) int formatCounted(MessageBuffer& text, const char* format,
+                                                        va_list arguments);
+
+// The two forms that it is made of, for formats that are not null.
+
+/// The rule itself, by vsnprintf: takes every format.
+__attribute__((format(printf, 2, 0))) int formatByLibrary(MessageBuffer& text, const char* format,
+                                                          va_list arguments);
+
+/// The same for a format of text and the conversions %s, %d, %i and %%, without
+/// flags, width, precision or size. Gives -1, with anything in text, for others, for
+/// a null text and for a text that does not fit in.
+__attribute__((format(printf, 2, 0))) int formatSimple(MessageBuffer& text, const char* format,
+                                                       va_list arguments);
 
 }  // namespace Vaskel
 
