@@ -14,31 +14,27 @@
 namespace Vaskel {
 namespace {
 
-#if defined(__x86_64__)
-constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2,
-                                         &kUnicodeAvx512};
-
-// How many of the forms this CPU can run, made ready.
-std::size_t usableForms() {
-    const CpuLevel level = cpuLevel();
-    if (level >= CpuLevel::Avx2) makeUnicodeTables();
-    return level >= CpuLevel::Avx512Vbmi2 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
-}
-#else
-constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
-std::size_t usableForms() { return 2; }
-#endif
-
 // What the exported functions use: null until one is called.
 constinit std::atomic<const UnicodeForm*> gForm{nullptr};
 
+// The plain form is none of them, so that only a program that asks for all forms
+// holds it.
 [[gnu::noinline]] const UnicodeForm& chooseForm() {
-    const UnicodeForm* const best = unicodeForms().back();
+    const UnicodeForm* best = &kUnicodeOnePass;
+#if defined(__x86_64__)
+    const CpuLevel level = cpuLevel();
+    if (level >= CpuLevel::Avx512Vbmi2) {
+        best = &kUnicodeAvx512;
+    } else if (level >= CpuLevel::Avx2) {
+        makeUnicodeTables();
+        best = &kUnicodeAvx2;
+    }
+#endif
     gForm.store(best, std::memory_order_release);  // its tables are made
     return *best;
 }
 
-const UnicodeForm& chosenForm() {
+inline const UnicodeForm& chosenForm() {
     if (const UnicodeForm* form = gForm.load(std::memory_order_acquire)) return *form;
     return chooseForm();
 }
@@ -83,7 +79,17 @@ std::string utf8OfUtf16Bytes(std::string bytes) {
 }  // namespace
 
 std::span<const UnicodeForm* const> unicodeForms() {
-    return std::span(kForms).first(usableForms());
+#if defined(__x86_64__)
+    static constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2,
+                                                    &kUnicodeAvx512};
+    const CpuLevel level = cpuLevel();
+    if (level >= CpuLevel::Avx2) makeUnicodeTables();
+    const std::size_t usable = level >= CpuLevel::Avx512Vbmi2 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
+    return std::span(kForms).first(usable);
+#else
+    static constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
+    return kForms;
+#endif
 }
 
 void forceUnicodeForm(const UnicodeForm* form) { gForm.store(form, std::memory_order_relaxed); }

@@ -97,6 +97,14 @@ VASKEL_AVX512 inline __m512i unitOrder32(bool big) {
     return big ? _mm512_xor_si512(order, all8(3)) : order;
 }
 
+/// A number as units in another byte order have it.
+constexpr unsigned as16(unsigned value, bool big) {
+    return big ? (value & 0xFF) << 8 | value >> 8 : value;
+}
+constexpr unsigned as32(unsigned value, bool big) {
+    return big ? as16(value & 0xFFFF, true) << 16 | as16(value >> 16, true) : value;
+}
+
 VASKEL_AVX512 inline __m512i lowHalf(__m512i units) {
     return _mm512_cvtepu16_epi32(_mm512_castsi512_si256(units));
 }

@@ -1,12 +1,14 @@
-// Unicode conversions for CPUs with AVX-512 and its byte shuffles: texts of at
-// most sixteen characters, which need no loop, short ones, and the form itself.
+// Unicode conversions for CPUs with AVX-512 and its byte shuffles: texts of at most
+// 64 bytes of UTF-8 or 64 units, which need no blocks, and the form itself.
 //
-// The shortest texts are read at once, with whatever is behind them in their page;
-// what they become is in one vector, and its size is known before the result is
-// made: so nothing is written that has to be read again, and no step waits for the
-// length of the text. Same results as the block functions: the values and what
-// becomes of them are made by the same steps. All other texts, bad ones among
-// them, are left to these.
+// Such a text is looked at first, together with whatever is behind it in its page,
+// which tells how large the result is; then what sixteen characters become is made
+// in one vector and written where it belongs. So nothing is written that has to be
+// read again, and the result's memory has the right size at once.
+//
+// Same results as the rules: values and what becomes of them are made by the steps
+// of the block functions. Bad texts of UTF-8, and those with zeros in overlong
+// forms, are left to these, like all longer texts.
 
 #include "encoding/unicode_avx2.h"
 #include "encoding/unicode_avx512.h"
@@ -18,76 +20,14 @@ namespace Vaskel {
 namespace Avx512 {
 namespace {
 
-// Reads up to 64 bytes of which only some belong to a text.
+// ---- Sizes ------------------------------------------------------------------
+
+// Reads bytes behind a text that are in the page of one that belongs to it.
 #define VASKEL_READS_PAGE __attribute__((no_sanitize("address")))
-
-// Whether 64 bytes from here on lie in one page.
-bool inOnePage(const char* text) {
-    return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - 64;
-}
-
-constexpr std::size_t kNone = ~std::size_t{0};
-
-// The values of a text, and how many there are if they are taken; how many bytes
-// it has, if that is known.
-struct Values {
-    __m512i values;
-    std::size_t count, size;
-    VASKEL_AVX512 static Values none(std::size_t size = kNone) {
-        return {_mm512_setzero_si512(), kNone, size};
-    }
-    bool taken() const { return count != kNone; }
-};
-
-VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf8(const char* text) {
-    const __m512i block = _mm512_loadu_si512(text);
-    const std::uint64_t zeros = _mm512_testn_epi8_mask(block, block);
-    if (zeros == 0) return Values::none(text[64] == 0 ? 64 : kNone);
-    const std::uint64_t valid = _blsmsk_u64(zeros) >> 1;
-    const std::uint64_t cont = _mm512_cmplt_epi8_mask(block, all8(0xC0)) & valid;
-    const std::uint64_t two = _mm512_cmpge_epu8_mask(block, all8(0xC0));
-    const std::uint64_t three = _mm512_cmpge_epu8_mask(block, all8(0xE0));
-    const std::uint64_t four = _mm512_cmpge_epu8_mask(block, all8(0xF0));
-    const std::uint64_t five = _mm512_cmpge_epu8_mask(block, all8(0xF8)) & valid;
-    // The text has 63 bytes at the most: of a character that is cut off, the
-    // first byte that is missing is among the 64.
-    const std::uint64_t follow = (two & valid) << 1 | (three & valid) << 2 | (four & valid) << 3;
-    const std::uint64_t leads = valid & ~cont;
-    const std::size_t count = popcount(leads), size = popcount(valid);
-    if (((follow ^ cont) | five) != 0 || count > 16) return Values::none(size);
-    const __m512i starts = _mm512_maskz_compress_epi8(leads, _mm512_load_si512(&kPlaces));
-    return {valuesAt(block, starts, _mm512_load_si512(&kLanes), low16(count)), count, size};
-}
-
-VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf16(const char* text, bool big) {
-    const __m512i units = _mm512_loadu_si512(text);
-    const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
-    const auto count = static_cast<std::size_t>(_tzcnt_u32(zeros));
-    const std::size_t size = zeros == 0 ? kNone : 2 * count;
-    if (count > 16) return Values::none(size);
-    const __m512i ordered = _mm512_shuffle_epi8(units, unitOrder16(big));
-    const __m512i values = _mm512_maskz_mov_epi32(low16(count), lowHalf(ordered));
-    if (areSurrogates(values) != 0) return Values::none(size);
-    return {values, count, size};
-}
-
-VASKEL_AVX512 VASKEL_READS_PAGE inline Values valuesOf32(const char* text, bool big) {
-    const __m512i units = _mm512_loadu_si512(text);
-    const std::uint32_t zeros = _mm512_testn_epi32_mask(units, units);
-    // A text that has not ended has a unit behind these.
-    std::uint32_t next = 0;
-    if (zeros == 0) std::memcpy(&next, text + 64, 4);
-    if (next != 0) return Values::none();
-    const auto count = static_cast<std::size_t>(_tzcnt_u32(zeros | 0x10000));
-    const __m512i ordered = _mm512_shuffle_epi8(units, unitOrder32(big));
-    const __m512i values = _mm512_maskz_mov_epi32(low16(count), ordered);
-    if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return Values::none(4 * count);
-    return {values, count, 4 * count};
-}
 
 // The bytes in front of the zero unit, in aligned blocks that lie in one page each.
 template <unsigned kUnit>
-VASKEL_AVX512 VASKEL_READS_PAGE __attribute__((noinline)) std::size_t sizeToZero(const Byte* text) {
+VASKEL_AVX512 VASKEL_READS_PAGE std::size_t sizeToZero(const Byte* text) {
     const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) % 64;
     if (offset % kUnit != 0) return kUnit == 2 ? size16Avx2(text) : size32Avx2(text);
     const auto zeros = [](const Byte* block) VASKEL_AVX512 VASKEL_READS_PAGE {
@@ -104,112 +44,328 @@ VASKEL_AVX512 VASKEL_READS_PAGE __attribute__((noinline)) std::size_t sizeToZero
     return static_cast<std::size_t>(block + kUnit * _tzcnt_u32(found) - text);
 }
 
-// bytes[0, size) between a mark and a zero unit of kUnit bytes.
-template <std::size_t kUnit>
-VASKEL_AVX512 std::string textOf(__m512i bytes, std::size_t size, bool big) {
+constexpr UnicodeBlocks kBlocks = {
+    .utf8ToUtf16 = utf8ToUtf16,
+    .utf8ToUtf32 = utf8ToUtf32,
+    .utf16ToUtf8 = utf16ToUtf8,
+    .utf16ToUtf32 = utf16ToUtf32,
+    .utf32ToUtf8 = utf32ToUtf8,
+    .utf32ToUtf16 = utf32ToUtf16,
+    .size8 = size8Avx2,
+    .size16 = sizeToZero<2>,
+    .size32 = sizeToZero<4>,
+    .ahead = 1,
+};
+using LongTexts = OnePassForm<kBlocks>;
+
+// Whether so many bytes from here on lie in one page.
+template <std::size_t kSize>
+bool inOnePage(const void* text) {
+    return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - kSize;
+}
+
+// The lanes in front of the first one whose bit is set; all if there is none.
+template <class Mask>
+Mask inFront(Mask zeros) {
+    return static_cast<Mask>(~zeros & (zeros - 1));
+}
+
+// ---- Results ----------------------------------------------------------------
+
+// A string of so many bytes, all of which its maker writes.
+[[gnu::noinline]] std::string unwritten(std::size_t size) {
     std::string result;
-    const auto write = [&](char* out, std::size_t) VASKEL_AVX512 {
-        if (kUnit == 2) {
-            const std::uint16_t mark = big ? 0xFFFE : 0xFEFF, zero = 0;
-            std::memcpy(out, &mark, kUnit);
-            std::memcpy(out + kUnit + size, &zero, kUnit);
-        }
-        if (kUnit == 4) {
-            const std::uint32_t mark = big ? 0xFFFE0000 : 0xFEFF, zero = 0;
-            std::memcpy(out, &mark, kUnit);
-            std::memcpy(out + kUnit + size, &zero, kUnit);
-        }
-        _mm512_mask_storeu_epi8(out + kUnit, lowBits(size), bytes);
-        return size + 2 * kUnit;
-    };
 #ifdef __cpp_lib_string_resize_and_overwrite
-    result.resize_and_overwrite(size + 2 * kUnit, write);
+    // What is passed on may be more than size, up to what the string has room for.
+    result.resize_and_overwrite(size, [=](char* memory, std::size_t) {
+        __asm__ volatile("" : : "r"(memory) : "memory");  // as if it were written here
+        return size;
+    });
 #else
-    result.resize(size + 2 * kUnit);
-    write(result.data(), result.size());
+    result.resize(size);
 #endif
     return result;
 }
 
-VASKEL_AVX512 inline std::string text8Of(__m512i values) {
+// The same with a mark of kUnit bytes in front of so many and a zero unit behind.
+template <std::size_t kUnit>
+inline std::string unwritten(std::size_t size, bool big) {
+    std::string result = unwritten(size + 2 * kUnit);
+    char* const begin = result.data();
+    const std::uint32_t mark = !big ? 0xFEFF : kUnit == 2 ? 0xFFFE : 0xFFFE0000;
+    std::memcpy(begin, &mark, kUnit);
+    std::memset(begin + kUnit + size, 0, kUnit);
+    return result;
+}
+
+// The first bytes only.
+VASKEL_AVX512 inline char* put(__m512i bytes, std::size_t size, char* out) {
+    const std::uint64_t mask = _bzhi_u64(~std::uint64_t{0}, static_cast<unsigned>(size));
+    _mm512_mask_storeu_epi8(out, mask, bytes);
+    return out + size;
+}
+
+VASKEL_AVX512 inline char* put8(__m512i values, char* out) {
     __mmask64 keep;
     const __m512i bytes = utf8Of(values, keep);
-    return textOf<0>(bytes, popcount(keep), false);
+    return put(bytes, popcount(keep), out);
 }
 
-VASKEL_AVX512 inline std::string text16Of(__m512i values, bool big) {
+VASKEL_AVX512 inline char* put16(__m512i values, __m512i order, char* out) {
     __mmask32 keep;
     const __m512i units = utf16Of(values, keep);
-    return textOf<2>(_mm512_shuffle_epi8(units, unitOrder16(big)), 2 * popcount(keep), big);
+    return put(_mm512_shuffle_epi8(units, order), 2 * popcount(keep), out);
 }
 
-VASKEL_AVX512 inline std::string text32Of(const Values& of, bool big) {
-    return textOf<4>(_mm512_shuffle_epi8(of.values, unitOrder32(big)), 4 * of.count, big);
+// ---- From UTF-8 -------------------------------------------------------------
+
+// A bit a byte: those of the text, those from 80 on, the first ones of characters
+// and of those of four bytes.
+struct Bytes {
+    std::uint64_t all, high, leads, fours;
+};
+
+// ASCII, 16 or 32 bytes of which fill a vector of units.
+template <bool kWide>
+VASKEL_AVX512 inline void putAscii(const char* text, std::uint64_t mask, __m512i order, char* out) {
+    do {
+        if (kWide) {
+            const auto some = static_cast<__mmask16>(mask);
+            const __m512i units = _mm512_cvtepu8_epi32(_mm_maskz_loadu_epi8(some, text));
+            _mm512_mask_storeu_epi32(out, some, _mm512_shuffle_epi8(units, order));
+        } else {
+            const auto some = static_cast<__mmask32>(mask);
+            const __m512i units = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(some, text));
+            _mm512_mask_storeu_epi16(out, some, _mm512_shuffle_epi8(units, order));
+        }
+        text += kWide ? 16 : 32;
+        out += 64;
+        mask >>= kWide ? 16 : 32;
+    } while (mask != 0);
 }
 
-std::string convert(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
-                    const Byte* text, std::size_t size) {
-    return size <= kShortUnicode ? convertShortUnicode(way, blocks, orders, text, size)
-                                 : convertLongUnicode(way, blocks, 1, orders, text, size);
+// The text's characters as units from out on; false if one is a zero, a surrogate
+// or an overlong form, with which UTF-16 has other sizes or none.
+template <bool kWide>
+VASKEL_AVX512 inline bool putCharacters(const char* text, Bytes at, __m512i order, bool big,
+                                        char* out, const char* end) {
+    const __m512i bytes = _mm512_maskz_loadu_epi8(at.all, text);
+    const __m512i starts = _mm512_maskz_compress_epi8(at.leads, _mm512_load_si512(&kPlaces));
+    const Narrow32 narrow(false, big);
+    __m512i lanes = _mm512_load_si512(&kLanes);
+    std::uint32_t apart = 0;
+    std::uint64_t mask = lowBits(popcount(at.leads));
+    do {
+        const auto some = static_cast<__mmask16>(mask);
+        const __m512i values = valuesAt(bytes, starts, lanes, some);
+        if (!kWide)
+            apart |= areSurrogates(values) | _mm512_mask_testn_epi32_mask(some, values, values);
+        if (kWide) {
+            _mm512_mask_storeu_epi32(out, some, _mm512_shuffle_epi8(values, order));
+            out += 64;
+        } else if (at.fours == 0) {
+            _mm256_mask_storeu_epi16(out, some, narrow(values));
+            out += 32;
+        } else {
+            out = put16(values, order, out);
+        }
+        lanes = _mm512_add_epi8(lanes, all8(16));
+        mask >>= 16;
+    } while (mask != 0);
+    return kWide || (apart == 0 && (at.fours == 0 || out == end));
 }
 
-// For UTF-16: whether a value is a surrogate, or zero as an overlong form makes it.
-VASKEL_AVX512 inline bool bad16(const Values& of) {
-    const __mmask16 zeros = _mm512_testn_epi32_mask(of.values, of.values);
-    return ((zeros & low16(of.count)) | areSurrogates(of.values)) != 0;
+[[gnu::noinline]] void makeByRules(std::string& result, const char* text, bool big) {
+    result = LongTexts::utf8ToUtf16(text, big);
 }
 
 template <bool kWide>
-VASKEL_AVX512 std::string anyUtf8(const char* text, bool big) {
+VASKEL_AVX512 inline std::string make(const char* text, Bytes at, bool big) {
+    constexpr std::size_t kUnit = kWide ? 4 : 2;
+    const std::size_t size = kUnit * (popcount(at.leads) + (kWide ? 0 : popcount(at.fours)));
+    std::string result = unwritten<kUnit>(size, big);
+    char* const out = result.data() + kUnit;
+    const __m512i order = kWide ? unitOrder32(big) : unitOrder16(big);
+    if (at.high == 0)
+        putAscii<kWide>(text, at.all, order, out);
+    else if (!putCharacters<kWide>(text, at, order, big, out, out + size))
+        makeByRules(result, text, big);
+    return result;
+}
+
+template <bool kWide>
+VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf8(const char* text, bool big) {
+    constexpr auto longText = kWide ? LongTexts::utf8ToUtf32 : LongTexts::utf8ToUtf16;
     if (!startsAsUtf8(text)) return {};
-    const auto* const bytes = reinterpret_cast<const Byte*>(text);
-    const Values of = inOnePage(text) ? valuesOf8(text) : Values::none();
-    if (of.taken() && kWide) return text32Of(of, big);
-    if (of.taken() && !bad16(of)) return text16Of(of.values, big);
-    return convert(kWide ? kUtf8ToUtf32 : kUtf8ToUtf16, kWide ? utf8ToUtf32 : utf8ToUtf16,
-                   {false, big}, bytes, of.size != kNone ? of.size : size8Avx2(bytes));
+    if (!inOnePage<64>(text)) return longText(text, big);
+    const __m512i page = _mm512_loadu_si512(text);
+    const std::uint64_t zeros = _mm512_testn_epi8_mask(page, page);
+    if (zeros == 0 && text[64] != 0) return longText(text, big);
+    const std::uint64_t all = inFront(zeros);
+    const __m512i bytes = _mm512_maskz_mov_epi8(all, page);
+    const std::uint64_t high = _mm512_movepi8_mask(bytes);
+    Bytes at = {all, high, all, 0};
+    if (high != 0) {
+        const std::uint64_t cont = _mm512_cmplt_epi8_mask(bytes, all8(0xC0));
+        const std::uint64_t two = high & ~cont;
+        const std::uint64_t three = _mm512_cmpge_epu8_mask(bytes, all8(0xE0));
+        const std::uint64_t four = _mm512_cmpge_epu8_mask(bytes, all8(0xF0));
+        const std::uint64_t five = _mm512_cmpge_epu8_mask(bytes, all8(0xF8));
+        const std::uint64_t follow = two << 1 | three << 2 | four << 3;
+        const std::uint64_t behind = two >> 63 | three >> 62 | four >> 61;
+        if (((follow ^ cont) | behind | five) != 0) return longText(text, big);
+        at = {all, high, all & ~cont, four};
+    }
+    return make<kWide>(text, at, big);
+}
+
+// ---- From UTF-16 ------------------------------------------------------------
+
+// A bit a unit: those of the text, high surrogates and low ones.
+struct Units {
+    std::uint64_t all, high, low;
+};
+
+// Sixteen units as 32 bits each, those in mask.
+VASKEL_AVX512 inline __m512i load(const Byte* units, std::uint64_t mask) {
+    return _mm512_cvtepu16_epi32(_mm256_maskz_loadu_epi16(static_cast<__mmask16>(mask), units));
 }
 
 template <bool kWide>
-VASKEL_AVX512 std::string anyUtf16(const char* text, bool big) {
-    const ByteOrder order = utf16Mark(text);
-    if (order == ByteOrder::Unmarked) return {};
-    text += 2;
-    const auto* const bytes = reinterpret_cast<const Byte*>(text);
-    const bool inBig = order == ByteOrder::Big;
-    const Values of = inOnePage(text) ? valuesOf16(text, inBig) : Values::none();
-    if (of.taken()) return kWide ? text32Of(of, big) : text8Of(of.values);
-    return convert(kWide ? kUtf16ToUtf32 : kUtf16ToUtf8, kWide ? utf16ToUtf32 : utf16ToUtf8,
-                   {inBig, big}, bytes, of.size != kNone ? of.size : sizeToZero<2>(bytes));
+VASKEL_AVX512 inline std::string make(const Byte* text, Units at, std::size_t size, bool inBig,
+                                      bool big) {
+    std::string result = unwritten < kWide ? 4 : 0 > (size, big);
+    char* out = result.data() + (kWide ? 4 : 0);
+    const __m512i inOrder = unitOrder16(inBig), order = unitOrder32(big);
+    if (kWide && at.high == 0) {
+        const __m512i both = _mm512_xor_si512(order, all8(inBig ? 1 : 0));
+        do {
+            _mm512_mask_storeu_epi32(out, static_cast<__mmask16>(at.all),
+                                     _mm512_shuffle_epi8(load(text, at.all), both));
+            text += 32;
+            out += 64;
+            at.all >>= 16;
+        } while (at.all != 0);
+        return result;
+    }
+    do {
+        __m512i values = _mm512_shuffle_epi8(load(text, at.all), inOrder);
+        const auto keep = static_cast<__mmask16>(at.all & ~at.low);
+        if (at.high != 0) {
+            // A pair is 0x190000 | (high & 0x3F) << 10 | (low & 0x3FF).
+            const __m512i next = _mm512_shuffle_epi8(load(text + 2, at.all >> 1), inOrder);
+            const __m512i bits = choose(all32(0x3FF), next, _mm512_slli_epi32(values, 10));
+            values = _mm512_mask_mov_epi32(values, static_cast<__mmask16>(at.high),
+                                           andOr(bits, all32(0xFFFF), all32(0x190000)));
+        }
+        if (kWide)
+            out = put(_mm512_shuffle_epi8(_mm512_maskz_compress_epi32(keep, values), order),
+                      4 * popcount(keep), out);
+        else
+            out = put8(_mm512_maskz_mov_epi32(keep, values), out);
+        at = {at.all >> 16, at.high >> 16, at.low >> 16};
+        text += 32;
+    } while (at.all != 0);
+    return result;
+}
+
+template <bool kWide>
+VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf16(const char* marked, bool big) {
+    const auto longText = [=] {
+        return kWide ? LongTexts::utf16ToUtf32(marked, big) : LongTexts::utf16ToUtf8(marked);
+    };
+    const ByteOrder mark = utf16Mark(marked);
+    if (mark == ByteOrder::Unmarked) return {};
+    const bool inBig = mark == ByteOrder::Big;
+    const auto* const text = reinterpret_cast<const Byte*>(marked) + 2;
+    if (!inOnePage<128>(text)) return longText();
+    const auto bits = [=](unsigned value) { return as16(value, inBig); };
+    Units at = {0, 0, 0};
+    std::size_t more = 0;  // bytes of UTF-8 beside one a unit
+    for (unsigned done = 0; done < 64; done += 32) {
+        const __m512i units = _mm512_loadu_si512(text + 2 * done);
+        const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
+        const std::uint32_t here = inFront(zeros);
+        const __m512i top = _mm512_and_si512(units, all16(bits(0xF800)));
+        const std::uint32_t surrogates =
+            _mm512_mask_cmpeq_epi16_mask(here, top, all16(bits(0xD800)));
+        if (surrogates != 0) {
+            const __m512i kind = _mm512_and_si512(units, all16(bits(0xFC00)));
+            const std::uint32_t high =
+                _mm512_mask_cmpeq_epi16_mask(surrogates, kind, all16(bits(0xD800)));
+            at.high |= std::uint64_t{high} << done;
+            at.low |= std::uint64_t{surrogates ^ high} << done;
+        }
+        at.all |= std::uint64_t{here} << done;
+        if (!kWide)
+            more += popcount(_mm512_mask_test_epi16_mask(here, units, all16(bits(0xFF80)))) +
+                    popcount(_mm512_mask_test_epi16_mask(here, units, all16(bits(0xF800))));
+        if (zeros != 0) break;
+        if (done == 32 && (text[128] | text[129]) != 0) return longText();
+    }
+    if (at.high << 1 != at.low || at.high >> 63 != 0) return {};
+    // A pair counts six bytes, of which it has four.
+    const std::size_t size =
+        kWide ? 4 * popcount(at.all & ~at.low) : popcount(at.all) + more - 2 * popcount(at.low);
+    return make<kWide>(text, at, size, inBig, big);
+}
+
+// ---- From UTF-32 ------------------------------------------------------------
+
+template <bool kTo16>
+VASKEL_AVX512 inline std::string make(const Byte* text, std::uint64_t all, std::size_t size,
+                                      __m512i inOrder, bool big) {
+    std::string result = unwritten < kTo16 ? 2 : 0 > (size, big);
+    char* out = result.data() + (kTo16 ? 2 : 0);
+    const __m512i order = unitOrder16(big);
+    do {
+        const __m512i units = _mm512_maskz_loadu_epi32(static_cast<__mmask16>(all), text);
+        const __m512i values = _mm512_shuffle_epi8(units, inOrder);
+        out = kTo16 ? put16(values, order, out) : put8(values, out);
+        text += 64;
+        all >>= 16;
+    } while (all != 0);
+    return result;
 }
 
 template <bool kTo16>
-VASKEL_AVX512 std::string anyUtf32(const char* text, bool big) {
-    const ByteOrder order = utf32Mark(text);
-    if (order == ByteOrder::Unmarked) return {};
-    text += 4;
-    const auto* const bytes = reinterpret_cast<const Byte*>(text);
-    const bool inBig = order == ByteOrder::Big;
-    const Values of = inOnePage(text) ? valuesOf32(text, inBig) : Values::none();
-    if (of.taken() && !kTo16) return text8Of(of.values);
-    if (of.taken() && !bad16(of)) return text16Of(of.values, big);
-    return convert(kTo16 ? kUtf32ToUtf16 : kUtf32ToUtf8, kTo16 ? utf32ToUtf16 : utf32ToUtf8,
-                   {inBig, big}, bytes, of.size != kNone ? of.size : sizeToZero<4>(bytes));
+VASKEL_AVX512 std::string fromUtf32(const char* marked, bool big) {
+    const ByteOrder mark = utf32Mark(marked);
+    if (mark == ByteOrder::Unmarked) return {};
+    const auto* const text = reinterpret_cast<const Byte*>(marked) + 4;
+    const std::size_t count = sizeToZero<4>(text) / 4;
+    if (count > 64)
+        return kTo16 ? LongTexts::utf32ToUtf16(marked, big) : LongTexts::utf32ToUtf8(marked);
+    const __m512i inOrder = unitOrder32(mark == ByteOrder::Big);
+    const std::uint64_t all = lowBits(count);
+    std::size_t size = kTo16 ? 2 * count : count;
+    const Byte* from = text;
+    for (std::uint64_t mask = all; mask != 0; mask >>= 16, from += 64) {
+        const __m512i units = _mm512_maskz_loadu_epi32(static_cast<__mmask16>(mask), from);
+        const __m512i values = _mm512_shuffle_epi8(units, inOrder);
+        const auto have = [&](unsigned bits) VASKEL_AVX512 {
+            return popcount(_mm512_test_epi32_mask(values, all32(bits)));
+        };
+        if (have(0xFFE00000) != 0 || (kTo16 && areSurrogates(values) != 0)) return {};
+        size +=
+            kTo16 ? 2 * have(0xFFFF0000) : have(0xFFFFFF80) + have(0xFFFFF800) + have(0xFFFF0000);
+    }
+    return make<kTo16>(text, all, size, inOrder, big);
 }
 
-std::string anyUtf16ToUtf8(const char* text) { return anyUtf16<false>(text, false); }
-std::string anyUtf32ToUtf8(const char* text) { return anyUtf32<false>(text, false); }
+std::string utf16ToUtf8Text(const char* text) { return fromUtf16<false>(text, false); }
+std::string utf32ToUtf8Text(const char* text) { return fromUtf32<false>(text, false); }
 
 }  // namespace
 }  // namespace Avx512
 
 const UnicodeForm kUnicodeAvx512 = {"AVX-512",
-                                    Avx512::anyUtf8<true>,
-                                    Avx512::anyUtf8<false>,
-                                    Avx512::anyUtf16<true>,
-                                    Avx512::anyUtf16ToUtf8,
-                                    Avx512::anyUtf32<true>,
-                                    Avx512::anyUtf32ToUtf8};
+                                    Avx512::fromUtf8<true>,
+                                    Avx512::fromUtf8<false>,
+                                    Avx512::fromUtf16<true>,
+                                    Avx512::utf16ToUtf8Text,
+                                    Avx512::fromUtf32<true>,
+                                    Avx512::utf32ToUtf8Text};
 
 }  // namespace Vaskel
 

@@ -40,14 +40,6 @@ VASKEL_AVX512 inline __m512i asciiPlaces(bool big) {
     return placesOf(places, big ? kUnit - 1 : 0);
 }
 
-// A number as units in another byte order have it.
-constexpr unsigned as16(unsigned value, bool big) {
-    return big ? (value & 0xFF) << 8 | value >> 8 : value;
-}
-constexpr unsigned as32(unsigned value, bool big) {
-    return big ? as16(value & 0xFFFF, true) << 16 | as16(value >> 16, true) : value;
-}
-
 // To UTF-32 or, not wide, to UTF-8.
 template <bool kWide>
 VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,

@@ -1,10 +1,5 @@
 // The frame of the one-pass forms, and the one for any CPU: it has no blocks,
 // and the rules do it all.
-//
-// Same results as the plain form: characters go through the same rules, and
-// the one effect of the intermediate string, that an overlong zero in UTF-8
-// ends the UTF-16 text while bad bytes behind it still count, is made by
-// EndedAtZero.
 
 #include "encoding/unicode_onepass.h"
 
@@ -14,79 +9,6 @@
 
 namespace Vaskel {
 namespace {
-
-// ---- The rules --------------------------------------------------------------
-
-// What a character's value becomes; Yes, or what it means for the text.
-using Put = Taken (*)(std::uint32_t value, Byte*& out, bool big);
-
-Taken putValue32(std::uint32_t value, Byte*& out, bool big) {
-    put32(out, value, big);
-    return Taken::Yes;
-}
-
-Taken putValue16(std::uint32_t value, Byte*& out, bool big) {
-    if (isSurrogate(value)) return Taken::Bad;
-    if (value < 0x10000) {
-        put16(out, value, big);
-    } else {
-        put16(out, highUnit(value), big);
-        put16(out, lowUnit(value), big);
-    }
-    return Taken::Yes;
-}
-
-Taken putValue8(std::uint32_t value, Byte*& out, bool) {
-    putUtf8(out, value);
-    return Taken::Yes;
-}
-
-// A unit or a pair of UTF-16; false for a surrogate alone. A high unit at the
-// text's end is followed by the zero unit.
-bool getUtf16(const Byte*& in, bool big, std::uint32_t& value) {
-    value = get16(in, big);
-    in += 2;
-    if (!isSurrogate(value)) return true;
-    if (!isHighSurrogate(value)) return false;
-    const std::uint32_t low = get16(in, big);
-    in += 2;
-    if (!isLowSurrogate(low)) return false;
-    value = surrogatePairValue(value, low);
-    return true;
-}
-
-bool getUtf32(const Byte*& in, bool big, std::uint32_t& value) {
-    value = get32(in, big);
-    in += 4;
-    return value < kUnicodeEnd;
-}
-
-template <std::size_t kUnit, Put kPut>
-Taken take(const Byte*& inOut, const Byte* until, const Byte* end, Byte*& outOut,
-           ByteOrders orders) {
-    // Of pointers that are passed in, each byte written could change one.
-    const Byte* in = inOut;
-    Byte* out = outOut;
-    Taken taken = Taken::Yes;
-    while (in < until && taken == Taken::Yes) {
-        std::uint32_t value;
-        if (kUnit == 1 ? !getUtf8(in, end, value)
-                       : !(kUnit == 2 ? getUtf16 : getUtf32)(in, orders.inBig, value))
-            return Taken::Bad;
-        if (kPut == putValue16 && kUnit == 1 && value == 0) {
-            while (in < end)
-                if (!getUtf8(in, end, value)) return Taken::Bad;
-            taken = Taken::EndedAtZero;
-        } else {
-            taken = kPut(value, out, orders.big);
-        }
-    }
-    inOut = in;
-    outOut = out;
-    return taken;
-}
-
-// ---- The frame --------------------------------------------------------------
 
 // The mark in front of a text in UTF-16 or UTF-32, by its byte order and form.
 constexpr Byte kMarks[2][2][4] = {{{0xFF, 0xFE}, {0xFF, 0xFE, 0, 0}},
@@ -321,6 +243,43 @@ std::size_t size32(const Byte* text) {
     return size;
 }
 
+// A text of at most kShort bytes, with blocks that end where it does: a block function
+// does nearly all of it, and the rules do the rest.
+constexpr std::size_t kShort = 256;
+
+[[gnu::noinline]] std::string convertShort(const UnicodeWay& way, BlockFunction blocks,
+                                           ByteOrders orders, const Byte* text, std::size_t size) {
+    // What the characters become begins where a cache line does.
+    constexpr std::size_t kLine = 64;
+    alignas(kLine) Byte buffer[kLine + kShort * 4 + 4 + kBlockSpill];
+    Byte* const begin = buffer + kLine - way.markSize;
+    Byte* out = putMark(way, orders, begin);
+    if (size != 0) {
+        const Byte* const end = text + size;
+        const BlockStop stop = blocks(text, end - 1, end, out, orders);
+        if (!stop.out) return {};
+        out = stop.out;
+        if (stop.in < end) {
+            const Byte* in = stop.in;
+            Byte* to = out;
+            if (way.take(in, end, end, to, orders) == Taken::Bad) return {};
+            out = to;
+        }
+    }
+    return asString(begin, putEnd(way, out));
+}
+
+[[gnu::noinline]] std::string convertLong(const UnicodeWay& way, BlockFunction blocks,
+                                          std::size_t ahead, ByteOrders orders, const Byte* text,
+                                          std::size_t size) {
+    return OnePass(way, blocks, ahead, orders).convert(text, size);
+}
+
+// Leaves all to the rules.
+BlockStop noUnicodeBlocks(const Byte* in, const Byte*, const Byte*, Byte* out, ByteOrders) {
+    return {in, out};
+}
+
 constexpr UnicodeBlocks kBlocks = {
     .utf8ToUtf16 = noUnicodeBlocks,
     .utf8ToUtf32 = noUnicodeBlocks,
@@ -338,42 +297,26 @@ constexpr UnicodeBlocks kBlocks = {
 
 constinit UnicodeStreams gUnicodeStreams{24 << 20, 0};
 
-constexpr UnicodeWay kUtf8ToUtf16 = {1, 2, 2, 2, false, take<1, putValue16>};
-constexpr UnicodeWay kUtf8ToUtf32 = {1, 4, 4, 4, false, take<1, putValue32>};
-constexpr UnicodeWay kUtf16ToUtf8 = {2, 1, 0, 2, false, take<2, putValue8>};
-constexpr UnicodeWay kUtf16ToUtf32 = {2, 4, 4, 2, true, take<2, putValue32>};
-constexpr UnicodeWay kUtf32ToUtf8 = {4, 1, 0, 1, false, take<4, putValue8>};
-constexpr UnicodeWay kUtf32ToUtf16 = {4, 2, 2, 1, false, take<4, putValue16>};
-
-BlockStop noUnicodeBlocks(const Byte* in, const Byte*, const Byte*, Byte* out, ByteOrders) {
-    return {in, out};
-}
-
-std::string convertLongUnicode(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead,
-                               ByteOrders orders, const Byte* text, std::size_t size) {
-    return OnePass(way, blocks, ahead, orders).convert(text, size);
-}
-
-std::string convertShortUnicode(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
-                                const Byte* text, std::size_t size) {
-    // What the characters become begins where a cache line does.
-    constexpr std::size_t kLine = 64;
-    alignas(kLine) Byte buffer[kLine + kShortUnicode * 4 + 4 + kBlockSpill];
-    Byte* const begin = buffer + kLine - way.markSize;
-    Byte* out = putMark(way, orders, begin);
-    if (size != 0) {
-        const Byte* const end = text + size;
-        const BlockStop stop = blocks(text, end - 1, end, out, orders);
-        if (!stop.out) return {};
-        out = stop.out;
-        if (stop.in < end) {
-            const Byte* in = stop.in;
-            Byte* to = out;
-            if (way.take(in, end, end, to, orders) == Taken::Bad) return {};
-            out = to;
-        }
+[[gnu::noinline]] std::string convertUnicode(const UnicodeWay& way, const UnicodeBlocks& blocks,
+                                             BlockFunction function, const char* text, bool big) {
+    ByteOrders orders = {false, big};
+    if (way.unit == 1) {
+        if (!startsAsUtf8(text)) return {};
+    } else {
+        const ByteOrder order = way.unit == 2 ? utf16Mark(text) : utf32Mark(text);
+        if (order == ByteOrder::Unmarked) return {};
+        orders.inBig = order == ByteOrder::Big;
+        text += way.unit;
     }
-    return asString(begin, putEnd(way, out));
+    const auto* const bytes = reinterpret_cast<const Byte*>(text);
+    const std::size_t size = (way.unit == 1   ? blocks.size8
+                              : way.unit == 2 ? blocks.size16
+                                              : blocks.size32)(bytes);
+    const bool endWithText = blocks.ahead == 1;
+    // Below, blocks that have to be filled up take longer than the rules.
+    if (size <= (endWithText ? kShort : 12 * way.unit + 4))
+        return convertShort(way, endWithText ? function : noUnicodeBlocks, orders, bytes, size);
+    return convertLong(way, function, blocks.ahead, orders, bytes, size);
 }
 
 const UnicodeForm kUnicodeOnePass = OnePassForm<kBlocks>::named("one pass");

@@ -86,17 +86,10 @@ struct UnicodeWay {
 extern const UnicodeWay kUtf8ToUtf16, kUtf8ToUtf32, kUtf16ToUtf8, kUtf16ToUtf32, kUtf32ToUtf8,
     kUtf32ToUtf16;
 
-/// text[0, size), which a zero unit follows, converted by the rules of a way
-/// and the block function for it.
-std::string convertLongUnicode(const UnicodeWay& way, BlockFunction blocks, std::size_t ahead,
-                               ByteOrders orders, const Byte* text, std::size_t size);
-
-/// The same for at most kShortUnicode bytes and blocks that end with the text:
-/// a block function does nearly all of them, and the rules do the rest.
-std::string convertShortUnicode(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
-                                const Byte* text, std::size_t size);
-
-constexpr std::size_t kShortUnicode = 256;
+/// text converted by the rules of a way, and by the blocks' function for it where that
+/// pays.
+std::string convertUnicode(const UnicodeWay& way, const UnicodeBlocks& blocks,
+                           BlockFunction function, const char* text, bool big);
 
 /// From how many bytes on results are written past the caches, and how often that
 /// was done. Tests set the one and look at the other.
@@ -106,65 +99,26 @@ struct UnicodeStreams {
 };
 extern UnicodeStreams gUnicodeStreams;
 
-/// Leaves all to the rules.
-BlockStop noUnicodeBlocks(const Byte* in, const Byte* last, const Byte* end, Byte* out,
-                          ByteOrders orders);
-
 /// The six conversions with the block functions of one kind of CPU.
 template <const UnicodeBlocks& kBlocks>
 struct OnePassForm {
-    static const Byte* bytes(const char* text) { return reinterpret_cast<const Byte*>(text); }
-
-    static std::string convert(const UnicodeWay& way, BlockFunction blocks, ByteOrders orders,
-                               const Byte* text, std::size_t size) {
-        constexpr bool kEndWithText = kBlocks.ahead == 1;
-        // Below, blocks that have to be filled up take longer than the rules.
-        const std::size_t rules = 12 * way.unit + 4;
-        if (size <= (kEndWithText ? kShortUnicode : rules))
-            return convertShortUnicode(way, kEndWithText ? blocks : noUnicodeBlocks, orders, text,
-                                       size);
-        return convertLongUnicode(way, blocks, kBlocks.ahead, orders, text, size);
-    }
-
-    static std::string from8(const UnicodeWay& way, BlockFunction blocks, const char* text,
-                             bool big) {
-        if (!startsAsUtf8(text)) return {};
-        return convert(way, blocks, {false, big}, bytes(text), kBlocks.size8(bytes(text)));
-    }
-
-    static std::string from16(const UnicodeWay& way, BlockFunction blocks, const char* text,
-                              bool big) {
-        const ByteOrder order = utf16Mark(text);
-        if (order == ByteOrder::Unmarked) return {};
-        const Byte* const units = bytes(text) + 2;
-        return convert(way, blocks, {order == ByteOrder::Big, big}, units, kBlocks.size16(units));
-    }
-
-    static std::string from32(const UnicodeWay& way, BlockFunction blocks, const char* text,
-                              bool big) {
-        const ByteOrder order = utf32Mark(text);
-        if (order == ByteOrder::Unmarked) return {};
-        const Byte* const units = bytes(text) + 4;
-        return convert(way, blocks, {order == ByteOrder::Big, big}, units, kBlocks.size32(units));
-    }
-
     static std::string utf8ToUtf32(const char* text, bool big) {
-        return from8(kUtf8ToUtf32, kBlocks.utf8ToUtf32, text, big);
+        return convertUnicode(kUtf8ToUtf32, kBlocks, kBlocks.utf8ToUtf32, text, big);
     }
     static std::string utf8ToUtf16(const char* text, bool big) {
-        return from8(kUtf8ToUtf16, kBlocks.utf8ToUtf16, text, big);
+        return convertUnicode(kUtf8ToUtf16, kBlocks, kBlocks.utf8ToUtf16, text, big);
     }
     static std::string utf16ToUtf32(const char* text, bool big) {
-        return from16(kUtf16ToUtf32, kBlocks.utf16ToUtf32, text, big);
+        return convertUnicode(kUtf16ToUtf32, kBlocks, kBlocks.utf16ToUtf32, text, big);
     }
     static std::string utf16ToUtf8(const char* text) {
-        return from16(kUtf16ToUtf8, kBlocks.utf16ToUtf8, text, false);
+        return convertUnicode(kUtf16ToUtf8, kBlocks, kBlocks.utf16ToUtf8, text, false);
     }
     static std::string utf32ToUtf16(const char* text, bool big) {
-        return from32(kUtf32ToUtf16, kBlocks.utf32ToUtf16, text, big);
+        return convertUnicode(kUtf32ToUtf16, kBlocks, kBlocks.utf32ToUtf16, text, big);
     }
     static std::string utf32ToUtf8(const char* text) {
-        return from32(kUtf32ToUtf8, kBlocks.utf32ToUtf8, text, false);
+        return convertUnicode(kUtf32ToUtf8, kBlocks, kBlocks.utf32ToUtf8, text, false);
     }
 
     static constexpr UnicodeForm named(const char* name) {

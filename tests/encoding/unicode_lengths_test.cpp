@@ -198,7 +198,8 @@ TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the
     int good = 0, all = 0;
     for (const Fill& fill : kFills) {
         CAPTURE(fill.why);
-        for (const std::size_t count : {1, 2, 14, 15, 16, 17, 30, 31, 32, 33, 62, 64, 66, 130}) {
+        for (const std::size_t count :
+             {1, 2, 14, 15, 16, 17, 30, 31, 32, 33, 62, 63, 64, 66, 130}) {
             const Values values = filled(fill, count);
             for (std::size_t at = 0; at <= count; at += count > 66 ? 3 : 1) {
                 CAPTURE(count);
