@@ -58,10 +58,9 @@ constexpr UnicodeBlocks kBlocks = {
 };
 using LongTexts = OnePassForm<kBlocks>;
 
-// Whether so many bytes from here on lie in one page.
-template <std::size_t kSize>
+// Whether 64 bytes from here on lie in one page.
 bool inOnePage(const void* text) {
-    return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - kSize;
+    return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - 64;
 }
 
 // The lanes in front of the first one whose bit is set; all if there is none.
@@ -197,7 +196,7 @@ template <bool kWide>
 VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf8(const char* text, bool big) {
     constexpr auto longText = kWide ? LongTexts::utf8ToUtf32 : LongTexts::utf8ToUtf16;
     if (!startsAsUtf8(text)) return {};
-    if (!inOnePage<64>(text)) return longText(text, big);
+    if (!inOnePage(text)) return longText(text, big);
     const __m512i page = _mm512_loadu_si512(text);
     const std::uint64_t zeros = _mm512_testn_epi8_mask(page, page);
     if (zeros == 0 && text[64] != 0) return longText(text, big);
@@ -278,11 +277,11 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf16(const char* marked, bool b
     if (mark == ByteOrder::Unmarked) return {};
     const bool inBig = mark == ByteOrder::Big;
     const auto* const text = reinterpret_cast<const Byte*>(marked) + 2;
-    if (!inOnePage<128>(text)) return longText();
     const auto bits = [=](unsigned value) { return as16(value, inBig); };
     Units at = {0, 0, 0};
     std::size_t more = 0;  // bytes of UTF-8 beside one a unit
     for (unsigned done = 0; done < 64; done += 32) {
+        if (!inOnePage(text + 2 * done)) return longText();
         const __m512i units = _mm512_loadu_si512(text + 2 * done);
         const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
         const std::uint32_t here = inFront(zeros);
