@@ -4,14 +4,16 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
-#include "platform/orlune.h"
 #include "units/doutostr.h"
 #include "vaskel/units.h"
 
@@ -64,27 +66,56 @@ void run(benchmark::State& state, const Work& work, Write write) {
 }
 
 template <class Write>
-void add(const Work& work, const char* who, Write write) {
+void add(const Work& work, const std::string& who, Write write) {
     benchmark::RegisterBenchmark((std::string(work.name) + "/" + who).c_str(),
                                  [=](benchmark::State& state) { run(state, work, write); });
+}
+
+void addOurs(const Work& work, const std::string& who, const Vaskel::NumberForm* form) {
+    benchmark::RegisterBenchmark(
+        (std::string(work.name) + "/" + who).c_str(), [=](benchmark::State& state) {
+            Vaskel::forceNumberForm(form);
+            run(state, work, [](int d, char* text) { Vaskel::distostr(&d, text); });
+            Vaskel::forceNumberForm(nullptr);
+        });
+}
+
+// The number that a text says: the host's resolution, the rule's two operations,
+// scaling and rounding.
+std::uint32_t numberOf(int d, int decimals) {
+    static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
+    const double scaled = kPowers[decimals] * Vaskel::distodou(d);
+    return static_cast<std::uint32_t>(std::abs(scaled) + 0.5);
+}
+
+void storePair(char* text, std::uint32_t pair) {
+    static constexpr auto pairs = [] {
+        std::array<char, 200> made{};
+        for (std::size_t i = 0; i < 100; ++i) {
+            made[2 * i] = static_cast<char>('0' + i / 10);
+            made[2 * i + 1] = static_cast<char>('0' + i % 10);
+        }
+        return made;
+    }();
+    std::memcpy(text, &pairs[2 * pair], 2);
 }
 
 void registerAll() {
     for (const Work& work : kWorks) {
         const int decimals = work.decimals;
-        add(work, "vaskel", [](int d, char* text) { Vaskel::distostr(&d, text); });
-        add(work, "vaskel_plain", [=](int d, char* text) {
-            static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
-            const int rounded = Orlune::iround(kPowers[decimals] * Vaskel::distodou(d));
-            Vaskel::placesPlain(rounded, text, Vaskel::TextWidths::of(4, decimals, true));
-        });
-        // The number that the text says: the host's resolution, the rule's two
-        // operations, scaling and rounding.
+        addOurs(work, "vaskel", nullptr);
+        for (const Vaskel::NumberForm& form : Vaskel::numberForms())
+            addOurs(work, std::string("vaskel_") + form.name, &form);
         add(work, "least_number", [=](int d, char* text) {
-            static constexpr int kPowers[] = {1, 10, 100, 1000, 10000};
-            const double scaled = kPowers[decimals] * Vaskel::distodou(d);
-            const int number = static_cast<int>(std::abs(scaled) + 0.5);
+            const std::uint32_t number = numberOf(d, decimals);
             std::memcpy(text, &number, sizeof number);
+        });
+        // The number and its six digits: no blanks, sign, point, end.
+        add(work, "least_digits", [=](int d, char* text) {
+            const std::uint32_t number = numberOf(d, decimals);
+            storePair(text, number / 10000);
+            storePair(text + 2, number / 100 - number / 10000 * 100);
+            storePair(text + 4, number - number / 100 * 100);
         });
         add(work, "snprintf", [=](int d, char* text) {
             std::snprintf(text, 64, "%+.*f", decimals, Vaskel::distodou(d));

@@ -17,28 +17,57 @@ constexpr double kNoValue = std::numeric_limits<double>::infinity();
 
 double resolution() { return static_cast<double>(Pemmit::getppi()); }
 
-// The widths of lengths in every unit, with 0, 1 and 2 decimals more.
+// The widths of lengths: for each number of integer digits those with as many decimals
+// as units of so many digits have, and up to two more, one behind the other.
+struct WidthRange {
+    int intDigits, leastDecimals, mostDecimals;
+};
+constexpr int kMostMore = 2;
+constexpr WidthRange kRanges[] = {{1, 0, 2}, {2, 4, 6}, {3, 3, 5}, {4, 1, 4}, {5, 1, 3}, {7, 0, 2}};
+
 struct LengthWidths {
-    TextWidths of[kUnitCount + 1][3];
+    TextWidths of[19];
+    unsigned char first[kUnitCount + 1];  // those of a unit without more decimals
 };
 
 constexpr LengthWidths makeLengthWidths() {
     LengthWidths widths{};
-    for (int row = 0; row <= kUnitCount; ++row)
-        for (int more = 0; more < 3; ++more)
-            widths.of[row][more] =
-                TextWidths::of(kUnits[row].intDigits, kUnits[row].precision + more, true);
+    int at = 0;
+    for (const WidthRange& range : kRanges) {
+        for (int row = 0; row <= kUnitCount; ++row)
+            if (kUnits[row].intDigits == range.intDigits)
+                widths.first[row] =
+                    static_cast<unsigned char>(at + kUnits[row].precision - range.leastDecimals);
+        for (int decimals = range.leastDecimals; decimals <= range.mostDecimals; ++decimals)
+            widths.of[at++] = TextWidths::of(range.intDigits, decimals, true);
+    }
     return widths;
 }
 constexpr LengthWidths kLengthWidths = makeLengthWidths();
 
-void lengthToText(double distance, int unit, int moreDecimals, char* out) {
+constexpr bool hasAllWidths() {
+    for (int row = 0; row <= kUnitCount; ++row) {
+        for (int more = 0; more <= kMostMore; ++more) {
+            const TextWidths& widths = kLengthWidths.of[kLengthWidths.first[row] + more];
+            if (widths.intDigits != kUnits[row].intDigits ||
+                widths.decimals != kUnits[row].precision + more)
+                return false;
+        }
+    }
+    return true;
+}
+static_assert(hasAllWidths());
+
+// The host's answer first, so that no product waits in memory while it is asked.
+template <class Distance>
+void lengthToText(Distance distance, const int& unit, int moreDecimals, char* out) {
+    const double ppi = resolution();
     const int row = unitRow(unit);
-    formatNumber(distance * gUnitFactors[row] / resolution(), out,
-                 kLengthWidths.of[row][moreDecimals]);
+    formatNumber(distance * gUnitFactors[row] / ppi, out,
+                 kLengthWidths.of[kLengthWidths.first[row] + moreDecimals]);
 }
 
-void distanceToText(const int* dist, int unit, int moreDecimals, char* out) {
+void distanceToText(const int* dist, const int& unit, int moreDecimals, char* out) {
     if (*dist == kNoDistance) {
         *out = '\0';
         return;
@@ -75,8 +104,7 @@ void sqdistostr(const double* sqdist, char* out) {
     const double factor = gUnitFactors[row];
     const double ppi = resolution();
     const int intDigits = std::min(2 * kUnits[row].intDigits, allDigits);
-    formatNumber(factor * *sqdist * factor / ppi / ppi, out,
-                 TextWidths::of(intDigits, allDigits - intDigits, false));
+    doutostr(factor * *sqdist * factor / ppi / ppi, out, intDigits, allDigits - intDigits, false);
 }
 
 double distodou(int dist) { return distodou(static_cast<double>(dist)); }

@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "platform/orlune.h"
+#include "util/cpu.h"
 #include "vaskel/units.h"
 
 namespace Vaskel {
@@ -78,7 +79,7 @@ constexpr Marks kMarks[] = {marksOf(0), marksOf(1), marksOf(2), marksOf(3), mark
 // first - 2, then digits. Each byte is its difference to a blank, so that
 // shifting brings in blanks.
 struct Frames {
-    std::uint64_t of[4][8];  // by 2 * negative + plusSign; by first, 2 to 7
+    std::uint64_t of[4][8];  // by TextWidths::signs / 32 + negative; by first, 2 to 7
 };
 
 constexpr Frames makeFrames() {
@@ -86,7 +87,7 @@ constexpr Frames makeFrames() {
     for (int sign = 0; sign < 4; ++sign) {
         for (int first = 2; first < 8; ++first) {
             for (int at = first - 2; at < 8; ++at) {
-                const int byte = at == first - 2 ? " +--"[sign] : '0';
+                const int byte = at == first - 2 ? "+- -"[sign] : '0';
                 frames.of[sign][first] |= static_cast<std::uint64_t>(byte ^ ' ') << (8 * at);
             }
         }
@@ -100,27 +101,48 @@ void store(char* out, Word word) {
     std::memcpy(out, &word, sizeof word);
 }
 
-// Where the host says what value is, rounded: halves, and all that is too long
-// for a word.
-[[gnu::noinline]] void formatByHost(double value, char* out, const TextWidths& widths) {
-    if (value == std::numeric_limits<double>::infinity()) {
-        *out = '\0';
-        return;
-    }
-    const int rounded = Orlune::iround(widths.unit * value);
-    const std::uint32_t n = magnitude(rounded);
-    if (n < widths.wordLimit && kWords) return placesInWord(rounded < 0, n, out, widths);
-    placesPlain(rounded, out, widths);
+constexpr NumberForm kForms[] = {
+    {"plain", formatByHost},
+    {"word", formatNumberInWord},
+#if defined(__x86_64__)
+    {"avx512", formatNumberAvx512},
+#endif
+};
+
+// Not by the list of all, so that it stays out of the library.
+FormatNumber* bestForm() {
+#if defined(__x86_64__)
+    if (cpuLevel() >= CpuLevel::Avx512Vbmi2) return formatNumberAvx512;
+#endif
+    return formatNumberInWord;
+}
+
+void formatFirstNumber(double value, char* out, const TextWidths& widths) {
+    gFormatNumber.store(bestForm(), std::memory_order_relaxed);
+    formatNumber(value, out, widths);
 }
 
 }  // namespace
+
+constinit std::atomic<FormatNumber*> gFormatNumber{formatFirstNumber};
+
+std::span<const NumberForm> numberForms() {
+    std::size_t count = 1;
+    while (kForms[count - 1].run != bestForm()) ++count;
+    return std::span(kForms).first(count);
+}
+
+void forceNumberForm(const NumberForm* form) {
+    gFormatNumber.store(form ? form->run : formatFirstNumber, std::memory_order_relaxed);
+}
 
 // Each suppressed zero becomes two blanks, not one. Hosts show and compare
 // these texts as they come, so it stays.
 // Test: "doutostr writes sign, digits, point and decimals".
 void placesPlain(int rounded, char* out, const TextWidths& widths) {
     const auto unit = static_cast<std::uint64_t>(widths.unit);
-    const char sign = rounded < 0 ? '-' : widths.plusSign ? '+' : ' ';
+    const bool plusSign = widths.signs == TextWidths::kPlusSigns;
+    const char sign = rounded < 0 ? '-' : plusSign ? '+' : ' ';
     std::uint64_t n = magnitude(rounded);
     bool signWritten = false;
     for (std::uint64_t place = firstPlace(magnitude(rounded), unit, widths.intDigits); place != 0;
@@ -164,7 +186,7 @@ void placesInWord(bool negative, std::uint32_t n, char* out, const TextWidths& w
     const unsigned size = 2 * places - 6 + first - last;
 
     std::uint64_t text = ((digits & marks.upToUnits) >> 8) + (digits & ~marks.upToUnits);
-    text |= kFrames.of[2 * negative + widths.plusSign][first];
+    text |= kFrames.of[widths.signs / 32 + negative][first];
     text = (text ^ marks.point) << (8 * last);
 
     if (widths.upTo12) {
@@ -190,15 +212,29 @@ void placesInWord(bool negative, std::uint32_t n, char* out, const TextWidths& w
     }
 }
 
-// The whole part of amount + 0.5 is what the host's rounding gives, unless that
-// sum is whole itself: rounding, whatever the mode, may carry a sum onto a whole
-// number but not past it. Sums that are whole are halves or next to one.
-void formatNumber(double value, char* out, const TextWidths& widths) {
+void formatByHost(double value, char* out, const TextWidths& widths) {
+    if (value == std::numeric_limits<double>::infinity()) {
+        *out = '\0';
+        return;
+    }
+    placesPlain(Orlune::iround(widths.unit * value), out, widths);
+}
+
+// The rounding is the host's: to the nearest integer, and halves away from zero.
+// Let amount lie in [k, k + 1), and h be the double below 1/2, 1/2 - 2^-54. Below
+// k + 1/2 the amount is at most k + 1/2 - u, where u is the distance of doubles there.
+// amount + h is below k + 1 - u, which is a double, so that no rounding of the sum
+// takes it to k + 1. From k + 1/2 on, amount + h is at least k + 1 - 2^-54, no farther
+// from k + 1 than from the double below it, so that rounding to the nearest one, with
+// ties to even ones, takes it to k + 1; a mode that rounds down may leave it at k, which
+// the exact difference tells.
+void formatNumberInWord(double value, char* out, const TextWidths& widths) {
+    constexpr double belowHalf = 0.5 - 0x1p-54;
     const double scaled = widths.unit * value;
-    const double sum = std::abs(scaled) + 0.5;
-    if (kWords && sum < widths.wordLimit) {
-        const auto n = static_cast<std::int32_t>(sum);
-        if (n != sum)
+    const double amount = std::abs(scaled);
+    if (kWords && amount + belowHalf < widths.wordLimit) {
+        const auto n = static_cast<std::int32_t>(amount + belowHalf);
+        if (amount - n < 0.5)
             return placesInWord(std::signbit(scaled) & (n != 0), static_cast<std::uint32_t>(n), out,
                                 widths);
     }

@@ -4,7 +4,11 @@
 #define UNITS_DOUTOSTR_H
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
+#include <span>
+
+#include "vaskel/export.h"
 
 namespace Vaskel {
 
@@ -14,24 +18,35 @@ namespace Vaskel {
 // place above 10^9 holds no digit of a 32-bit number but is still counted for
 // the blanks.
 struct TextWidths {
-    double unit;             // 10^decimals
-    double wordLimit;        // placesInWord takes numbers below; 0 for none
-    signed char intDigits;   // -1, or 1 .. 19 - decimals
-    unsigned char decimals;  // 0 .. 9
-    bool plusSign;
-    bool upTo12;  // texts in a word have 5 to 12 bytes with their terminator
+    double unit;              // 10^decimals
+    std::uint32_t wordLimit;  // placesInWord takes numbers below; 0 for none
+    std::uint32_t wideLimit;  // formatNumberAvx512 does
+    signed char intDigits;    // -1, or 1 .. 19 - decimals
+    unsigned char decimals;   // 0 .. 9
+    bool upTo12;              // texts in a word have 5 to 12 bytes with their terminator
+    unsigned char signs;      // which signs, 32 of these apart: kPlusSigns or kBlankSigns
+    signed char skipped;      // of eight digits twice those that have no place, of wide texts
+
+    static constexpr unsigned char kPlusSigns = 0;    // "+", and "-" 32 behind it
+    static constexpr unsigned char kBlankSigns = 64;  // " ", and "-" 32 behind it
 
     static constexpr TextWidths of(int intDigits, int decimals, bool plusSign) {
         constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
         const int counted = std::clamp(decimals, 0, 9);
         const int width = intDigits < 0 ? -1 : std::clamp(intDigits, 1, 19 - counted);
-        const bool fits = width > 0 && counted <= 5 && 2 * width + counted + 1 <= 24;
+        const int places = width + counted;
+        const auto limit = [&](bool fits, int digits) {
+            return width > 0 && fits ? static_cast<std::uint32_t>(powers[std::min(places, digits)])
+                                     : 0u;
+        };
         return {powers[counted],
-                fits ? powers[std::min(width + counted, 6)] : 0,
+                limit(counted <= 5 && width + places + 1 <= 24, 6),
+                limit(counted <= 6 && width + places + 2 <= 16, 8),
                 static_cast<signed char>(width),
                 static_cast<unsigned char>(counted),
-                plusSign,
-                width >= 2 && 2 * width + counted + 2 <= 12};
+                width >= 2 && width + places + 2 <= 12,
+                plusSign ? kPlusSigns : kBlankSigns,
+                static_cast<signed char>(2 * (8 - places))};
     }
 };
 
@@ -45,7 +60,38 @@ void placesPlain(int rounded, char* out, const TextWidths& widths);
                                     const TextWidths& widths);
 
 // doutostr behind its widths.
-void formatNumber(double value, char* out, const TextWidths& widths);
+using FormatNumber = void(double value, char* out, const TextWidths& widths);
+
+// By placesInWord, or as formatByHost where that takes no such number.
+FormatNumber formatNumberInWord;
+
+// The host says what value is, rounded; the rest is the rule itself.
+FormatNumber formatByHost;
+
+#if defined(__x86_64__)
+// Up to eight digits, each in a lane of a vector, and a text of up to 16 bytes in one
+// store; other numbers go to formatNumberInWord. For CpuLevel::Avx512Vbmi2.
+FormatNumber formatNumberAvx512;
+#endif
+
+struct NumberForm {
+    const char* name;
+    FormatNumber* run;
+};
+
+// The forms that this CPU can run, the best one last.
+std::span<const NumberForm> numberForms();
+
+// Makes the formatters use form; null for the best one again. For tests and
+// benchmarks.
+void forceNumberForm(const NumberForm* form);
+
+// What the formatters call: at first a function that puts the best form here.
+extern VASKEL_HIDDEN std::atomic<FormatNumber*> gFormatNumber;
+
+inline void formatNumber(double value, char* out, const TextWidths& widths) {
+    gFormatNumber.load(std::memory_order_relaxed)(value, out, widths);
+}
 
 }  // namespace Vaskel
 

@@ -3,6 +3,8 @@
 #ifndef UNITS_UNIT_STATE_H
 #define UNITS_UNIT_STATE_H
 
+#include "vaskel/export.h"
+
 namespace Vaskel {
 
 constexpr int kUnitCount = 12;
@@ -34,10 +36,10 @@ inline constexpr UnitRow kUnits[kUnitCount + 1] = {
 };
 
 // Units per inch; those of codes 3 and 5 change.
-extern double gUnitFactors[kUnitCount + 1];
+extern VASKEL_HIDDEN double gUnitFactors[kUnitCount + 1];
 
-extern int gCurrentUnit;
-extern int gTextUnit;
+extern VASKEL_HIDDEN int gCurrentUnit;
+extern VASKEL_HIDDEN int gTextUnit;
 
 // Where a code stands in the tables: no int indexes past them.
 inline int unitRow(int unit) {

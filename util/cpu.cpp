@@ -35,7 +35,8 @@ CpuLevel cpuLevel() {
         return CpuLevel::Base;
     if (!has(saved, kZmm) || !has(b, bit_AVX512F)) return CpuLevel::Avx2;
     // Every CPU with VBMI2 has the older ones of these, but a system may hide some.
-    return has(b, bit_AVX512BW | bit_AVX512CD | bit_AVX512VL | bit_BMI | bit_BMI2) &&
+    return has(b,
+               bit_AVX512BW | bit_AVX512CD | bit_AVX512VL | bit_AVX512IFMA | bit_BMI | bit_BMI2) &&
                    has(c, bit_AVX512VBMI | bit_AVX512VBMI2)
                ? CpuLevel::Avx512Vbmi2
                : CpuLevel::Avx512;

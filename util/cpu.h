@@ -10,7 +10,7 @@ enum class CpuLevel {
     Base,         ///< what every 64-bit CPU has
     Avx2,         ///< AVX2, FMA and POPCNT
     Avx512,       ///< AVX-512 F
-    Avx512Vbmi2,  ///< AVX-512 BW, CD, VL, VBMI and VBMI2, BMI and BMI2
+    Avx512Vbmi2,  ///< AVX-512 BW, CD, VL, IFMA, VBMI and VBMI2, BMI and BMI2
 };
 
 /// The level that this CPU has and the system lets its programs use. Asks the

@@ -17,9 +17,9 @@ TEST_CASE("cpu: the level is what the compiler's own question tells") {
             level = CpuLevel::Avx512;
             // A system may hide some that the newest of them comes with.
             if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512cd") &&
-                __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-                __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi") &&
-                __builtin_cpu_supports("bmi2"))
+                __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512ifma") &&
+                __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
+                __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"))
                 level = CpuLevel::Avx512Vbmi2;
         }
     }
