@@ -60,6 +60,7 @@ set(vaskel_unhurried
     geometry/arc.cpp geometry/clean_plain.cpp geometry/intersect.cpp geometry/intersect_order.cpp
     geometry/intersect_plain.cpp geometry/intersect_sweep.cpp geometry/selint.cpp
     geometry/sweep_sort.cpp
+    raster/downsample_estimate.cpp
     colour/cmyk_rgb.cpp colour/hsb.cpp colour/hsl.cpp colour/link_chain.cpp
     fonts/charstring.cpp fonts/standard_names.cpp fonts/text_out.cpp fonts/type1_font.cpp
     encoding/unicode.cpp encoding/unicode_plain.cpp encoding/unicode_tables.cpp

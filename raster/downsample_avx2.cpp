@@ -119,24 +119,20 @@ VASKEL_AVX2 std::size_t coarseMeans(float reciprocalOfArea, const float* sums, s
     return k;
 }
 
-// Where means relative and slack less and more give the same byte, so does the
-// exact mean, if both together are as much as roughly errs by. Of the others take
-// sees to each.
-template <class Take>
-VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, double slack,
-                                           const float* sums, std::size_t count, unsigned char* out,
-                                           Take take) {
-    const auto lower = _mm256_set1_ps(static_cast<float>((1 - bounds.relative) / bounds.area));
-    const auto upper = _mm256_set1_ps(static_cast<float>((1 + bounds.relative) / bounds.area));
-    const auto lowerHalf = _mm256_set1_ps(static_cast<float>(0.5 - slack));
-    const auto upperHalf = _mm256_set1_ps(static_cast<float>(0.5 + slack));
+// Where means 2^-13 less and more give the same byte, so does the exact mean: both
+// err by less. Of the others the rule decides.
+VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
+                                 unsigned char* out) {
+    const __m256 reciprocal = _mm256_set1_ps(static_cast<float>(1 / rule.area));
+    const __m256 lowerHalf = _mm256_set1_ps(0.5f - 1.0f / 8192);
+    const __m256 upperHalf = _mm256_set1_ps(0.5f + 1.0f / 8192);
     std::size_t k = 0;
     for (; k + 32 <= count; k += 32) {
         __m256i low[4], equal[4];
         for (std::size_t i = 0; i < 4; ++i) {
             const __m256 eight = _mm256_loadu_ps(sums + k + 8 * i);
-            low[i] = _mm256_cvttps_epi32(roughly(eight, lower, lowerHalf));
-            const __m256i high = _mm256_cvttps_epi32(roughly(eight, upper, upperHalf));
+            low[i] = _mm256_cvttps_epi32(roughly(eight, reciprocal, lowerHalf));
+            const __m256i high = _mm256_cvttps_epi32(roughly(eight, reciprocal, upperHalf));
             equal[i] = _mm256_cmpeq_epi32(low[i], high);
         }
         storeBytes(low[0], low[1], low[2], low[3], out + k);
@@ -146,17 +142,14 @@ VASKEL_AVX2_INLINE std::size_t meansWithin(const MeanBounds& bounds, double slac
         for (std::size_t i = 0; i < 4; ++i) {
             auto differ =
                 static_cast<unsigned>(~_mm256_movemask_ps(_mm256_castsi256_ps(equal[i]))) & 255;
-            for (; differ != 0; differ &= differ - 1)
-                take(k + 8 * i + static_cast<std::size_t>(std::countr_zero(differ)));
+            for (; differ != 0; differ &= differ - 1) {
+                const std::size_t one =
+                    k + 8 * i + static_cast<std::size_t>(std::countr_zero(differ));
+                kDownsampleTable.means(rule, sums + one, 1, out + one);
+            }
         }
     }
     return k;
-}
-
-VASKEL_AVX2 std::size_t anyMeans(const MeanRule& rule, const float* sums, std::size_t count,
-                                 unsigned char* out) {
-    return meansWithin({rule.area, 0}, 1.0 / 8192, sums, count, out,
-                       [&](std::size_t k) { kDownsampleTable.means(rule, sums + k, 1, out + k); });
 }
 
 VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t count,
@@ -168,15 +161,6 @@ VASKEL_AVX2 void means(const MeanRule& rule, const float* sums, std::size_t coun
 }
 
 }  // namespace
-
-VASKEL_AVX2 void certainMeansAvx2(const MeanBounds& bounds, const float* sums, std::size_t count,
-                                  unsigned char* out, std::size_t place,
-                                  std::vector<std::uint32_t>& open) {
-    const std::size_t done =
-        meansWithin(bounds, MeanBounds::kSlack, sums, count, out,
-                    [&](std::size_t k) { certainMeans(bounds, sums, k, 1, out, place, open); });
-    certainMeans(bounds, sums, done, count - done, out, place, open);
-}
 
 const DownsampleForm kDownsampleAvx2 = {"avx2", accumulate, means, &kPackedAvx2, &kEstimateAvx2};
 

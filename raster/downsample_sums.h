@@ -34,9 +34,9 @@ struct DownsampleSums {
     std::vector<unsigned char> picks;
     bool picksWait = false;
 
-    // Lines that nobody has asked the sums of yet: values are all 0 then.
+    // Lines that nobody has asked the sums of yet: values are all 0 then. Exact
+    // ones are never kept.
     KeptLines kept;
-    bool estimates = false;           // whether lines are kept at all
     std::vector<std::uint32_t> open;  // places; of a fixed room
 
     // Single precision holds all integers up to 2^24.
@@ -55,12 +55,11 @@ struct DownsampleSums {
         : values(count),
           rule(cells, factorDown),
           picks(count / 4 + kPickRoom),
-          kept(cells, factorDown),
           factorY(factorDown) {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) {
-            estimates = true;
+            kept.prepare(cells, factorY);
             // About as many as settling them all would take.
             open.reserve(8 + count / 32);
             return;

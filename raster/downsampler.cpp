@@ -59,7 +59,7 @@ struct DownsamplerInside {
     // Keeps the line for later, where lines are inexact and sums are not begun.
     static bool keeps(downsampler& d, const unsigned char* line, int channels, double weight) {
         DownsampleSums& sums = *d.mSums;
-        return chosenDownsampleForm().estimate && sums.estimates && sums.held == sums.kNone &&
+        return chosenDownsampleForm().estimate && sums.held == sums.kNone &&
                sums.kept.keep(line, channels, weight);
     }
 
@@ -111,21 +111,23 @@ struct DownsamplerInside {
         const EstimateForm& form = *chosenDownsampleForm().estimate;
         const std::size_t n = outputWidth(d),
                           channels = static_cast<std::size_t>(sums.kept.channels());
-        const MeanBounds bounds = meanBounds(*d.mCells, sums.kept, d.mFactorX * d.mFactorY);
-        const ColumnLines lines(sums.kept, sums.ahead);
+        const double area = d.mFactorX * d.mFactorY;
+        const MeanBounds bounds = meanBounds(sums.kept, area);
+        const ColumnLines lines(sums.kept, form, sums.ahead);
         sums.open.clear();
-        const std::size_t group = EstimateForm::cellsAtOnce(*d.mCells, sums.kept.channels());
+        const std::size_t group = EstimateForm::cellsAtOnce(lines.shares, sums.kept.channels());
         float estimates[EstimateForm::kColumns];
         for (std::size_t cell = 0; cell < n; cell += group) {
             const std::size_t cells = std::min(group, n - cell), place = cell * channels;
-            form.sums(*d.mCells, lines, sums.kept.channels(), cell, cells, estimates);
+            std::fill_n(&estimates[cells * channels], EstimateForm::kSums, 0.0f);
+            form.sums(lines, sums.kept.channels(), cell, cells, estimates);
             form.means(bounds, estimates, cells * channels, &d.mLine[place], place, sums.open);
         }
         if (sums.open.size() == sums.open.capacity()) return false;
         for (const std::uint32_t place : sums.open) {
             const float sum =
                 ruleSum(*d.mCells, sums.kept, place / channels, static_cast<int>(place % channels));
-            kDownsampleTable.means({bounds.area, false}, &sum, 1, &d.mLine[place]);
+            kDownsampleTable.means({area, false}, &sum, 1, &d.mLine[place]);
         }
         return true;
     }

@@ -59,10 +59,9 @@ DownsampleForm gRecording = {
     nullptr, nullptr};
 
 const EstimateForm kRecordingEstimate = {
-    [](const DownsampleCells& cells, const ColumnLines& lines, int channels, std::size_t first,
-       std::size_t count, float* sums) {
+    [](const ColumnLines& lines, int channels, std::size_t first, std::size_t count, float* sums) {
         if (first == 0) gEstimatedLines += static_cast<int>(lines.count);
-        gRecorded->estimate->sums(cells, lines, channels, first, count, sums);
+        gRecorded->estimate->sums(lines, channels, first, count, sums);
     },
     [](const MeanBounds& bounds, const float* sums, std::size_t count, unsigned char* out,
        std::size_t place, std::vector<std::uint32_t>& open) {
