@@ -328,28 +328,33 @@ VASKEL_AVX512 inline std::string make(const Byte* text, std::uint64_t all, std::
 }
 
 template <bool kTo16>
-VASKEL_AVX512 std::string fromUtf32(const char* marked, bool big) {
+VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf32(const char* marked, bool big) {
+    const auto longText = [=] {
+        return kTo16 ? LongTexts::utf32ToUtf16(marked, big) : LongTexts::utf32ToUtf8(marked);
+    };
     const ByteOrder mark = utf32Mark(marked);
     if (mark == ByteOrder::Unmarked) return {};
     const auto* const text = reinterpret_cast<const Byte*>(marked) + 4;
-    const std::size_t count = sizeToZero<4>(text) / 4;
-    if (count > 64)
-        return kTo16 ? LongTexts::utf32ToUtf16(marked, big) : LongTexts::utf32ToUtf8(marked);
     const __m512i inOrder = unitOrder32(mark == ByteOrder::Big);
-    const std::uint64_t all = lowBits(count);
-    std::size_t size = kTo16 ? 2 * count : count;
-    const Byte* from = text;
-    for (std::uint64_t mask = all; mask != 0; mask >>= 16, from += 64) {
-        const __m512i units = _mm512_maskz_loadu_epi32(static_cast<__mmask16>(mask), from);
-        const __m512i values = _mm512_shuffle_epi8(units, inOrder);
+    std::uint64_t all = 0;
+    std::size_t more = 0;  // bytes beside those of one unit
+    for (unsigned done = 0; done < 64; done += 16) {
+        if (!inOnePage(text + 4 * done)) return longText();
+        const __m512i units = _mm512_loadu_si512(text + 4 * done);
+        const __mmask16 zeros = _mm512_testn_epi32_mask(units, units);
+        const __mmask16 here = inFront(zeros);
+        const __m512i values = _mm512_shuffle_epi8(_mm512_maskz_mov_epi32(here, units), inOrder);
         const auto have = [&](unsigned bits) VASKEL_AVX512 {
             return popcount(_mm512_test_epi32_mask(values, all32(bits)));
         };
         if (have(0xFFE00000) != 0 || (kTo16 && areSurrogates(values) != 0)) return {};
-        size +=
+        more +=
             kTo16 ? 2 * have(0xFFFF0000) : have(0xFFFFFF80) + have(0xFFFFF800) + have(0xFFFF0000);
+        all |= std::uint64_t{here} << done;
+        if (zeros != 0) break;
+        if (done == 48 && get32(text + 256, false) != 0) return longText();
     }
-    return make<kTo16>(text, all, size, inOrder, big);
+    return make<kTo16>(text, all, (kTo16 ? 2 : 1) * popcount(all) + more, inOrder, big);
 }
 
 std::string utf16ToUtf8Text(const char* text) { return fromUtf16<false>(text, false); }
