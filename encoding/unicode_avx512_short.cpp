@@ -25,21 +25,39 @@ namespace {
 // Reads bytes behind a text that are in the page of one that belongs to it.
 #define VASKEL_READS_PAGE __attribute__((no_sanitize("address")))
 
-// The bytes in front of the zero unit, in aligned blocks that lie in one page each.
+template <unsigned kUnit>
+VASKEL_AVX512 inline __m512i least(__m512i a, __m512i b) {
+    return kUnit == 2 ? _mm512_min_epu16(a, b) : _mm512_min_epu32(a, b);
+}
+
+template <unsigned kUnit>
+VASKEL_AVX512 inline std::uint32_t zeros(__m512i units) {
+    return kUnit == 2 ? std::uint32_t{_mm512_testn_epi16_mask(units, units)}
+                      : std::uint32_t{_mm512_testn_epi32_mask(units, units)};
+}
+
+// The bytes in front of the zero unit, in aligned blocks that lie in one page each,
+// four of them at a time where these do.
 template <unsigned kUnit>
 VASKEL_AVX512 VASKEL_READS_PAGE std::size_t sizeToZero(const Byte* text) {
     const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) % 64;
     if (offset % kUnit != 0) return kUnit == 2 ? size16Avx2(text) : size32Avx2(text);
-    const auto zeros = [](const Byte* block) VASKEL_AVX512 VASKEL_READS_PAGE {
-        const __m512i units = _mm512_load_si512(block);
-        return kUnit == 2 ? std::uint32_t{_mm512_testn_epi16_mask(units, units)}
-                          : std::uint32_t{_mm512_testn_epi32_mask(units, units)};
-    };
     const Byte* block = text - offset;
-    std::uint32_t found = zeros(block) >> offset / kUnit << offset / kUnit;
-    for (; found == 0; found = zeros(block)) {
+    std::uint32_t found = zeros<kUnit>(_mm512_load_si512(block)) >> offset / kUnit
+                                                                        << offset / kUnit;
+    while (found == 0) {
         block += 64;
-        expect(block);
+        if (reinterpret_cast<std::uintptr_t>(block) % 256 == 0) {
+            for (;; block += 256) {
+                expect(block);
+                expect(block + 128);
+                const __m512i a = _mm512_load_si512(block), b = _mm512_load_si512(block + 64);
+                const __m512i c = _mm512_load_si512(block + 128),
+                              d = _mm512_load_si512(block + 192);
+                if (zeros<kUnit>(least<kUnit>(least<kUnit>(a, b), least<kUnit>(c, d))) != 0) break;
+            }
+        }
+        found = zeros<kUnit>(_mm512_load_si512(block));
     }
     return static_cast<std::size_t>(block + kUnit * _tzcnt_u32(found) - text);
 }

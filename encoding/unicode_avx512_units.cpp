@@ -62,6 +62,15 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
             store(out, _mm512_castsi512_si256(_mm512_permutexvar_epi8(ascii, raw)));
             out += count;
             in += 2 * count;
+            // A run of it, 64 units at a time, needs no masks.
+            for (; in <= last && end - in >= 128; in += 128, out += 64) {
+                expect(in);
+                expect(in + 64);
+                const __m512i a = _mm512_loadu_si512(in), b = _mm512_loadu_si512(in + 64);
+                if (_mm512_test_epi16_mask(_mm512_or_si512(a, b), notAscii) != 0) break;
+                store(out, _mm512_castsi512_si256(_mm512_permutexvar_epi8(ascii, a)));
+                store(out + 32, _mm512_castsi512_si256(_mm512_permutexvar_epi8(ascii, b)));
+            }
             continue;
         }
         const __mmask32 surrogates =
