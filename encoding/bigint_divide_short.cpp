@@ -34,7 +34,7 @@ class ShortDivision {
         for (std::size_t i = length; i > s;) left = left << 16 | rest[--i];
         while (s-- > 0) {
             const std::size_t p = used - s;
-            if (p >= mN + 4 && s > 0 && !mWrapped) {
+            if (p >= mN + 3 && s > 0 && !mWrapped) {
                 const std::size_t pairs = (s + 1) / 2;
                 s = s + 1 - 2 * pairs;  // the lowest place of them
                 used -= pairs;
@@ -122,10 +122,14 @@ class ShortDivision {
         return static_cast<Digit>(mPowerQuotient + B - divides);
     }
 
-    // From n + 4 digits on every sum wraps, with a zero on top, and the next place
-    // unwraps it and has a digit more than the one before the wrap; so it goes on.
-    // Makes the digits of count such pairs of places, from the one of p digits
-    // down; rest and quotient are those of the lowest place.
+    // From n + 3 digits on every sum wraps: it is at most V + D < (B + 1) * D, less
+    // than B^(n+2), so that there is a zero on top. The next place unwraps it and has
+    // a digit more than the one before the wrap; so it goes on. That place has B - 1
+    // on top and below it digit n + 1 of the sum, 0 or, of a D above
+    // B^(n+1) / (B + 1), 1. The top digit of such a D is B - 1, so that the estimate is
+    // B for 1 as for 0, and the turn is the same. With n + 2 digits it is digit n,
+    // which may be any. Makes the digits of count such pairs of places, from the one
+    // of p digits down; rest and quotient are those of the lowest place.
     void wrapPairs(Value& left, std::size_t p, std::size_t count, const Digit* rest,
                    Digit* quotient, void (*report)()) {
         while (mPowerOf < p - 1) nextPower();

@@ -192,6 +192,48 @@ TEST_CASE("divide: divisors of up to four digits give the digits that come one a
     CHECK(endsWrapped > 3000);
 }
 
+// The first pair of places where every rest wraps has n + 3 digits. Below the B - 1 on top
+// of its rest may then stand a 1 instead of a 0, by divisors that are nearly B^n.
+TEST_CASE("divide: short divisors wrap in pairs from three digits more than theirs on") {
+    struct Row {
+        Digits dividend, divisor;
+        std::size_t place;  // the first of such a pair
+    };
+    const Row rows[] = {
+        {{0, 0xFFFF, 0x4FF3, 0xBDD2, 0x7621, 0xB009, 0xFFFF, 0x89DE, 0xFFFF, 0x422C, 0xFFFF},
+         {0xFFFF, 0xFFFF, 0xFFFF},
+         1},
+        {{1, 0, 0, 0, 0xFFFF, 0xFFFF, 0xBFFE, 0x7FFF, 1, 0, 0, 0, 1}, {0x8000, 0xFFFF, 0xFFFF}, 4},
+        {{0, 0xFFFF, 1, 0xFFFF, 0x7D51, 0xFFFD, 0xFFFF, 0xFFFE, 0x82AB, 1, 0xFFFF, 0xFFFF, 0, 1, 1},
+         {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF},
+         3},
+        {{0, 0xFFFF, 1, 0xFFFF, 0x82AA, 0x7D57, 0xFFFC, 2, 0x82AB, 1, 0xFFFF, 0xFFFF, 0, 1, 1},
+         {1, 0xFFFF, 0xFFFF, 0xFFFF},
+         3},
+    };
+    for (const Row& row : rows) {
+        const std::size_t n = row.divisor.size(), top = row.place + n + 2;
+        CAPTURE(shown(row.dividend));
+        // The row does reach that place, and has the 1.
+        Digits rest = row.dividend;
+        rest.push_back(0);
+        Vaskel::DigitDivision<Vaskel::Base65536> division(row.divisor.data(), n, rest.data(),
+                                                          row.dividend.size());
+        for (std::size_t s = row.dividend.size() - n; s > row.place; --s)
+            division.digitAt(s, [] {});
+        CHECK(division.length() - row.place == n + 3);
+        CHECK(rest[top] == 0);
+        division.digitAt(row.place, [] {});
+        CHECK(rest[top] == 65535);
+        CHECK(rest[top - 1] == 1);
+
+        const Division want = byRows(row.dividend, row.divisor, kByDigits);
+        const Division got = byRows(row.dividend, row.divisor, kShort);
+        CHECK(shown(got) == shown(want));
+        CHECK(want.negatives > 0);
+    }
+}
+
 TEST_CASE("divide: the form that the lengths choose gives the digits that come one at a time") {
     constexpr unsigned kSeed = 7308;
     std::mt19937 random(kSeed);
