@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "raster/downsample_halved.h"
+
 namespace Vaskel {
 namespace {
 
@@ -80,6 +82,7 @@ PackedRule PackedRule::forArea(unsigned area) {
     unit = 1 / steps;
     if (area == 0) return;
     const CellPattern& pattern = cells.pattern;
+    halves = cells.factor == 2 && factorY == 2;
     shares = vectorShares(pattern);
     if (pattern.span > 4) return;
     bytesPeriod = std::max(pattern.period, std::size_t{8});
@@ -145,6 +148,7 @@ const PackedForm kPackedPlain = {
        std::uint16_t* sums) { packedCells(PackedStep::kAdd, 0, cells, rule, line, sums, nullptr); },
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums,
-       unsigned char* out) { packedCells(PackedStep::kFinish, 0, cells, rule, line, sums, out); }};
+       unsigned char* out) { packedCells(PackedStep::kFinish, 0, cells, rule, line, sums, out); },
+    &kHalvedPlain};
 
 }  // namespace Vaskel

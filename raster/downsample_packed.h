@@ -52,6 +52,8 @@ struct PackedRule {
     std::size_t bytesPeriod = 0;
     std::size_t bytesPixels = 0;
 
+    bool halves = false;  // cells are two pixels wide and two lines high
+
     PackedRule() = default;
     PackedRule(const DownsampleCells& cells, double factorY);
 
@@ -71,6 +73,7 @@ struct PackedLine {
 
 /// A way to do the work, on channels sums for each cell. Integers: all give the
 /// same.
+struct HalvedForm;
 struct PackedForm {
     using Sums = void (*)(const DownsampleCells& cells, const PackedRule& rule,
                           const PackedLine& line, std::uint16_t* sums);
@@ -79,6 +82,8 @@ struct PackedForm {
     /// The means with this line added; of a rest that is not 0 the sums begin anew.
     void (*finish)(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
                    std::uint16_t* sums, unsigned char* out);
+    /// What takes lines of four channels where the rule halves.
+    const HalvedForm* halved;
 };
 
 /// Cell by cell.

@@ -14,7 +14,8 @@
 
 #include <algorithm>
 
-#include "raster/downsample_packed.h"
+#include "raster/downsample_fetch.h"
+#include "raster/downsample_halved.h"
 
 // A CPU that knows no prefetchw skips it.
 #define VASKEL_AVX2 __attribute__((target("avx2,prfchw")))
@@ -23,19 +24,6 @@
 
 namespace Vaskel {
 namespace {
-
-VASKEL_AVX2_INLINE std::uintptr_t bytesAhead(const PackedLine& line) {
-    return line.step != 0 ? line.step : 1024;
-}
-
-// count bytes of what comes next.
-VASKEL_AVX2_INLINE void fetch(const unsigned char* from, std::uintptr_t ahead, std::size_t count) {
-    constexpr std::size_t kCacheLine = 64;
-    for (std::size_t i = 0; i < count; i += kCacheLine)
-        _mm_prefetch(
-            reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from) + ahead) + i,
-            _MM_HINT_T1);
-}
 
 VASKEL_AVX2_INLINE __m256i load32(const void* from) {
     return _mm256_loadu_si256(static_cast<const __m256i*>(from));
@@ -70,18 +58,6 @@ struct Means {
 // The sums of four cells in one line, for the cells from k on in a period whose
 // first pixel is at from. Each says how many bytes behind the first pixel of the
 // period's last cell it reads, and how many cells a period has, if always as many.
-
-// Cells of two pixels.
-struct Pairs {
-    static constexpr std::size_t kPeriod = 4;
-    static std::size_t reach(const CellPattern&) { return 8; }
-    Pairs(const PackedRule&, const CellPattern&) {}
-    VASKEL_AVX2_INLINE __m256i sums(const unsigned char* from, std::size_t) const {
-        const __m256i pairs = _mm256_broadcastsi128_si256(
-            _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
-        return _mm256_maddubs_epi16(_mm256_shuffle_epi8(load32(from), pairs), _mm256_set1_epi8(1));
-    }
-};
 
 // Cells of four pixels.
 struct Fours {
@@ -226,7 +202,6 @@ void take(const DownsampleCells& cells, const PackedRule& rule, const PackedLine
           std::uint16_t* sums, unsigned char* out) {
     const std::size_t blocks = (cells.pattern.span + 3) / 4;
     const auto run = line.channels == 1                         ? wholeBytes<kStep>
-                     : cells.factor == 2                        ? wholeCells<kStep, Pairs>
                      : cells.factor == 4                        ? wholeCells<kStep, Fours>
                      : blocks == 1 && cells.pattern.period == 4 ? wholeCells<kStep, Blocks<1, 4>>
                      : blocks == 1                              ? wholeCells<kStep, Blocks<1>>
@@ -242,7 +217,7 @@ const PackedForm kPackedAvx2 = {
        std::uint16_t* sums) { take<PackedStep::kBegin>(cells, rule, line, sums, nullptr); },
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums) { take<PackedStep::kAdd>(cells, rule, line, sums, nullptr); },
-    take<PackedStep::kFinish>};
+    take<PackedStep::kFinish>, &kHalvedAvx2};
 
 }  // namespace Vaskel
 

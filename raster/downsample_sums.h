@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "raster/downsample_estimate.h"
+#include "raster/downsample_halved.h"
 #include "raster/downsample_packed.h"
 #include "raster/downsample_picks.h"
 
@@ -25,8 +26,9 @@ struct DownsampleSums {
     // While the lines are exact, sums may be held packed: values are all 0 then.
     PackedRule rule;
     std::vector<std::uint16_t> packed;
-    enum { kNone, kPacked, kFloats } held = kNone;
+    enum { kNone, kHalved, kPacked, kFloats } held = kNone;
     int packedChannels = 0;  // of the lines that are packed
+    std::vector<unsigned char> halved;
 
     LinesAhead ahead, outAhead;  // the caller's lines, and those it takes
 
@@ -57,6 +59,7 @@ struct DownsampleSums {
           picks(count / 4 + kPickRoom),
           factorY(factorDown) {
         if (rule.area != 0) packed.resize(4 * cells.ends.size());
+        if (rule.halves) halved.resize(HalvedLine::bytes(cells.ends.size()));
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) {
             kept.prepare(cells, factorY);
@@ -87,10 +90,20 @@ struct DownsampleSums {
     // line's weight, no more.
     bool packs(int channels, double lineWeight) const {
         return rule.area != 0 && (channels == 4 || !rule.bytes.empty()) &&
-               (held == kNone || (held == kPacked && channels == packedChannels)) &&
+               (held == kNone || (held <= kPacked && channels == packedChannels)) &&
                weightWith(lineWeight) <= std::min(exactWeight, factorY);
     }
+    // Whether a line that packs can be the halved one, or completes it.
+    bool halves(int channels, double lineWeight) const {
+        return rule.halves && held <= kHalved && channels == 4 && lineWeight == 1;
+    }
+    void expand() {
+        if (held != kHalved) return;
+        expandHalved(packed.size() / 4, halved.data(), packed.data());
+        held = kPacked;
+    }
     void unpack() {
+        expand();
         if (held != kPacked) return;
         used = packed.size() / 4 * static_cast<std::size_t>(packedChannels);
         for (std::size_t i = 0; i < used; ++i)

@@ -81,12 +81,19 @@ struct DownsamplerInside {
         DownsampleSums& sums = *d.mSums;
         const DownsampleForm& form = chosenDownsampleForm();
         if (form.packed && sums.packs(channels, weight)) {
-            const auto take = sums.held == sums.kPacked ? form.packed->add : form.packed->begin;
-            take(*d.mCells, sums.rule, packedLine(sums, line, channels, weight),
-                 sums.packed.data());
+            const PackedLine packedOne = packedLine(sums, line, channels, weight);
+            const bool first = sums.held == sums.kNone;
             sums.add(weight);
-            sums.held = sums.kPacked;
             sums.packedChannels = channels;
+            if (first && sums.halves(channels, weight)) {
+                form.packed->halved->halve(d.mCells->ends.size(), packedOne, sums.halved.data());
+                sums.held = sums.kHalved;
+                return;
+            }
+            sums.expand();
+            const auto take = first ? form.packed->begin : form.packed->add;
+            take(*d.mCells, sums.rule, packedOne, sums.packed.data());
+            sums.held = sums.kPacked;
             return;
         }
         sums.unpack();
@@ -145,10 +152,15 @@ struct DownsamplerInside {
                 return;
             }
             makeBytes(d, channels);
-        } else if (form.packed && sums.held == sums.kPacked && sums.packs(channels, weight)) {
-            form.packed->finish(*d.mCells, sums.rule,
-                                packedLine(sums, line, channels, weight, rest), sums.packed.data(),
-                                d.mLine.get());
+        } else if (form.packed && sums.held != sums.kNone && sums.packs(channels, weight)) {
+            const PackedLine last = packedLine(sums, line, channels, weight, rest);
+            if (sums.halves(channels, weight)) {
+                form.packed->halved->quarter(d.mCells->ends.size(), last, sums.halved.data(),
+                                             d.mLine.get());
+            } else {
+                sums.expand();
+                form.packed->finish(*d.mCells, sums.rule, last, sums.packed.data(), d.mLine.get());
+            }
             sums.weight = rest;
             if (rest == 0) sums.held = sums.kNone;
             return;

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "raster/downsample_estimate.h"
-#include "raster/downsample_packed.h"
+#include "raster/downsample_halved.h"
 #include "tests/support/guarded_bytes.h"
 #include "vaskel/raster.h"
 
@@ -30,6 +30,18 @@ struct ForcedForm {
 // Passes on to another form and counts lines, so that a test sees what ran.
 const DownsampleForm* gRecorded = nullptr;
 int gLines = 0, gExactLines = 0, gPackedLines = 0, gEstimatedLines = 0;
+int gHalvedLines = 0;
+const HalvedForm kRecordingHalved = {
+    [](std::size_t cells, const PackedLine& line, unsigned char* halved) {
+        ++gPackedLines;
+        ++gHalvedLines;
+        gRecorded->packed->halved->halve(cells, line, halved);
+    },
+    [](std::size_t cells, const PackedLine& line, const unsigned char* halved, unsigned char* out) {
+        ++gPackedLines;
+        ++gHalvedLines;
+        gRecorded->packed->halved->quarter(cells, line, halved, out);
+    }};
 const PackedForm kRecordingPacked = {
     [](const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
        std::uint16_t* sums) {
@@ -45,7 +57,8 @@ const PackedForm kRecordingPacked = {
        std::uint16_t* sums, unsigned char* out) {
         ++gPackedLines;
         gRecorded->packed->finish(cells, rule, line, sums, out);
-    }};
+    },
+    &kRecordingHalved};
 DownsampleForm gRecording = {
     "recording",
     [](const DownsampleCells& cells, const DownsampleLine& line, float* sums) {
@@ -157,6 +170,7 @@ TEST_CASE("downsampler: every form gives the plain form's bytes") {
     CHECK(exact > 1000);
     CHECK(inOrder > 1000);
     if (downsampleForms().back()->packed) CHECK(packed > 500);
+    if (downsampleForms().back()->packed) CHECK(gHalvedLines > 30);
     if (downsampleForms().back()->estimate) CHECK(estimated > 4000);
 }
 
