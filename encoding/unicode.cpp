@@ -1,6 +1,7 @@
 // The exported Unicode conversions: which form a text has, and the way from
 // the two textual forms to UTF-16 bytes.
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 
@@ -19,19 +20,22 @@ constinit std::atomic<const UnicodeForm*> gForm{nullptr};
 
 // The plain form is none of them, so that only a program that asks for all forms
 // holds it.
-[[gnu::noinline]] const UnicodeForm& chooseForm() {
-    const UnicodeForm* best = &kUnicodeOnePass;
+const UnicodeForm& bestForm() {
 #if defined(__x86_64__)
     const CpuLevel level = cpuLevel();
-    if (level >= CpuLevel::Avx512Vbmi2) {
-        best = &kUnicodeAvx512;
-    } else if (level >= CpuLevel::Avx2) {
+    if (level >= CpuLevel::Avx512Vbmi2) return kUnicodeAvx512;
+    if (level >= CpuLevel::Avx2) {
         makeUnicodeTables();
-        best = &kUnicodeAvx2;
+        return kUnicodeAvx2;
     }
 #endif
-    gForm.store(best, std::memory_order_release);  // its tables are made
-    return *best;
+    return kUnicodeOnePass;
+}
+
+[[gnu::noinline]] const UnicodeForm& chooseForm() {
+    const UnicodeForm& best = bestForm();
+    gForm.store(&best, std::memory_order_release);  // its tables are made
+    return best;
 }
 
 inline const UnicodeForm& chosenForm() {
@@ -79,17 +83,19 @@ std::string utf8OfUtf16Bytes(std::string bytes) {
 }  // namespace
 
 std::span<const UnicodeForm* const> unicodeForms() {
+    static constexpr const UnicodeForm* kForms[] = {
+        &kUnicodePlain,
+        &kUnicodeOnePass,
 #if defined(__x86_64__)
-    static constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass, &kUnicodeAvx2,
-                                                    &kUnicodeAvx512};
-    const CpuLevel level = cpuLevel();
-    if (level >= CpuLevel::Avx2) makeUnicodeTables();
-    const std::size_t usable = level >= CpuLevel::Avx512Vbmi2 ? 4 : level >= CpuLevel::Avx2 ? 3 : 2;
-    return std::span(kForms).first(usable);
-#else
-    static constexpr const UnicodeForm* kForms[] = {&kUnicodePlain, &kUnicodeOnePass};
-    return kForms;
+        &kUnicodeAvx2,
+        &kUnicodeAvx512
 #endif
+    };
+    const auto best = std::ranges::find(kForms, &bestForm());
+#if defined(__x86_64__)
+    if (cpuLevel() >= CpuLevel::Avx2) makeUnicodeTables();
+#endif
+    return {kForms, best + 1};
 }
 
 void forceUnicodeForm(const UnicodeForm* form) { gForm.store(form, std::memory_order_relaxed); }

@@ -23,8 +23,8 @@ struct UnicodeForm {
 
 extern const UnicodeForm kUnicodePlain;
 
-/// All forms that this CPU can run, the plain one first, the one that the
-/// exported functions use last.
+/// All forms that this CPU can run, made ready, the plain one first, the one that
+/// the exported functions use last. Safe on any thread.
 std::span<const UnicodeForm* const> unicodeForms();
 
 /// For tests: makes the exported functions use form, which stays the caller's;
