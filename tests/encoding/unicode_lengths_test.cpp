@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "encoding/unicode.h"
+#include "encoding/unicode_onepass.h"
 #include "tests/encoding/hex_bytes.h"
 #include "tests/encoding/unicode_support.h"
 
@@ -189,47 +190,82 @@ TEST_CASE("unicode: every form gives the plain form's bytes for texts that outgr
     }
 }
 
-TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the end") {
-    constexpr std::uint32_t kBadUnits[] = {0xD800, 0xDBFF, 0xDC00, 0xDFFF};
-    constexpr std::uint32_t kBadValues[] = {0xD800, 0xDFFF, 0x200000, 0xFFFF0041};
-    constexpr const char* kBadBytes[] = {"\x80",         "\xC3",         "\xE4\xB8",
-                                         "\xF0\x9F\x98", "\xF8",         "\xC0\x80",
-                                         "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x80\x80\x80"};
+namespace {
+
+constexpr std::uint32_t kBadUnits[] = {0xD800, 0xDBFF, 0xDC00, 0xDFFF};
+constexpr std::uint32_t kBadValues[] = {0xD800, 0xDFFF, 0x200000, 0xFFFF0041};
+constexpr const char* kBadBytes[] = {"\x80",         "\xC3",         "\xE4\xB8",
+                                     "\xF0\x9F\x98", "\xF8",         "\xC0\x80",
+                                     "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x80\x80\x80"};
+
+// How many of the plain form's results were not empty, and how many there were.
+struct Found {
     int good = 0, all = 0;
+};
+
+// Every fault in front of the values from at on.
+void compareFaults(const Values& values, std::size_t at, int place, Found& found) {
+    CAPTURE(values.size());
+    CAPTURE(at);
+    const std::string before = text8(Values(values.begin(), values.begin() + at));
+    const std::string behind = text8(Values(values.begin() + at, values.end()));
+    for (const char* bad : kBadBytes) {
+        found.good += compareFrom8(before.substr(0, before.size() - 1) + bad + behind, place);
+        found.all += 4;
+    }
+    const Values units = unitsOf(values);
+    for (const std::uint32_t bad : kBadUnits) {
+        Values faulty = units;  // with pairs in front, between two of them or in one
+        faulty.insert(faulty.begin() + at, bad);
+        CHECK(compareFrom16(text16(faulty, at % 2 == 0), place) == 0);
+    }
+    for (const std::uint32_t bad : kBadValues) {
+        Values faulty = values;
+        faulty.insert(faulty.begin() + at, bad);
+        // Surrogates are bad in UTF-16 only.
+        CHECK(compareFrom32(text32(faulty, at % 2 == 0), place) == (bad < 0x10000 ? 1 : 0));
+    }
+}
+
+}  // namespace
+
+TEST_CASE("unicode: every form finds a fault wherever it is, and none behind the end") {
+    Found found;
     for (const Fill& fill : kFills) {
         CAPTURE(fill.why);
         for (const std::size_t count :
              {1, 2, 14, 15, 16, 17, 30, 31, 32, 33, 62, 63, 64, 66, 130}) {
             const Values values = filled(fill, count);
-            for (std::size_t at = 0; at <= count; at += count > 66 ? 3 : 1) {
-                CAPTURE(count);
-                CAPTURE(at);
-                const int place = static_cast<int>((count + at) % PlacedText::kPlaces);
-                for (const char* bad : kBadBytes) {
-                    std::string text = text8(Values(values.begin(), values.begin() + at));
-                    text.pop_back();
-                    text += bad + text8(Values(values.begin() + at, values.end()));
-                    good += compareFrom8(text, place);
-                    all += 4;
-                }
-                const Values units = unitsOf(values);
-                for (const std::uint32_t bad : kBadUnits) {
-                    Values faulty = units;
-                    faulty.insert(faulty.begin() + at, bad);
-                    CHECK(compareFrom16(text16(faulty, at % 2 == 0), place) == 0);
-                }
-                for (const std::uint32_t bad : kBadValues) {
-                    Values faulty = values;
-                    faulty.insert(faulty.begin() + at, bad);
-                    // Surrogates are bad in UTF-16 only.
-                    CHECK(compareFrom32(text32(faulty, at % 2 == 0), place) ==
-                          (bad < 0x10000 ? 1 : 0));
-                }
-            }
+            for (std::size_t at = 0; at <= count; at += count > 66 ? 3 : 1)
+                compareFaults(values, at, static_cast<int>((count + at) % PlacedText::kPlaces),
+                              found);
         }
     }
-    CHECK(good > all / 4);
-    CHECK(good < all);
+    CHECK(found.good > found.all / 4);
+    CHECK(found.good < found.all);
+}
+
+// Chunks have 2048, 4096 or 8192 bytes, and results written past the caches come
+// from a buffer that is filled anew for each.
+TEST_CASE("unicode: every form finds a fault where chunks meet") {
+    const std::size_t kept = Vaskel::gUnicodeStreams.from;
+    Found found;
+    for (const Fill& fill : {kFills[2], kFills[3], kFills[6]}) {
+        CAPTURE(fill.why);
+        const Values values = filled(fill, 3000);
+        std::size_t bytes = 0;
+        for (std::size_t at = 0; at < values.size(); ++at) {
+            const auto near = [](std::size_t byte) { return (byte + 66) % 2048 < 132; };
+            if (at > 0 && ((near(bytes) && at % 3 == 0) || (near(4 * at) && at % 4 == 0))) {
+                Vaskel::gUnicodeStreams.from = at % 2 == 0 ? 1 : kept;
+                compareFaults(values, at, static_cast<int>(at % PlacedText::kPlaces), found);
+            }
+            bytes += utf8Bytes(values[at]).size();
+        }
+    }
+    Vaskel::gUnicodeStreams.from = kept;
+    CHECK(found.good > found.all / 4);
+    CHECK(found.good < found.all);
 }
 
 TEST_CASE("unicode: whatever is behind a text changes nothing") {
