@@ -36,23 +36,28 @@ void ascii85out_base::putuns8ascii(char c) {
 }
 
 // Apart from encode, which then has no registers to save for three bytes of
-// four.
+// four. A processor that guesses wrong which groups are zero finds out while it
+// writes the first character, which both have.
 int ascii85out_base::putgroup(std::uint32_t value) {
     mFill = 0;  // before anything is written: putuns8 may throw
-    if (value == 0) {
-        putuns8ascii('z');
-        return 0;
-    }
     Digits85 digits(value);
+    const unsigned isZero = value == 0;
+    const auto first = static_cast<unsigned char>(character(digits.next()) + isZero * ('z' - '!'));
     if (mColumn < mLineLength - kDigits) {
         // No line ends in this group. Columns are counted one by one, so that they
         // are those that were written where putuns8 throws.
-        for (int i = 0; i < kDigits; ++i) {
+        putuns8(first);
+        ++mColumn;
+        if (isZero) return 0;
+#pragma GCC unroll 4
+        for (int i = 1; i < kDigits; ++i) {
             putuns8(character(digits.next()));
             ++mColumn;
         }
     } else {
-        for (int i = 0; i < kDigits; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
+        putuns8ascii(static_cast<char>(first));
+        if (isZero) return 0;
+        for (int i = 1; i < kDigits; ++i) putuns8ascii(static_cast<char>(character(digits.next())));
     }
     return 0;
 }

@@ -5,6 +5,8 @@
 #ifndef BENCH_SUPPORT_BARE_STREAM_H
 #define BENCH_SUPPORT_BARE_STREAM_H
 
+#include <cstdint>
+
 namespace Bench {
 
 class BareStream {
@@ -22,11 +24,25 @@ class BareStream {
         mFill = 0;
     }
 
+ protected:
+    const char* mText = nullptr;
+    int mFill = 0;
+
  private:
     unsigned char mGroup[4] = {};
-    int mFill = 0;
-    const char* mText = nullptr;
     const unsigned char* mLength = nullptr;
+};
+
+/// The same, but how many characters a group has is told by whether its bytes are
+/// all zero, which no encoder can know before it has them.
+class DecidingStream : public BareStream {
+ public:
+    int encode(unsigned char c) override;
+
+ private:
+    int put(std::uint32_t group);
+
+    std::uint32_t mBytes = 0;
 };
 
 }  // namespace Bench
