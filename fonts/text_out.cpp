@@ -4,14 +4,18 @@
 
 namespace Fonts {
 
+void appendBytes(std::vector<unsigned char>& out, const unsigned char* bytes, std::size_t count) {
+    out.insert(out.end(), bytes, bytes + count);
+}
+
 void appendText(std::vector<unsigned char>& out, std::string_view text) {
-    out.insert(out.end(), text.begin(), text.end());
+    appendBytes(out, reinterpret_cast<const unsigned char*>(text.data()), text.size());
 }
 
 void appendNumber(std::vector<unsigned char>& out, long long value) {
     char digits[24];
     const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    out.insert(out.end(), digits, end);
+    appendText(out, {digits, end});
 }
 
 }  // namespace Fonts

@@ -22,7 +22,7 @@ Type1Glyph::Type1Glyph(std::string&& name)
 
 Type1Glyph::Type1Glyph(const Type1Glyph& other) : Type1Glyph(std::string()) { *this = other; }
 
-Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
+[[gnu::cold]] Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
     if (this == &other) return *this;
     std::string name = other.mName;  // what may fail comes first
     makeRoom(other.mLength);
@@ -133,8 +133,8 @@ void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
     appendNumber(out, static_cast<long long>(length));
     appendText(out, " RD ");
     const std::size_t begin = out.size();
-    out.insert(out.end(), head, head + headLength);
-    out.insert(out.end(), mOutline, mOutline + mLength);
+    appendBytes(out, head, headLength);
+    appendBytes(out, mOutline, mLength);
     out.push_back(kEndchar);
     Encryption(Encryption::kCharstringKey).encrypt(out.data() + begin, length);
     appendText(out, " ND\n");

@@ -84,8 +84,14 @@ class PrivateWriter {
         : mAt(std::copy(kReadyHead.cipher.begin(), kReadyHead.cipher.end(), at)),
           mEexec(kReadyHead.after) {}
 
-    void text(std::string_view text) {
-        for (const char c : text) *mAt++ = mEexec.encrypt(static_cast<unsigned char>(c));
+    // Not inline: a byte waits for the one before for so long that a call costs
+    // nothing. The state is copied, as in charstring.
+    [[gnu::noinline]] void text(std::string_view text) {
+        WideEncryption key = mEexec;
+        unsigned char* at = mAt;
+        for (const char c : text) *at++ = key.encrypt(static_cast<unsigned char>(c));
+        mEexec = key;
+        mAt = at;
     }
     void number(std::size_t value) {
         char digits[20];
@@ -97,7 +103,7 @@ class PrivateWriter {
     // The two encryptions wait for each other only at their beginning, so a
     // byte takes the time of one. The writer's state is copied: what is written
     // might otherwise be the state itself, for all the compiler knows.
-    void charstring(WideEncryption& key, const unsigned char* from, std::size_t count) {
+    [[gnu::noinline]] void charstring(WideEncryption& key, const unsigned char* from, std::size_t count) {
         WideEncryption inner = key, outer = mEexec;
         unsigned char* at = mAt;
         for (std::size_t i = 0; i < count; ++i) at[i] = outer.encrypt(inner.encrypt(from[i]));
@@ -129,7 +135,7 @@ int Type1Program::entryCount() const {
 
 std::size_t Type1Program::appendPrivatePlain(Bytes& out) const {
     const std::size_t begin = out.size();
-    out.insert(out.end(), kEexecLead, kEexecLead + kLeadBytes);
+    appendBytes(out, kEexecLead, kLeadBytes);
     appendText(out, kHead);
     appendNumber(out, entryCount());
     appendText(out, " dict dup begin\n");
@@ -137,7 +143,7 @@ std::size_t Type1Program::appendPrivatePlain(Bytes& out) const {
         if (glyph) glyph->appendData(out);
     appendText(out, kNotdefEntry);
     const std::size_t notdef = out.size();
-    out.insert(out.end(), std::begin(kNotdef), std::end(kNotdef));
+    appendBytes(out, kNotdef, sizeof kNotdef);
     Encryption(Encryption::kCharstringKey).encrypt(out.data() + notdef, sizeof kNotdef);
     appendText(out, " ND\n");
     appendText(out, kTail);

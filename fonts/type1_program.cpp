@@ -14,10 +14,8 @@ constexpr std::size_t kTrailerSize = 8 * 65 + 40;
 
 // Eight lines of 64 zeros, which eexec may read ahead into.
 [[gnu::cold]] void appendZeros(Type1Program::Bytes& out) {
-    for (int line = 0; line < 8; ++line) {
-        out.insert(out.end(), 64, '0');
-        out.push_back('\n');
-    }
+    for (int line = 0; line < 8; ++line)
+        appendText(out, "0000000000000000000000000000000000000000000000000000000000000000\n");
 }
 
 }  // namespace
@@ -114,7 +112,7 @@ void Type1Font::buildFont() const {
     mData = std::move(data);
 }
 
-void Type1Font::buildPSFont(bool explicitEncoding) const {
+[[gnu::cold]] void Type1Font::buildPSFont(bool explicitEncoding) const {
     const Type1Program program(*this);
     Type1Program::Bytes cipher;
     cipher.reserve(program.privateSize());
@@ -134,7 +132,7 @@ void Type1Font::buildPSFont(bool explicitEncoding) const {
     appendText(data, "\n");
     appendText(data, kStartEexec);
     const std::size_t header = data.size();
-    data.insert(data.end(), cipher.begin(), cipher.end());
+    appendBytes(data, cipher.data(), cipher.size());
     appendZeros(data);
     appendText(data, "\n%%EndBinary\n\ncleartomark\n");
 
