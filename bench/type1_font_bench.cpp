@@ -1,8 +1,9 @@
 // Assembling fonts: 256 real glyphs, and invented ones of many sizes; the form
 // that fonts use beside the plain one and, where installed, t1asm of t1utils,
-// which encrypts the same charstrings from their disassembly. "least_keys" is the
-// one chain of keys that the encryption of a font's bytes is. t1asm is a program:
-// what it takes for a font without glyphs is its start, and taken off.
+// which encrypts the same charstrings from their disassembly. "least_calls_and_keys"
+// is the calls that draw the outlines and the one chain of keys that the encryption
+// of a font's bytes is. t1asm is a program: what it takes for a font without glyphs is
+// its start, and taken off.
 
 #include <benchmark/benchmark.h>
 #include <ft2build.h>
@@ -19,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "fonts/glyph_drawing.h"
 #include "fonts/type1_program.h"
 #include "vaskel/fonts.h"
 
@@ -127,20 +129,24 @@ std::vector<Outline> realOutlines() {
     return all;
 }
 
+template <class Glyph>
+void drawOutline(Glyph& glyph, const Outline& outline) {
+    for (const Step& step : outline) {
+        const auto& p = step.points;
+        if (step.what == Step::kMove) glyph.moveTo(p[0].x, p[0].y);
+        if (step.what == Step::kLine) glyph.lineTo(p[0].x, p[0].y);
+        if (step.what == Step::kClose) glyph.closePath();
+        if (step.what == Step::kCurve)
+            glyph.curveTo(p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y);
+    }
+}
+
 void drawReal(Type1Font& font, const std::vector<Outline>& outlines) {
     for (std::size_t i = 0; i < outlines.size(); ++i) {
         const auto c = static_cast<unsigned char>(i);
         font.setCharWidth(c, 600);
         font.addChar(c, "g" + std::to_string(i));
-        Fonts::Type1Glyph& glyph = *font.editChar(c);
-        for (const Step& step : outlines[i]) {
-            const auto& p = step.points;
-            if (step.what == Step::kMove) glyph.moveTo(p[0].x, p[0].y);
-            if (step.what == Step::kLine) glyph.lineTo(p[0].x, p[0].y);
-            if (step.what == Step::kClose) glyph.closePath();
-            if (step.what == Step::kCurve)
-                glyph.curveTo(p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y);
-        }
+        drawOutline(*font.editChar(c), outlines[i]);
     }
 }
 
@@ -156,12 +162,18 @@ void realFont(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 256);
 }
 
+// form: which of the forms of drawing, the best one if it is negative.
+template <int form>
 void drawing(benchmark::State& state) {
+    const auto forms = Fonts::glyphForms();
+    if (form >= static_cast<int>(forms.size())) return state.SkipWithError("not for this CPU");
+    Fonts::forceGlyphForm(form < 0 ? nullptr : &forms[static_cast<std::size_t>(form)]);
     for (auto _ : state) {
         Type1Font font("Bench");
         drawCurves(font, state.range(0));
         benchmark::DoNotOptimize(font);
     }
+    Fonts::forceGlyphForm(nullptr);
     state.SetItemsProcessed(state.iterations() * kGlyphs * state.range(0));
 }
 
@@ -255,22 +267,49 @@ void t1asmReal(benchmark::State& state) {
     t1asm(state, font);
 }
 
+// A glyph that takes note of the points that it is given, and of nothing else.
+struct BareGlyph {
+    int at[6] = {};
+    [[gnu::noinline]] void moveTo(int x, int y) { note(x, y, 0); }
+    [[gnu::noinline]] void lineTo(int x, int y) { note(x, y, 0); }
+    [[gnu::noinline]] void curveTo(int x1, int y1, int x2, int y2, int x3, int y3) {
+        note(x1, y1, 0), note(x2, y2, 2), note(x3, y3, 4);
+    }
+    [[gnu::noinline]] void closePath() { benchmark::ClobberMemory(); }
+    void note(int x, int y, int place) {
+        at[place] = x;
+        at[place + 1] = y;
+        benchmark::ClobberMemory();
+    }
+};
+
 // As many bytes as the real font's private part, each in need of the key that the
-// one before left, and nothing else.
-void keysAlone(benchmark::State& state) {
+// one before left.
+void chainKeys(const Type1Program::Bytes& plain, Type1Program::Bytes& cipher) {
+    std::uint32_t key = 55665u << 16;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        const std::uint32_t byte = plain[i] ^ (key >> 24);
+        key = byte * (52845u << 16) + (key * 52845u + (22719u << 16));
+        cipher[i] = static_cast<unsigned char>(byte);
+    }
+    benchmark::DoNotOptimize(cipher.data());
+    benchmark::ClobberMemory();
+}
+
+// The calls for the real outlines, and the keys, and nothing else.
+void callsAndKeys(benchmark::State& state) {
+    const std::vector<Outline> outlines = realOutlines();
     Type1Font font("Bench");
-    drawReal(font, realOutlines());
+    drawReal(font, outlines);
     const Type1Program::Bytes plain(static_cast<std::size_t>(font.getCharProcsLength()), 'p');
     Type1Program::Bytes cipher(plain.size());
     for (auto _ : state) {
-        std::uint32_t key = 55665u << 16;
-        for (std::size_t i = 0; i < plain.size(); ++i) {
-            const std::uint32_t byte = plain[i] ^ (key >> 24);
-            key = byte * (52845u << 16) + (key * 52845u + (22719u << 16));
-            cipher[i] = static_cast<unsigned char>(byte);
+        for (const Outline& outline : outlines) {
+            BareGlyph glyph;
+            drawOutline(glyph, outline);
+            benchmark::DoNotOptimize(&glyph);
         }
-        benchmark::DoNotOptimize(cipher.data());
-        benchmark::ClobberMemory();
+        chainKeys(plain, cipher);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(plain.size()));
 }
@@ -281,14 +320,16 @@ void t1asmInvented(benchmark::State& state) {
     t1asm(state, font);
 }
 
-BENCHMARK(drawing)->Name("draw/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(drawing<-1>)->Name("draw/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(drawing<0>)->Name("draw/vaskel_plain")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(drawing<1>)->Name("draw/vaskel_sse2")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(embeddingForm)->Name("assemble/vaskel")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(privateFast)->Name("private_part/vaskel")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(privatePlain)->Name("private_part/vaskel_plain")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(t1asmInvented)->Name("assemble/t1asm")->Arg(10)->Arg(40)->Arg(1000)->UseManualTime();
 BENCHMARK(realFont)->Name("real_glyphs/vaskel/256");
 BENCHMARK(t1asmReal)->Name("real_glyphs/t1asm/256")->UseManualTime();
-BENCHMARK(keysAlone)->Name("real_glyphs/least_keys/256");
+BENCHMARK(callsAndKeys)->Name("real_glyphs/least_calls_and_keys/256");
 
 }  // namespace
 

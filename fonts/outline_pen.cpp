@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "fonts/outline_pen_avx512.h"
+
 namespace Fonts {
 
 unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigned char command,
@@ -28,3 +30,25 @@ unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigne
 }
 
 }  // namespace Fonts
+
+#if defined(__x86_64__)
+
+namespace Fonts::Avx512 {
+
+constinit const Numbers kNumbers = [] {
+    Numbers numbers{};
+    for (int i = 0; i < 8; ++i) {
+        numbers.largestOfOne[i] = kLargestOfOne;
+        numbers.largestOfTwo[i] = kLargestOfTwo;
+        numbers.one[i] = kOneByte;
+        numbers.two[i] = kTwoBytes;
+        numbers.negative[i] = kNegative;
+        numbers.begins[i] = 0xFF;
+        numbers.ends[i] = 0xFF00;
+    }
+    return numbers;
+}();
+
+}  // namespace Fonts::Avx512
+
+#endif

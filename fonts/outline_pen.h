@@ -46,8 +46,12 @@ unsigned char* drawPlain(unsigned char* out, OutlinePen pen, bool first, unsigne
 // and differences only as far as they take one byte or two.
 #ifdef __x86_64__
 
+constexpr short kLargestOfOne = 107;
 constexpr short kLargestOfTwo = 1131;
 constexpr unsigned kFirstOfTwo = 247;
+constexpr std::uint16_t kOneByte = 139;                        // plus d
+constexpr std::uint16_t kTwoBytes = (kFirstOfTwo << 8) - 108;  // plus size, and
+constexpr std::uint16_t kNegative = 4 << 8;                    // where d is negative
 
 struct EncodedNumbers {
     __m128i words;  // the first byte of a number is the lower one
@@ -67,11 +71,11 @@ inline EncodedNumbers encodeNumbers(__m128i coordinates, __m128i differences) {
     const __m128i far = _mm_xor_si128(coordinates, _mm_add_epi16(coordinates, coordinates));
     const __m128i longer = _mm_or_si128(far, _mm_cmpgt_epi16(size, all(kLargestOfTwo)));
 
-    const __m128i value = _mm_add_epi16(_mm_add_epi16(size, all((kFirstOfTwo << 8) - 108)),
-                                        _mm_and_si128(sign, all(4 << 8)));
+    const __m128i value =
+        _mm_add_epi16(_mm_add_epi16(size, all(kTwoBytes)), _mm_and_si128(sign, all(kNegative)));
     const __m128i two = _mm_or_si128(_mm_slli_epi16(value, 8), _mm_srli_epi16(value, 8));
-    const __m128i one = _mm_add_epi16(differences, all(139));
-    const __m128i takeTwo = _mm_cmpgt_epi16(size, all(107));
+    const __m128i one = _mm_add_epi16(differences, all(kOneByte));
+    const __m128i takeTwo = _mm_cmpgt_epi16(size, all(kLargestOfOne));
     const __m128i words = _mm_xor_si128(one, _mm_and_si128(_mm_xor_si128(one, two), takeTwo));
     return {words, (_mm_movemask_epi8(longer) & 0xAAAA) != 0};
 }
@@ -157,16 +161,6 @@ inline unsigned char* drawCurveFast(unsigned char* out, OutlinePen pen, int x1, 
     widen(pen, _mm_srai_epi32(_mm_unpacklo_epi16(range, range), 16));
     storeAt(pen, end);
     return out;
-}
-
-#else
-
-inline unsigned char* drawPointFast(unsigned char*, OutlinePen, unsigned char, int, int) {
-    return nullptr;
-}
-
-inline unsigned char* drawCurveFast(unsigned char*, OutlinePen, int, int, int, int, int, int) {
-    return nullptr;
 }
 
 #endif

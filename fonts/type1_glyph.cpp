@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "fonts/charstring.h"
-#include "fonts/outline_pen.h"
 #include "fonts/text_out.h"
 #include "util/narrow.h"
 #include "vaskel/fonts.h"
@@ -37,12 +36,8 @@ Type1Glyph::Type1Glyph(const Type1Glyph& other) : Type1Glyph(std::string()) { *t
 
 Type1Glyph::~Type1Glyph() = default;
 
-// Room for a command of up to so many bytes, so that it either happens whole or
-// not at all.
-bool Type1Glyph::hasRoom(std::size_t bytes) const { return mCapacity - mLength >= bytes; }
-
 void Type1Glyph::makeRoom(std::size_t bytes) {
-    if (hasRoom(bytes)) [[likely]]
+    if (mCapacity - mLength >= bytes) [[likely]]
         return;
     const std::size_t capacity = std::max(2 * mCapacity, mLength + bytes);
     std::unique_ptr<unsigned char[]> more(new unsigned char[capacity]);
@@ -50,56 +45,6 @@ void Type1Glyph::makeRoom(std::size_t bytes) {
     mMore = std::move(more);
     mOutline = mMore.get();
     mCapacity = capacity;
-}
-
-// A command by the rule itself: a curve that comes first, the one that needs more
-// room, and those of long numbers.
-void Type1Glyph::drawSlow(unsigned char command, const int* points, int count) {
-    makeRoom(longestCommand(count));
-    const bool first = mLength == 0;
-    unsigned char* const begin = mOutline + mLength;
-    mLength += static_cast<std::size_t>(
-        drawPlain(begin, {mAt, mBox}, first, command, points, count) - begin);
-}
-
-void Type1Glyph::drawPointSlow(unsigned char command, int x, int y) {
-    const int points[] = {x, y};
-    drawSlow(command, points, 1);
-}
-
-void Type1Glyph::drawTo(int x, int y, unsigned char command) {
-    if (hasRoom(longestCommand(1))) [[likely]] {
-        unsigned char* const begin = mOutline + mLength;
-        if (unsigned char* const end = drawPointFast(begin, {mAt, mBox}, command, x, y))
-            [[likely]] {
-            if (mLength == 0) [[unlikely]]
-                seedBox({mAt, mBox}, x, y);
-            mLength += static_cast<std::size_t>(end - begin);
-            return;
-        }
-    }
-    drawPointSlow(command, x, y);
-}
-
-void Type1Glyph::moveTo(int x, int y) { drawTo(x, y, kRmoveto); }
-
-void Type1Glyph::lineTo(int x, int y) { drawTo(x, y, kRlineto); }
-
-void Type1Glyph::drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3) {
-    const int points[] = {x1, y1, x2, y2, x3, y3};
-    drawSlow(kRrcurveto, points, 3);
-}
-
-void Type1Glyph::curveTo(int x1, int y1, int x2, int y2, int x3, int y3) {
-    if (mLength > 0 && hasRoom(longestCommand(3))) [[likely]] {
-        unsigned char* const begin = mOutline + mLength;
-        if (unsigned char* const end = drawCurveFast(begin, {mAt, mBox}, x1, y1, x2, y2, x3, y3))
-            [[likely]] {
-            mLength += static_cast<std::size_t>(end - begin);
-            return;
-        }
-    }
-    drawCurveSlow(x1, y1, x2, y2, x3, y3);
 }
 
 void Type1Glyph::closePath() {

@@ -103,7 +103,8 @@ class PrivateWriter {
     // The two encryptions wait for each other only at their beginning, so a
     // byte takes the time of one. The writer's state is copied: what is written
     // might otherwise be the state itself, for all the compiler knows.
-    [[gnu::noinline]] void charstring(WideEncryption& key, const unsigned char* from, std::size_t count) {
+    [[gnu::noinline]] void charstring(WideEncryption& key, const unsigned char* from,
+                                      std::size_t count) {
         WideEncryption inner = key, outer = mEexec;
         unsigned char* at = mAt;
         for (std::size_t i = 0; i < count; ++i) at[i] = outer.encrypt(inner.encrypt(from[i]));

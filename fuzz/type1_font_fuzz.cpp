@@ -1,4 +1,4 @@
-// Fonts drawn by the input: both forms of the private part are equal, undoing
+// Fonts drawn by the input: all forms of drawing and of the private part are equal, undoing
 // both encryptions and reading the numbers back gives what was drawn.
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "fonts/glyph_drawing.h"
 #include "fonts/type1_program.h"
 #include "vaskel/fonts.h"
 
@@ -117,9 +118,8 @@ Expected drawGlyph(Input& input, Fonts::Type1Font& font) {
     return want;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+// Builds, checks and returns the font.
+std::vector<unsigned char> fontOf(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     Fonts::Type1Font font("Fuzz");
     std::vector<Expected> drawn;
@@ -155,5 +155,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         at = begin + length + 4;
     }
     require(privatePart.compare(at, 14, "/.notdef 8 RD ") == 0);
+    return whole;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::vector<unsigned char> best = fontOf(data, size);
+    for (const Fonts::GlyphForm& form : Fonts::glyphForms()) {
+        Fonts::forceGlyphForm(&form);
+        require(fontOf(data, size) == best);
+    }
+    Fonts::forceGlyphForm(nullptr);
     return 0;
 }

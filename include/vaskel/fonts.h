@@ -78,15 +78,11 @@ class VASKEL_API Type1Glyph {
  private:
     friend class Type1Font;
     friend class Type1Program;
+    friend struct GlyphDrawing;
     static constexpr std::size_t kHeadRoom = 16;  // for writeHead, in bytes
     std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
-    inline bool hasRoom(std::size_t bytes) const;
-    inline void drawTo(int x, int y, unsigned char command);
     VASKEL_HIDDEN void makeRoom(std::size_t bytes);
-    VASKEL_HIDDEN void drawSlow(unsigned char command, const int* points, int count);
-    VASKEL_HIDDEN void drawPointSlow(unsigned char command, int x, int y);
-    VASKEL_HIDDEN void drawCurveSlow(int x1, int y1, int x2, int y2, int x3, int y3);
 
     std::string mName;
     unsigned char* mOutline;  // mFirst or mMore
