@@ -161,17 +161,20 @@ VASKEL_AVX2 void cellSums(const ColumnLines& lines, std::size_t first, std::size
     using Sums = Pairs<kChannels, std::uint16_t>;
     using Bytes = Pairs<kChannels, unsigned char>;
     std::ptrdiff_t fetched = place;
-    for (std::size_t k = first; k < first + count; k += Sums::kCells, sums += 8) {
+    for (std::size_t k = first, end = first + count; k < end;) {
         for (const auto at = place + kChannels * static_cast<std::ptrdiff_t>(starts[k] - begin);
              fetched < at; fetched += 64)
             lines.fetch(fetched, lines.half(), lines.count - 1);
-        const __m256i a = Sums::shares(firstShares + k), b = Sums::shares(lastShares + k);
-        const __m256 down = cellsOf(Sums(columns, starts + k, begin), between, a, whole, b);
-        const __m256 line = cellsOf(Bytes(last, starts + k, begin), between, a, whole, b);
-        float* const at = ofLast + kChannels * k;
-        const __m256 withFirst = _mm256_fmadd_ps(_mm256_loadu_ps(at), firstWeight, down);
-        _mm256_storeu_ps(at, line);
-        _mm256_storeu_ps(sums, _mm256_fmadd_ps(line, lastWeight, withFirst));
+        for (const std::size_t some = std::min(end, k + 8); k < some;
+             k += Sums::kCells, sums += 8) {
+            const __m256i a = Sums::shares(firstShares + k), b = Sums::shares(lastShares + k);
+            const __m256 down = cellsOf(Sums(columns, starts + k, begin), between, a, whole, b);
+            const __m256 line = cellsOf(Bytes(last, starts + k, begin), between, a, whole, b);
+            float* const at = ofLast + kChannels * k;
+            const __m256 withFirst = _mm256_fmadd_ps(_mm256_loadu_ps(at), firstWeight, down);
+            _mm256_storeu_ps(at, line);
+            _mm256_storeu_ps(sums, _mm256_fmadd_ps(line, lastWeight, withFirst));
+        }
     }
 }
 
