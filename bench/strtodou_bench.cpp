@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -73,11 +74,13 @@ void registerNumbers() {
             const char* cursor = text.c_str();
             return Vaskel::scanNumberPlain(&cursor);
         });
-        // Where the text ends, byte by byte: no length comes with it.
-        add(name("least_end"), all, [](const std::string& text) {
-            const char* s = text.c_str();
-            while (*s != '\0') ++s;
-            return s;
+        // Where the text ends, which no length tells, byte by byte, and the bytes in
+        // a number, whatever they are.
+        add(name("least_digits"), all, [](const std::string& text) {
+            std::uint64_t number = 0;
+            for (const char* s = text.c_str(); *s != '\0'; ++s)
+                number = number * 10 + static_cast<unsigned char>(*s);
+            return number;
         });
         add(name("strtod"), all,
             [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });

@@ -92,11 +92,15 @@ struct UnitRules {
     }
 };
 
-// Adds the digits at s to *number, modulo 2^64, and returns where they end.
+// Adds the digits at s to *number, modulo 2^64, and returns where they end. Three
+// digits for each jump back.
 inline const char* addDigits(const char* s, std::uint64_t* number) {
     std::uint64_t sum = *number;
+#pragma GCC unroll 3
     for (unsigned digit; (digit = static_cast<unsigned char>(*s) - unsigned{'0'}) < 10; ++s)
         sum = sum * 10 + digit;
+    // Anew from here on: otherwise every turn keeps what the last one has to say.
+    __asm__("" : "+r"(s));
     *number = sum;
     return s;
 }
