@@ -39,6 +39,13 @@ std::unique_ptr<unsigned char[]> makePixels(std::size_t count) {
         new (std::nothrow) unsigned char[count * kPixelBytes]());
 }
 
+// Room for more elements behind those of list; for ever more each time, so that
+// long chains are not moved at every step.
+template <class T>
+void makeRoom(std::vector<T>& list, std::size_t more) {
+    if (list.capacity() - list.size() < more) list.reserve(2 * list.size() + more);
+}
+
 }  // namespace
 
 colsynlnk::colsynlnk() = default;
@@ -58,9 +65,9 @@ colsynlnk::~colsynlnk() { reset(); }
 void colsynlnk::add(void* profile, unsigned int intent, unsigned int space) {
     if (!profile) return;
     // Room for all first, so that nothing can fail once a link is made.
-    mProfiles.reserve(mProfiles.size() + 1);
-    mLinks.reserve(mLinks.size() + 1);
-    mSpaces.reserve(mSpaces.size() + 1);
+    makeRoom(mProfiles, 1);
+    makeRoom(mLinks, 1);
+    makeRoom(mSpaces, 1);
     if (intent < kOwnIntent) LibICCProfile::SetProfileRenderingIntent(profile, intent);
     if (!mProfiles.empty())
         mLinks.push_back(LibICCProfile::MakeProfileLink(mProfiles.back(), profile));
@@ -70,8 +77,8 @@ void colsynlnk::add(void* profile, unsigned int intent, unsigned int space) {
 
 void colsynlnk::addlink(void* link, unsigned int inSpace, unsigned int outSpace) {
     if (!link) return;
-    mLinks.reserve(mLinks.size() + 1);
-    mSpaces.reserve(mSpaces.size() + 2);
+    makeRoom(mLinks, 1);
+    makeRoom(mSpaces, 2);
     if (mLinks.empty()) mSpaces.push_back(inSpace);
     mLinks.push_back(link);
     mSpaces.push_back(outSpace);

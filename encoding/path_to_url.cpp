@@ -159,9 +159,14 @@ void PathToURL(const std::string& path, const std::string& defaultScheme,
         url.append(split.scheme);
         url.append("://");
     }
+    const bool absolute = split.rest.starts_with('/');
+    // The old URL goes before the host is asked for the new one. All that is
+    // needed of path, which may belong to out, has been copied.
+    out.Reset();
+
     std::string_view next = components.take();
     if (!next.empty()) {
-        if (split.rest.starts_with('/')) url.append("/");
+        if (absolute) url.append("/");
         url.append(component);  // the host or volume, as it is
         url.append("/");
         component = next;
@@ -171,9 +176,6 @@ void PathToURL(const std::string& path, const std::string& defaultScheme,
         }
     }
     appendLeaf(component, &url);
-
-    // Last, since path may belong to out.
-    out.Reset();
     out = url.terminated();
 }
 

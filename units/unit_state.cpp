@@ -41,10 +41,8 @@ constexpr int kTextUnitSet = 3;
 // Only mm and cm; in unsigned numbers, so that every other int is not.
 int isMetric(int unit) { return static_cast<unsigned>(unit) - 1u <= 1u; }
 
-// The code with this distinct name, or -1. A name with a zero byte inside is
-// none, whatever stands before that byte.
+// The code with this distinct name, or -1. The host compares up to a zero byte.
 int distinctUnit(const std::string& name) {
-    if (name.find('\0') != std::string::npos) return -1;
     for (int unit = 0; unit < kUnitCount; ++unit)
         if (Orlune::strcomign(name.c_str(), kUnits[unit].distinct) == 0) return unit;
     return -1;

@@ -22,10 +22,9 @@ PopupDataModel& PopupDataModel::operator=(const PopupDataModel& other) {
 PopupDataModel::~PopupDataModel() { mChanged.disconnect_all_slots(); }
 
 long PopupDataModel::GetValue() const { return GetSelection(); }
-void PopupDataModel::SetValue(long value) { select(value); }
+void PopupDataModel::SetValue(long value) { SetSelection(static_cast<int>(value)); }
 
 int PopupDataModel::GetSelection() const { return mValues[mValueIndex]; }
-void PopupDataModel::SetSelection(int value) { select(value); }
 
 int PopupDataModel::GetValueIndex() const { return mValueIndex; }
 int PopupDataModel::GetValueByIndex(int index) const { return mValues[index]; }
@@ -42,7 +41,7 @@ int PopupDataModel::GetNumberOfOptions() const {
     return count;
 }
 
-int PopupDataModel::findIndex(long value) const {
+int PopupDataModel::findIndex(int value) const {
     for (int i = 0;; ++i) {
         if (i > 0 && mValues[i] == 0 && !(mDescriptions && mDescriptions[i])) return -1;
         if (mValues[i] == value) return i;
@@ -52,7 +51,7 @@ int PopupDataModel::findIndex(long value) const {
 // A value that is not in the list chooses the first entry, without any report:
 // hosts hand over stored values as they are and show what comes of them.
 // Test: "an unknown value falls back to the first option".
-void PopupDataModel::select(long value) {
+void PopupDataModel::SetSelection(int value) {
     const int found = findIndex(value);
     const std::int32_t index = found < 0 ? 0 : found;
     if (index == mValueIndex) return;

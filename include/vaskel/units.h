@@ -94,7 +94,7 @@ VASKEL_API const char* GetDistinctTextUnitString();
 
 /// Makes the unit with this distinct name the current one, as setuni does, and
 /// returns true; false for any other name, with nothing changed or fired. The
-/// 26 ASCII letters match in either case.
+/// 26 ASCII letters match in either case. A zero byte ends the name.
 ///
 ///   "PICA" sets 7, and numunistr() is "pt"
 ///   "scan pix" and "" are no distinct names
@@ -229,9 +229,9 @@ VASKEL_API double doutodis(double value);
 //
 // Digits accumulate in a double, first to last, and are divided by the power
 // of ten once at the end. Digit runs beyond the range of a double become
-// +infinity, which is allowed as the first operand, where rounding saturates
-// it, and fails as a later one; with that many decimals they are not-a-number,
-// which rounds to 0.
+// infinity: as the first operand it is allowed, and rounding saturates it; as
+// a later one +infinity fails and -infinity does not; with that many decimals
+// they are not-a-number, which rounds to 0.
 //
 // Results are 0 for success and -1 for failure, which leaves the output alone;
 // a null text fails. Cost is linear in the text and nothing is allocated.

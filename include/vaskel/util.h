@@ -40,10 +40,10 @@ class VASKEL_API Random {
     /// Begins the sequence of seed anew.
     void setSeed(int seed);
 
-    /// An integer in 0 .. n - 1, for n in 1 .. 131071; 0 for n = 0.
+    /// An integer in 0 .. n - 1, for n in 1 .. 131080; 0 for n = 0.
     ///
     /// It is h * n / 16384 rounded down for the top 14 bits h of a word, so that
-    /// no more than 16384 values come for a larger n. Beyond 131071 the product
+    /// no more than 16384 values come for a larger n. Beyond 131080 the product
     /// wraps in 32 bits; an n in -131072 .. -1 gives n .. 0.
     int nextInt(int n);
     /// A multiple of 0.00001 in 0.0 .. 0.99994, one of 16384.
@@ -151,7 +151,7 @@ class VASKEL_API PopupDataModel {
     virtual ~PopupDataModel();
     /// The chosen value.
     virtual long GetValue() const;
-    /// SetSelection with value; one beyond the int range is in no list.
+    /// SetSelection with the lowest 32 bits of value.
     virtual void SetValue(long value);
 
     /// The chosen value.
@@ -185,8 +185,7 @@ class VASKEL_API PopupDataModel {
     boost::signals2::signal<void()> mChanged;
 
  private:
-    int findIndex(long value) const;
-    void select(long value);
+    int findIndex(int value) const;
 
     std::int32_t mValueIndex;
     const int* mValues;

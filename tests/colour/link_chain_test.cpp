@@ -87,6 +87,15 @@ TEST_CASE("colsynlnk: pixels go through any number of links") {
         }
 }
 
+TEST_CASE("colsynlnk: a long chain is not moved at every link") {
+    RecordingLinks recorder;
+    colsynlnk chain;
+    const long before = allocationCount();
+    for (int i = 0; i < 1000; ++i) chain.addlink(handle(21), 5, 5);
+    CHECK(allocationCount() - before <= 22);  // of two lists, doubled ten times each
+    CHECK(chain.isvalid(5, 5));
+}
+
 TEST_CASE("colsynlnk: without a link nothing is written, and that is success") {
     RecordingLinks recorder;
     colsynlnk chain;

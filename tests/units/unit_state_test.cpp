@@ -204,7 +204,7 @@ TEST_CASE("unit state: distinct names are found in either case, others change no
         {" mm", -1},
         {"mm ", -1},
         {"\xC3\x89", -1},
-        {std::string("mm\0", 3), -1},
+        {std::string("mm\0cm", 5), 1},
         {std::string("\0mm", 3), -1},
     };
     for (const NameRow& row : rows) {

@@ -31,9 +31,9 @@ namespace Vaskel {
 /// zero byte ends the component that is to be encoded; in the scheme or in the
 /// first of several components it ends the URL.
 ///
-/// path may be the text of out itself. Memory that ends throws std::bad_alloc
-/// and leaves out alone, or reset where out itself cannot store the finished
-/// URL. Cost is linear in the path. Keeps no state: safe on any thread.
+/// path may be the text of out itself, which is reset before the components are
+/// encoded. Memory that ends throws std::bad_alloc and leaves out alone or reset.
+/// Cost is linear in the path. Keeps no state: safe on any thread.
 VASKEL_API void PathToURL(const std::string& path, const std::string& defaultScheme,
                           Orlune::FileSpecURL& out);
 
