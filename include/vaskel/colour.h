@@ -4,7 +4,9 @@
 // hundredths of the circle (0 to 100, not degrees) or 0 to 1. Values outside a
 // range have no meaning, but do no harm. Results are rounded with
 // Orlune::iround unless an entry says that they are truncated (towards zero).
-// The functions keep no state: safe on any thread.
+// The functions keep no state: safe on any thread. Of everything here only the
+// changes and copies of a chain of links throw, std::bad_alloc, and leave the
+// chain as it was.
 
 #ifndef VASKEL_COLOUR_H
 #define VASKEL_COLOUR_H

@@ -44,11 +44,12 @@ VASKEL_API int intcalc(int x1, int y1, int x2, int y2, int x3, int y3, int x4, i
 ///   square (0,0) (10,0) (10,10) (0,10), closed:
 ///     (5,5), (10,5) and (0,0) are inside, (11,5) is not
 ///
-/// A point above or below a contour's box is decided by the contour's ends
-/// alone, and edges meet the vertical ray from the point half-open: a vertex
-/// counts with the edges that come from its right. A point exactly on a vertex
-/// all of whose edges come from the left is therefore answered like a point
-/// just right of it. Answers of stored documents depend on that.
+/// The vertical ray from the point goes towards smaller y. Of a contour whose
+/// box ends before the point's y the ends alone decide. Edges meet the ray
+/// half-open: a vertex counts with the edges that come from its right. A point
+/// exactly on a vertex all of whose edges come from the left is therefore
+/// answered like a point just right of it. Answers of stored documents depend
+/// on that.
 ///
 /// A null path, and a path without points, holds nothing. Coordinates lie
 /// within half the 32-bit range. Cost: the boxes of all contours, and one walk
@@ -132,10 +133,11 @@ VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int 
 /// the vertex itself: a pass through the inside of a segment does not count
 /// there, and one through another vertex not always.
 ///
-/// Within +-2^25, n vertices take about n log n steps; where nothing touches, and
-/// most of the outline goes on to the right or the left for a while, few of them
-/// are more than a comparison. Beyond, the segments above and below each other
-/// are all compared.
+/// Within +-2^25, n vertices take about n log n steps; where nothing touches,
+/// and most of the outline goes on to the right or the left for a while, few
+/// of them are more than a comparison. Segments that meet at one place are all
+/// compared with each other there, and beyond that range all that lie above
+/// and below each other.
 ///
 /// Calls Orlune::cancel(0, 0) before every 200th vertex, its result unused.
 /// std::bad_alloc passes through. Keeps no state: safe on any thread while
@@ -183,17 +185,20 @@ VASKEL_API void cleanpar(int n, int tolerance, int step);
 /// Otherwise, without filter:
 ///   tolerance 0    square (0,0) (8,0) (8,8) (0,8)           the same points
 ///   tolerance 1    (0,0) (4,1) (8,0) (8,8) (0,8), closed    loses (4,1)
-/// A straight run of points collapses to its ends, but a point is kept after at
-/// most 50 that come after the last kept one. With the filter a closed outline
-/// may begin at another place than the input, and outlines shrink a little at
-/// their corners; an open one keeps its first point and ends at its last
-/// sample, which lies less than a step from its last point.
+/// A straight run of points collapses to its ends, but a point is kept after
+/// at most 50 that come after the last kept one. With the filter a closed
+/// outline may begin at another place than the input, and outlines shrink a
+/// little at their corners. The samples of a closed one go round: where its
+/// walk comes back to the first, that is not taken twice. An open one keeps
+/// its first point and ends at its last sample, which lies less than a step
+/// from its last point.
 ///
-/// Points further apart than 32767 in x or y are never dropped between.
-/// Coordinates may use the whole 32-bit range; filtered ones wrap beyond it.
-/// Needs memory for the result and a few hundred bytes times n. Cost: linear in
-/// the input's points and in its length divided by the step. Throws
-/// std::bad_alloc. Reads the process-wide parameters: see cleanpar for threads.
+/// Where points are 32768 or more apart in x or y (32769 towards smaller
+/// ones), none is dropped between them. Coordinates may use the whole 32-bit
+/// range; filtered ones wrap beyond it. Needs memory for the result and a few
+/// hundred bytes times n. Cost: linear in the input's points and in its length
+/// divided by the step. Throws std::bad_alloc. Reads the process-wide
+/// parameters: see cleanpar for threads.
 VASKEL_API Pemmit::Path* clean(const Pemmit::Path* path, int size);
 
 // ---- Arcs -------------------------------------------------------------------

@@ -5,12 +5,14 @@
 // without an ask handler questions stay unanswered.
 //
 // Texts are UTF-8, NUL-terminated. Handlers run on the thread that reports,
-// before the reporting call returns, and may do anything: report again, install
-// or remove handlers (the running one stays alive until it returns), or throw;
-// what they throw passes through to the reporting call's caller and leaves
-// everything here consistent. Nothing here takes a lock: setters, message blocks
-// and questions belong to the host's user-interface thread; messages may come
-// from any thread while no handler is being installed or removed.
+// before the reporting call returns, and may do anything: report again,
+// install or remove handlers (the running one stays alive until it returns),
+// or throw; what they throw passes through to the reporting call's caller and
+// leaves everything here consistent. So does std::bad_alloc, from all that
+// makes or changes an error object or a registry of blocks. Nothing here takes
+// a lock: setters, message blocks and questions belong to the host's
+// user-interface thread; messages may come from any thread while no handler is
+// being installed or removed.
 
 #ifndef VASKEL_MESSAGES_H
 #define VASKEL_MESSAGES_H
@@ -120,12 +122,13 @@ class VASKEL_API ScopedMessagesDisabler {
 
 /// Reports a message: formats it as printf does and hands it to the handler.
 ///
-/// The text holds at most 1024 bytes; of a longer one the first 1024 arrive. A
-/// text of exactly 1024 bytes also makes a line on the debugger output,
-/// "Message: string too long. Click quit.", handler or not; a longer one does
-/// not, because the formatter's count then reads -1. What cannot be formatted
-/// at all (a null format, a wide character without a multibyte form) arrives as
-/// the empty text.
+/// The text holds at most 1024 bytes; of a longer one the first 1024 arrive,
+/// which an error object, since it wants whole characters, describes by
+/// nothing where the cut splits one. A text of exactly 1024 bytes also makes a
+/// line on the debugger output, "Message: string too long. Click quit.",
+/// handler or not; a longer one does not, because the formatter's count then
+/// reads -1. What cannot be formatted at all (a null format, a wide character
+/// without a multibyte form) arrives as the empty text.
 ///
 ///   message(kMessageWarning, kMessageLasting, "%d pages", 12)
 ///

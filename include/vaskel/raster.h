@@ -24,30 +24,30 @@ class TracedPoints;
 /// The bitmap is never held: a subclass delivers it line by line as positions
 /// at which the colour changes, and receives each outline as a path as soon as
 /// it is closed. Outlines pass through clean (vaskel/geometry.h) with the
-/// parameters that are set in the process, and those not larger than a minimum
-/// size are dropped.
+/// parameters that are set in the process; those at most a minimum size wide
+/// are dropped, lower ones as specks and higher ones since clean refuses them.
 ///
 ///   struct Tracer : Vaskel::Vectorizer {
-///       Tracer() : Vectorizer(2) {}                      // drops specks up to 2 x 2
+///       Tracer() : Vectorizer(2) {}                      // drops what is 2 lines thin
 ///       int getLine(int line, int* runs) override {      // one run, 10 to 30
 ///           runs[0] = 10, runs[1] = 30, runs[2] = 0x7FFFFFFF;
 ///           return 0;
 ///       }
-///       void addPath(Pemmit::Path* path) override { outlines.emplace_back(path); }
-///       std::vector<OwnedPath> outlines;
+///       void addPath(Pemmit::Path* path) override { outlines.push_back(path); }
+///       std::vector<Pemmit::Path*> outlines;             // Pemmit::objrem releases them
 ///   };
 ///   Tracer().vectorize(20, false)   delivers the rectangle 0,10 .. 20,30
 ///
 /// In the outlines x is the line coordinate and y the position in the line.
 /// Filled by the even-odd rule they give the bitmap back exactly when smoothing
-/// and cleaning are off and the minimum size is negative or nothing is as
-/// small.
+/// and cleaning are off and the minimum size is negative or nothing is as thin.
 ///
 /// Memory besides outlines: 200 KB for two lines, and 32 bytes for each of the
 /// most positions that one line has, rounded up to a power of two, at most 2
-/// MB; besides, until a trace ends, 9 bytes for each point of all outlines that
-/// are open at a time, up to 256 for each of their ends, and up to 24 for each
-/// point of the largest outline. Time: linear in lines and positions.
+/// MB; besides, until a trace ends, 9 bytes for each point of all outlines
+/// that are open at a time, up to 256 for each edge that became part of them,
+/// and up to 24 for each point of the largest outline. Time: linear in lines
+/// and positions.
 ///
 /// Failures are thrown as int: -1 when memory for lines or edges cannot be had,
 /// -2 when a line opens more than 65535 edges at a time. Whatever ends a trace
@@ -55,16 +55,15 @@ class TracedPoints;
 /// the host's paths find no memory, releases the outlines that are still open;
 /// the object can trace again.
 ///
-/// An object is used by one thread at a time, different ones by different
-/// threads only while nobody calls cleanpar and its like, since cleaning has
-/// process-wide parameters.
+/// Objects may be used by different threads, but only one of all may trace at
+/// a time, since cleaning has process-wide parameters and buffers.
 class VASKEL_API Vectorizer {
  public:
     /// How many values getLine may write, the terminator included.
     static const int mLineSize = 25000;
 
-    /// Outlines at most minSize wide and at most minSize high (maximum minus
-    /// minimum of a coordinate) are dropped; nothing is smoothed. Throws the
+    /// Outlines at most minSize wide (maximum minus minimum of x, the line
+    /// coordinate) are dropped, however high; nothing is smoothed. Throws the
     /// int -1.
     explicit Vectorizer(int minSize);
 
