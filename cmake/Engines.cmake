@@ -39,7 +39,7 @@ endif()
 target_compile_options(vaskel_engines PRIVATE "$<$<CONFIG:Release>:${vaskel_medium}>")
 set(vaskel_loops
     units/distostr.cpp units/doutostr.cpp
-    geometry/clean_kernel.cpp geometry/clean_samples.cpp geometry/edge_run.cpp
+    geometry/clean_samples.cpp geometry/edge_run.cpp
     geometry/inside_path.cpp geometry/intersect_active.cpp geometry/intersect_simple.cpp
     raster/downsample_cells.cpp
     colour/ink_run.cpp
@@ -57,7 +57,8 @@ set(vaskel_unhurried
     messages/error.cpp messages/message.cpp messages/message_ask.cpp messages/message_blocks.cpp
     messages/message_handler.cpp messages/uni16_text.cpp
     units/unit_state.cpp units/parse_range.cpp units/strtodis.cpp
-    geometry/arc.cpp geometry/clean_plain.cpp geometry/intersect.cpp geometry/intersect_order.cpp
+    geometry/arc.cpp geometry/clean_cones.cpp geometry/clean_plain.cpp geometry/intersect.cpp
+    geometry/intersect_order.cpp
     geometry/intersect_plain.cpp geometry/intersect_sweep.cpp geometry/selint.cpp
     geometry/sweep_sort.cpp
     raster/downsample_estimate.cpp

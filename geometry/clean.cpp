@@ -6,6 +6,7 @@
 #include "geometry/clean.h"
 
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "geometry/clean_filter.h"
@@ -26,36 +27,41 @@ int enoughChanges(const Pemmit::Path* path) {
     return (path->flags & Pemmit::kFlagOpen) != 0 ? 3 : kClosedChanges;
 }
 
+bool differ(const WalkPoint& a, const WalkPoint& b) { return std::memcmp(&a, &b, sizeof a) != 0; }
+
 // Whether a run has enough points that differ from the one before, the first one
-// counted.
+// counted. Mostly the first ones do.
 bool hasChanges(const PointRun& run, int enough) {
+    if (run.count >= kClosedChanges && differ(run[0], run[1]) && differ(run[1], run[2]) &&
+        differ(run[2], run[3]))
+        return true;
     int changes = run.count > 0 ? 1 : 0;
-    for (int i = 1; i < run.count && changes < enough; ++i)
-        changes += run[i].x != run[i - 1].x || run[i].y != run[i - 1].y;
+    for (int i = 1; i < run.count && changes < enough; ++i) changes += differ(run[i], run[i - 1]);
     return changes >= enough;
 }
 
-// Feeds the walked points themselves and returns the last one. There is one.
-Sample passOn(WalkedPoints& points, SimplifyFast& out) {
+// Feeds the walked points themselves and returns the last one of an open outline.
+// There is one.
+Sample passOn(WalkedPoints& points, bool open, SimplifyFast& out) {
     Sample last = {};
     for (; points.run().count > 0; points.next()) {
         const PointRun& run = points.run();
         out.add(run);
-        last = {run[run.count - 1].x, run[run.count - 1].y};
+        if (open) last = run[run.count - 1];
     }
     return last;
 }
 
 Pemmit::Path* cleanWalked(WalkedPoints& points, bool open) {
-    SimplifyFast out(open, gState.tolerance);
+    SimplifyFast out(open, gState);
     Sample last = {};
     if (gState.order < 1)
-        last = passOn(points, out);
+        last = passOn(points, open, out);
     else if (open)
         last = filterOpen(points, gState, out);
     else
         filterClosed(points, gState, out);
-    return out.finish({last.x, last.y});
+    return out.finish(last);
 }
 
 }  // namespace

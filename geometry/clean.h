@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "geometry/clean_cones.h"
 #include "geometry/clean_kernel.h"
 #include "geometry/point_runs.h"
 #include "platform/pemmit.h"
@@ -17,10 +18,7 @@
 
 namespace Vaskel {
 
-/// A point of whole distances.
-struct Sample {
-    std::int32_t x, y;
-};
+using Sample = WalkPoint;
 
 /// The buffers of the filter. They never hold all samples of a long outline.
 struct CleanBuffers {
@@ -37,6 +35,7 @@ struct CleanState {
     int step = 0;       // resampling distance; below 1 counts as 1
     CleanKernel kernel;
     CleanBuffers buffers;
+    ConeTable cones;
 };
 
 CleanState& cleanState();

@@ -135,8 +135,9 @@ std::int32_t extended(const std::vector<std::int32_t>& samples, std::int64_t las
 
 // An open outline whose last sample is nearer to the first than the filter
 // reaches. Windows are made one by one, in full.
-void filterShort(const std::vector<std::int32_t>& x, const std::vector<std::int32_t>& y,
-                 std::int64_t last, const CleanState& state, SimplifyFast& out) {
+[[gnu::cold]] void filterShort(const std::vector<std::int32_t>& x,
+                               const std::vector<std::int32_t>& y, std::int64_t last,
+                               const CleanState& state, SimplifyFast& out) {
     const auto reach = static_cast<std::int64_t>(state.kernel.reach);
     const std::size_t length = 2 * state.kernel.reach + 1;
     std::vector<std::int32_t> windowX(length), windowY(length);
@@ -154,7 +155,7 @@ void filterShort(const std::vector<std::int32_t>& x, const std::vector<std::int3
 
 }  // namespace
 
-CleanBuffers makeBuffers(int order, const CleanKernel& kernel) {
+[[gnu::cold]] CleanBuffers makeBuffers(int order, const CleanKernel& kernel) {
     const auto n = static_cast<std::size_t>(order);
     const std::size_t outputs = std::clamp<std::size_t>(kSamplesAtATime / n, 8, kOutputsAtATime);
     const std::size_t window = 2 * kernel.reach + 1;

@@ -32,7 +32,7 @@ double lanczos(double x) {
 // of all f. These sums are 2n times the integrals of f^2 (0.8326) and of f
 // (1.0098) over -2 .. 2, each off by no more than the function's variation,
 // which is below 3: at n = 16384 the bound is 0.41, and it falls with 1/n.
-std::vector<std::int32_t> cleanWeights(int n) {
+[[gnu::cold]] std::vector<std::int32_t> cleanWeights(int n) {
     if (n >= kFlatOrder) return {};
     const auto half = static_cast<std::size_t>(cleanHalfLength(n));
 

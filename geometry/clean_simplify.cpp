@@ -1,6 +1,7 @@
 #include "geometry/clean_simplify.h"
 
 #include <algorithm>
+#include <cstring>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -27,14 +28,6 @@ std::int64_t slack(const Step& s, const Step& d, std::int64_t most) {
 }
 
 #ifdef __SSE2__
-
-constexpr int kNear = 1024;
-constexpr std::int64_t kNearSquare = 16 * 16;
-
-bool isNear(const Step& d) {
-    return (static_cast<std::uint64_t>(d.x + kNear) | static_cast<std::uint64_t>(d.y + kNear)) <
-           2 * kNear;
-}
 
 __m128i load(const WalkPoint* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -65,24 +58,6 @@ void eachProduct(const WalkPoint* points, int count, const Step& d, Take take) {
     take(products(points + count - 3, p, turned));
 }
 
-// With a tolerance of up to 16 and a near d, tolerance^2 |d|^2 is at most 16^2 *
-// 2 * 1024^2 = 2^29. Cross products may be cut off at the ends of 16 bits, whose
-// squares are above that, and all squares fit in 32 bits.
-bool areNearWithin(const WalkPoint* points, int count, const Step& d, std::int64_t most) {
-    __m128i low = _mm_setzero_si128(), high = low;
-    eachProduct(points, count, d, [&](__m128i product) {
-        const __m128i narrow = _mm_packs_epi32(product, product);
-        low = _mm_min_epi16(low, narrow);
-        high = _mm_max_epi16(high, narrow);
-    });
-    const __m128i both = _mm_unpacklo_epi16(low, _mm_setzero_si128());
-    const __m128i other = _mm_unpacklo_epi16(high, _mm_setzero_si128());
-    const __m128i limit = _mm_set1_epi32(static_cast<int>(most));
-    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(_mm_madd_epi16(both, both), limit),
-                                          _mm_cmpgt_epi32(_mm_madd_epi16(other, other), limit))) ==
-           0;
-}
-
 // The sign bits of the 64-bit halves tell whether one of the squared products is
 // above limit. Squares are at most 2^62.
 bool areShortWithin(const WalkPoint* points, int count, const Step& d, std::int64_t most) {
@@ -100,19 +75,6 @@ bool areShortWithin(const WalkPoint* points, int count, const Step& d, std::int6
 
 #endif
 
-// Whether a short d is within tolerance of count short steps.
-bool areWithin(const WalkPoint* points, int count, const Step& d, std::int64_t square) {
-    const std::int64_t most = square * squareOf(d);
-#ifdef __SSE2__
-    if (count >= 4 && d.x != -32768)
-        return square <= kNearSquare && isNear(d) ? areNearWithin(points, count, d, most)
-                                                  : areShortWithin(points, count, d, most);
-#endif
-    std::int64_t least = 0;
-    for (int i = 1; i <= count; ++i) least = std::min(least, slack(stepTo(points, i), d, most));
-    return least >= 0;
-}
-
 // The rule as it stands, for steps of any length.
 bool areWithinByRoot(const WalkPoint* points, int count, const Step& d, std::int64_t tolerance) {
     const std::int64_t most = toleranceTimesLength(tolerance, d);
@@ -121,13 +83,33 @@ bool areWithinByRoot(const WalkPoint* points, int count, const Step& d, std::int
     return true;
 }
 
+// Whether a short d is within tolerance of count steps, at least four if all of
+// them are short.
+bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreShort,
+               std::int64_t tolerance, std::int64_t square) {
+#ifdef __SSE2__
+    if (allAreShort && d.x != -32768) return areShortWithin(points, count, d, square * squareOf(d));
+#else
+    if (allAreShort) {
+        const std::int64_t most = square * squareOf(d);
+        std::int64_t least = 0;
+        for (int i = 1; i <= count; ++i) least = std::min(least, slack(stepTo(points, i), d, most));
+        return least >= 0;
+    }
+#endif
+    return areWithinByRoot(points, count, d, tolerance);
+}
+
 // Were points[0] the last emitted one, the number of the next one; where the
-// points do not tell, that of the last one of them. There are at least three.
-int nextEmitted(const WalkPoint* points, int count, std::int64_t tolerance, std::int64_t square) {
+// points do not tell, that of the last one of them. There are at least three. Those
+// up to number pending are known to be.
+[[gnu::noinline]] int nextEmitted(const WalkPoint* points, int count, int pending,
+                                  std::int64_t tolerance, std::int64_t square) {
     const Step s1 = stepTo(points, 1);
     const bool firstIsShort = isShort(s1);
-    int pending = 1;
-    if (firstIsShort) [[likely]] {
+    if (!firstIsShort) {
+        pending = 1;
+    } else if (pending < 4) {
         // Most ends come soon.
         const Step s2 = stepTo(points, 2);
         if (!isShort(s2) || slack(s1, s2, square * squareOf(s2)) < 0) return 1;
@@ -145,13 +127,47 @@ int nextEmitted(const WalkPoint* points, int count, std::int64_t tolerance, std:
     }
     for (; pending + 1 < count && pending < kMostPending; ++pending) {
         const Step d = stepTo(points, pending + 1);
-        if (!isShort(d)) break;
-        if (!(firstIsShort ? areWithin(points, pending, d, square)
-                           : areWithinByRoot(points, pending, d, tolerance)))
-            break;
+        if (!isShort(d) || !areWithin(points, pending, d, firstIsShort, tolerance, square)) break;
     }
     return pending;
 }
+
+#ifdef __SSE2__
+
+// The same, told by the table while steps are near.
+const WalkPoint* nextNear(const Cone* cones, const WalkPoint* points, const WalkPoint* end,
+                          std::int64_t tolerance, std::int64_t square) {
+    const WalkPoint* const stop = end - points > kMostPending ? points + kMostPending + 1 : end;
+    const WalkPoint* point = points + 1;
+    NearRun run(cones, *points);
+    const Cone* cone = cones && NearRun::mayBegin(*points) ? run.coneOf(*point) : nullptr;
+    while (cone && cone->isFree()) {
+        if (++point == stop) return point - 1;
+        cone = run.coneOf(*point);
+    }
+    if (cone && cone->isNear()) {
+        run.begin(cone);
+        for (;;) {
+            if (++point == stop) return point - 1;
+            cone = run.coneOf(*point);
+            if (!cone) break;
+            if (run.absorb(cone) || run.isZero(cone)) continue;
+            if (run.refuses(cone)) return point - 1;
+            break;
+        }
+    }
+    return points + nextEmitted(points, static_cast<int>(end - points),
+                                static_cast<int>(point - points) - 1, tolerance, square);
+}
+
+#else
+
+const WalkPoint* nextNear(const Cone*, const WalkPoint* points, const WalkPoint* end,
+                          std::int64_t tolerance, std::int64_t square) {
+    return points + nextEmitted(points, static_cast<int>(end - points), 0, tolerance, square);
+}
+
+#endif
 
 }  // namespace
 
@@ -186,31 +202,16 @@ void SimplifyPlain::emit(const Step& point) {
     mLast = point;
 }
 
-SimplifyFast::SimplifyFast(bool open, int tolerance) : mOpen(open), mTolerance(tolerance) {
-    static_assert(kIn > 2 * kMostPending);
-    const std::int64_t cut = std::min(magnitude(mTolerance), kWideTolerance);
-    mSquare = cut * cut;
-}
-
-void SimplifyFast::add(const PointRun& run) {
+[[gnu::cold]] void SimplifyFast::addAny(const PointRun& run) {
     if (mTolerance == 0) {
         addUnsimplified(run);
         return;
     }
-    if (!mBegun && run.count > 0) {
-        mBegun = true;
-        emit(run[0]);
-    }
     for (int i = 0; i < run.count;) {
         if (mInCount == kIn) makeRoom();
-        // Mostly a few: a call would take longer.
         const int taken = std::min(run.count - i, kIn - mInCount);
-        WalkPoint* const to = mIn + mInCount;
-        if (run.step == 1)
-            for (int j = 0; j < taken; ++j) to[j] = run.first[i + j];
-        else
-            for (int j = 0; j < taken; ++j) to[j] = run.first[-i - j];
-        mInCount += taken;
+        for (int j = 0; j < taken; ++j) mIn[mInCount + j] = run[i + j];
+        added(taken);
         i += taken;
     }
 }
@@ -218,14 +219,19 @@ void SimplifyFast::add(const PointRun& run) {
 // Emits what the points that wait decide, and returns the last emitted one. What
 // decides is the point behind the one that is emitted.
 const WalkPoint* SimplifyFast::simplify() {
+    static_assert(kOut >= kIn);
+    if (mOutCount > kOut - kIn) flush();
+    WalkPoint* out = mOut + mOutCount;
     const WalkPoint* last = mIn;
     const WalkPoint* const end = mIn + mInCount;
+    const Cone* const cones = mCones->get(mSquare, mInCount);
     while (end - last > 2) {
-        const int next = nextEmitted(last, static_cast<int>(end - last), mTolerance, mSquare);
-        if (next + 1 >= end - last) break;
-        last += next;
-        emit(*last);
+        const WalkPoint* const next = nextNear(cones, last, end, mTolerance, mSquare);
+        if (next + 1 == end) break;
+        last = next;
+        *out++ = *last;
     }
+    mOutCount = static_cast<int>(out - mOut);
     return last;
 }
 

@@ -4,8 +4,10 @@
 #ifndef GEOMETRY_CLEAN_SIMPLIFY_H
 #define GEOMETRY_CLEAN_SIMPLIFY_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "geometry/clean.h"
 #include "geometry/point_runs.h"
@@ -68,16 +70,30 @@ class SimplifyPlain {
 /// 2^31 in magnitude, and those with a few steps are worked out one by one, with
 /// many four at a time. A tolerance of kWideTolerance or more, the root of 2^31,
 /// is met by every short step, since |c| <= |s| |d|; cut off there, X stays below
-/// 2^63. Behind a first step that is long the rule is applied as it stands.
+/// 2^63. Behind a first step that is long the rule is applied as it stands. Steps
+/// that are near, as most of a traced bitmap are, are told by a table instead.
 class SimplifyFast {
  public:
     static constexpr std::int64_t kWideTolerance = 46341;
 
-    /// For a path that is to be open or not.
-    SimplifyFast(bool open, int tolerance);
+    /// For a path that is to be open or not, with the tolerance of state.
+    SimplifyFast(bool open, CleanState& state)
+        : mOpen(open), mTolerance(state.tolerance), mCones(&state.cones) {
+        static_assert(kIn > 2 * kMostPending && kOut >= kIn);
+        const std::int64_t cut =
+            std::min(mTolerance < 0 ? -mTolerance : mTolerance, kWideTolerance);
+        mSquare = cut * cut;
+    }
 
     /// Adds the points of a run, one after the other.
-    void add(const PointRun& run);
+    void add(const PointRun& run) {
+        if (mTolerance != 0 && run.step == 1 && run.count <= kIn - mInCount) {
+            copyPoints(mIn + mInCount, run.first, run.count);
+            added(run.count);
+        } else {
+            addAny(run);
+        }
+    }
     void add(int x, int y) {
         const WalkPoint point = {x, y};
         add({&point, 1, 1});
@@ -102,6 +118,15 @@ class SimplifyFast {
     Pemmit::Path* finish(const WalkPoint& last);
 
  private:
+    // Mostly a few: a call would take longer.
+    static void copyPoints(WalkPoint* to, const WalkPoint* from, int count) {
+        int i = 0;
+        for (; i + 1 < count; i += 2)
+            std::memcpy(static_cast<void*>(to + i), from + i, 2 * sizeof(WalkPoint));
+        if (i < count) to[i] = from[i];
+    }
+
+    void addAny(const PointRun& run);
     const WalkPoint* simplify();
     void makeRoom();
     void addUnsimplified(const PointRun& run);
@@ -121,6 +146,7 @@ class SimplifyFast {
     int mOutCount = 0;
     std::int64_t mTolerance;
     std::int64_t mSquare;  // of the tolerance, cut off
+    ConeTable* mCones;     // tells near steps
     // The points that wait, the last emitted one first. Without a tolerance the
     // newest one.
     WalkPoint mIn[kIn];
