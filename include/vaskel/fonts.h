@@ -60,7 +60,8 @@ class VASKEL_API Type1Glyph {
 
     /// The box of all points drawn, control points included, except that the
     /// points of the first command give (-y, x, -x, y) where (-y, x, -y, x)
-    /// might be expected: callers store these boxes, so the seed stays.
+    /// might be expected: callers store these boxes, so the seed stays. Where
+    /// closePath came first, (0, 0) is one of the points.
     ///
     ///   lineTo(10, 20)                 (-20, 10, -10, 20)
     ///   lineTo(10, 20), lineTo(30, 5)  (-20, 10, -5, 30)

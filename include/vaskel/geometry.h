@@ -139,7 +139,8 @@ VASKEL_API int selint(Pemmit::Path* pathA, int indexA, Pemmit::Path* pathB, int 
 /// compared with each other there, and beyond that range all that lie above
 /// and below each other.
 ///
-/// Calls Orlune::cancel(0, 0) before every 200th vertex, its result unused.
+/// Calls Orlune::cancel(0, 0) before every 200th vertex, its result unused; of
+/// outlines that a first look proves free of crossings, behind that look.
 /// std::bad_alloc passes through. Keeps no state: safe on any thread while
 /// nobody changes the object.
 VASKEL_API int intersect(Pemmit::Object* object);
