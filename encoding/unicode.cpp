@@ -38,7 +38,7 @@ const UnicodeForm& bestForm() {
     return best;
 }
 
-inline const UnicodeForm& chosenForm() {
+[[gnu::always_inline]] inline const UnicodeForm& chosenForm() {
     if (const UnicodeForm* form = gForm.load(std::memory_order_acquire)) return *form;
     return chooseForm();
 }
