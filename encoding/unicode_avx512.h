@@ -78,6 +78,14 @@ VASKEL_AVX512 inline std::size_t popcount(std::uint64_t bits) {
     return static_cast<std::size_t>(static_cast<unsigned>(std::popcount(bits)));
 }
 
+/// A mask in a general register. The compiler would rather fetch it from the mask
+/// register once more wherever it is used, each time in the way of a vector's shift.
+VASKEL_AVX512 inline std::uint64_t bitsOf(__mmask64 mask) {
+    std::uint64_t bits = mask;
+    __asm__("" : "+r"(bits));
+    return bits;
+}
+
 VASKEL_AVX512 inline void store(Byte* at, __m512i v) { _mm512_storeu_si512(at, v); }
 VASKEL_AVX512 inline void store(Byte* at, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), v);

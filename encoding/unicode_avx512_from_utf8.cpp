@@ -169,16 +169,16 @@ VASKEL_AVX512 inline Byte* putCharacters(const Byte* in, __m512i block, std::uin
     }
     if (at.four != 0 && !kWide) {
         // An overlong form is one unit or none.
-        const __m512i plane = andOr(q, all8(7), _mm512_and_si512(p, all8(0x30)));
+        const __m512i plane = andOr(q, kept8(7), _mm512_and_si512(p, kept8(0x30)));
         if (_mm512_mask_testn_epi8_mask(third, plane, plane) != 0) return nullptr;
-        const __m512i less = _mm512_sub_epi8(p, all8(0x10));
+        const __m512i less = _mm512_sub_epi8(p, kept8(0x10));
         const __m512i lowerThird =
-            choose(all8(3), _mm512_srli_epi16(block, 4), _mm512_slli_epi16(less, 2));
-        const __mmask64 borrows = _mm512_testn_epi8_mask(p, all8(0x30));
-        const __m512i above = _mm512_mask_sub_epi8(q, borrows, q, all8(1));
+            choose(kept8(3), _mm512_srli_epi16(block, 4), _mm512_slli_epi16(less, 2));
+        const __mmask64 borrows = _mm512_testn_epi8_mask(p, kept8(0x30));
+        const __m512i above = _mm512_mask_sub_epi8(q, borrows, q, kept8(1));
         lower = _mm512_mask_mov_epi8(lower, third, lowerThird);
-        upper = _mm512_mask_mov_epi8(upper, third, andOr(above, all8(3), all8(0xD8)));
-        upper = _mm512_mask_mov_epi8(upper, fourth, all8(0xDC));
+        upper = _mm512_mask_mov_epi8(upper, third, andOr(above, kept8(3), kept8(0xD8)));
+        upper = _mm512_mask_mov_epi8(upper, fourth, kept8(0xDC));
         keep |= third;
     }
     const std::size_t n = popcount(keep);
@@ -225,25 +225,27 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
         const std::size_t size = left < 64 ? left : 64;
         expect(in);
         const __m512i block = _mm512_maskz_loadu_epi8(lowBits(size), in);
-        const std::uint64_t high = _mm512_movepi8_mask(block);
+        const __mmask64 highBytes = _mm512_movepi8_mask(block);
+        const std::uint64_t high = bitsOf(highBytes);
         if ((high | carry) == 0) {
             output.putAscii(block, size, out);
             out += (kWide ? 4 : 2) * size;
             in += size;
             continue;
         }
-        const std::uint64_t cont = _mm512_cmplt_epi8_mask(block, kept8(0xC0));
+        const std::uint64_t cont = bitsOf(_mm512_cmplt_epi8_mask(block, kept8(0xC0)));
         const std::uint64_t inWindow = left > 64 ? lowBits(kStarts) : lowBits(size);
         const std::uint64_t two = high & ~cont & inWindow;
-        const std::uint64_t three = _mm512_cmpge_epu8_mask(block, kept8(0xE0)) & inWindow;
+        const std::uint64_t three = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xE0))) & inWindow;
         const std::uint64_t leads = inWindow & ~cont;
         std::uint64_t follow = carry | two << 1 | three << 2, lost = two >> 63 | three >> 62;
         std::uint64_t four = 0;
         if (three != 0) {
-            four = _mm512_cmpge_epu8_mask(block, kept8(0xF0)) & inWindow;
+            four = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF0))) & inWindow;
             follow |= four << 3;
             lost |= four >> 61;
-            if (four != 0 && (_mm512_cmpge_epu8_mask(block, kept8(0xF8)) & inWindow) != 0) break;
+            if (four != 0 && (bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF8))) & inWindow) != 0)
+                break;
         }
         // Followers of a character that the window holds may lie behind it.
         if (((follow & ~cont) | (cont & inWindow & ~follow) | lost) != 0) break;
@@ -266,7 +268,7 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
             putBelow800(block, behind, leads, two, n, output, out);
             out += (kWide ? 4 : 2) * n;
         } else {
-            const Characters at = {high, follow, three, four,
+            const Characters at = {highBytes, follow, three, four,
                                    (leads | follow) & ~carry & ~(follow >> 1)};
             Byte* const put = putCharacters(in, block, lowBits(size), at, output, out);
             if (!put) break;
