@@ -219,9 +219,11 @@ VASKEL_AVX2 void means(const MeanBounds& bounds, const float* sums, std::size_t 
 
 const EstimateForm kEstimateAvx2 = {
     [](const ColumnLines& lines, int channels, std::size_t first, std::size_t count, float* sums) {
-        const auto run = channels == 1                      ? cellSums<1, 0>
-                         : lines.shares.pairsBetween() == 1 ? cellSums<4, 2>
-                                                            : cellSums<4, 0>;
+        const std::size_t between = lines.shares.pairsBetween();
+        const auto run = channels == 1  ? cellSums<1, 0>
+                         : between == 0 ? cellSums<4, 1>
+                         : between == 1 ? cellSums<4, 2>
+                                        : cellSums<4, 0>;
         run(lines, first, count, sums);
     },
     means};

@@ -53,7 +53,7 @@ struct DownsampleSums {
     double factorY;
 
     // Cell sums are at most weight * 255 * factor, and multiples of 1 / units.
-    DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
+    [[gnu::cold]] DownsampleSums(std::size_t count, const DownsampleCells& cells, double factorDown)
         : values(count),
           rule(cells, factorDown),
           picks(count / 4 + kPickRoom),
