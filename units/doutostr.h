@@ -41,7 +41,7 @@ struct TextWidths {
         };
         return {powers[counted],
                 limit(counted <= 5 && width + places + 1 <= 24, 6),
-                limit(counted <= 6 && width + places + 2 <= 16, 8),
+                limit(counted <= 6 && width + places + 1 <= 16, 8),
                 static_cast<signed char>(width),
                 static_cast<unsigned char>(counted),
                 width >= 2 && width + places + 2 <= 12,
@@ -69,7 +69,7 @@ FormatNumber formatNumberInWord;
 FormatNumber formatByHost;
 
 #if defined(__x86_64__)
-// Up to eight digits, each in a lane of a vector, and a text of up to 16 bytes in one
+// Up to eight digits, each in a lane of a vector, and up to 16 characters in one
 // store; other numbers go to formatNumberInWord. For CpuLevel::Avx512Vbmi2.
 FormatNumber formatNumberAvx512;
 #endif

@@ -100,9 +100,10 @@ VASKEL_AVX512 inline __m128d lowestOf(double value) {
 // The window on the places begins so that this digit stands behind as many bytes as the
 // frame, whose window moves twice as far, has blanks and a sign. In front of the digit
 // are zeros of the lanes, to which blanks and sign are added. A row holds every window:
-// with w integer digits and d decimals, 2 * w + d is at most 14, and highest at least d
+// with w integer digits and d decimals, 2 * w + d is at most 15, and highest at least d
 // and at most w + d - 1, so that windows begin at byte 16 - 2 * w - d or later on
-// the places and at byte 16 - 2 * w or later on the frames, and at byte 14 or earlier on both.
+// the places and at byte 16 - 2 * w or later on the frames, and at byte 14 or earlier on
+// both.
 [[gnu::aligned(64)]] VASKEL_AVX512 void formatNumberAvx512(double value, char* out,
                                                            const TextWidths& widths) {
     const Tables* tables = &kTables;
