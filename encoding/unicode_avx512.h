@@ -127,12 +127,12 @@ VASKEL_AVX512 inline __mmask16 areSurrogates(__m512i values) {
 /// Values below 200000 as UTF-16 units, from 10000 on by the kept formula, with
 /// the low unit in the upper half of a lane. None of the units is zero.
 VASKEL_AVX512 inline __m512i utf16Of(__m512i values, __mmask32& keep) {
-    const __mmask16 wide = _mm512_cmpge_epu32_mask(values, all32(0x10000));
+    const __mmask16 wide = _mm512_cmpge_epu32_mask(values, kept32(0x10000));
     // High unit: bits 10 to 20, less 0x40, of which ten bits count.
-    const __m512i high = _mm512_sub_epi32(_mm512_srli_epi32(values, 10), all32(0x40));
+    const __m512i high = _mm512_sub_epi32(_mm512_srli_epi32(values, 10), kept32(0x40));
     const __m512i low = _mm512_slli_epi32(values, 16);
-    const __m512i both = choose(all32(0xFFFF), high, low);
-    const __m512i pair = andOr(both, all32(0x003F03FF), all32(0xDC00D800));
+    const __m512i both = choose(kept32(0xFFFF), high, low);
+    const __m512i pair = andOr(both, kept32(0x003F03FF), kept32(0xDC00D800));
     const __m512i units = _mm512_mask_mov_epi32(values, wide, pair);
     keep = _mm512_test_epi16_mask(units, units);
     return _mm512_maskz_compress_epi16(keep, units);
@@ -159,14 +159,14 @@ alignas(64) inline constexpr Utf8Tags kUtf8Tags;
 /// Values below 200000 as UTF-8.
 VASKEL_AVX512 inline __m512i utf8Of(__m512i values, __mmask64& keep) {
     // From each value the bits from 18, 12, 6 and 0 on, in this order.
-    const __m512i offsets = _mm512_set1_epi64(0x20262C3200060C12);
+    const __m512i offsets = kept(_mm512_set1_epi64(0x20262C3200060C12));
     const __m512i sixes = _mm512_multishift_epi64_epi8(offsets, values);
     const __m512i tags =
         _mm512_permutex2var_epi32(_mm512_load_si512(kUtf8Tags.tags), _mm512_lzcnt_epi32(values),
                                   _mm512_load_si512(kUtf8Tags.tags + 16));
-    const __mmask16 ascii = _mm512_cmplt_epu32_mask(values, all32(0x80));
+    const __mmask16 ascii = _mm512_cmplt_epu32_mask(values, kept32(0x80));
     const __m512i bytes =
-        _mm512_mask_slli_epi32(andOr(sixes, all32(0x3F3F3F3F), tags), ascii, values, 24);
+        _mm512_mask_slli_epi32(andOr(sixes, kept32(0x3F3F3F3F), tags), ascii, values, 24);
     keep = _mm512_test_epi8_mask(bytes, bytes);
     return _mm512_maskz_compress_epi8(keep, bytes);
 }

@@ -18,9 +18,9 @@ namespace {
 VASKEL_AVX512 inline Byte* putThrees(__m512i values, Byte* out) {
     alignas(64) static constexpr Places kFirstThree(3, 4, 3);
     // From each value the bits from 12, 6 and 0 on, in this order.
-    const __m512i offsets = _mm512_set1_epi64(0x0020262C0000060C);
+    const __m512i offsets = kept(_mm512_set1_epi64(0x0020262C0000060C));
     const __m512i sixes = _mm512_multishift_epi64_epi8(offsets, values);
-    const __m512i bytes = andOr(sixes, all32(0x3F3F0F), all32(0x8080E0));
+    const __m512i bytes = andOr(sixes, kept32(0x3F3F0F), kept32(0x8080E0));
     store(out, _mm512_permutexvar_epi8(_mm512_load_si512(&kFirstThree), bytes));
     return out + 48;
 }
@@ -84,10 +84,10 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
         }
         const __m512i units = _mm512_shuffle_epi8(raw, inOrder);
         if (surrogates == 0) {
-            if (_mm512_cmpge_epu16_mask(units, all16(0x800)) == 0) {
+            if (_mm512_cmpge_epu16_mask(units, kept16(0x800)) == 0) {
                 out = putUtf8Below800(units, out);
             } else {
-                const std::uint32_t threes = _mm512_cmpge_epu16_mask(units, all16(0x800));
+                const std::uint32_t threes = _mm512_cmpge_epu16_mask(units, kept16(0x800));
                 const __m512i low = lowHalf(units);
                 out = (threes & 0xFFFF) == 0xFFFF ? putThrees(low, out) : putUtf8(low, out);
                 if (count > 16) {
@@ -99,7 +99,7 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
             continue;
         }
         std::uint64_t high =
-            _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, all16(0xFC00)), all16(0xD800));
+            _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, kept16(0xFC00)), kept16(0xD800));
         // The other half of the last one may be in the next block.
         if (left > count && high >> (count - 1) != 0) high ^= std::uint64_t{1} << --count;
         const std::uint64_t low = (surrogates & low32(count)) ^ high;
@@ -108,13 +108,13 @@ VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* 
         const __m512i next =
             _mm512_shuffle_epi8(_mm512_maskz_loadu_epi16(low32(count) >> 1, in + 2), inOrder);
         const __m512i bits =
-            _mm512_or_si512(_mm512_slli_epi16(units, 10), _mm512_and_si512(next, all16(0x3FF)));
+            _mm512_or_si512(_mm512_slli_epi16(units, 10), _mm512_and_si512(next, kept16(0x3FF)));
         const __m512i values = _mm512_mask_mov_epi16(units, static_cast<__mmask32>(high), bits);
         const auto keep = static_cast<std::uint32_t>(low32(count) & ~low);
         const auto put16 = [&](__m512i half, unsigned from) VASKEL_AVX512 {
             const auto wide = static_cast<__mmask16>(high >> from);
             const auto lanes = static_cast<__mmask16>(keep >> from);
-            half = _mm512_mask_or_epi32(half, wide, half, all32(0x190000));
+            half = _mm512_mask_or_epi32(half, wide, half, kept32(0x190000));
             out = put<kWide>(half, lanes, order, out);
         };
         put16(lowHalf(values), 0);
