@@ -45,7 +45,7 @@ DownsamplePicks::DownsamplePicks(double factorX, std::uint32_t stepX, std::uint3
 namespace {
 
 void pixelsPlain(const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t,
-                 unsigned char* out) {
+                 std::uintptr_t, unsigned char* out) {
     walkPicks(picks.fraction, picks.step, picks.width, picks.count,
               [&](std::size_t j, std::size_t i) { std::memcpy(out + 4 * j, line + 4 * i, 4); });
 }
@@ -57,7 +57,7 @@ void bytesPlain(const DownsamplePicks& picks, const unsigned char* line, std::ui
 }
 
 void pixelsTable(const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t,
-                 unsigned char* out) {
+                 std::uintptr_t, unsigned char* out) {
     for (std::size_t j = 0; j < picks.count; ++j)
         std::memcpy(out + 4 * j, line + std::size_t{4} * picks.sources[j], 4);
 }

@@ -53,12 +53,13 @@ double walkPicks(double fraction, std::uint32_t step, std::uint32_t width, std::
 
 /// A way to take them: picks.count pixels of four bytes, or of one; out does not
 /// overlap line. The next line that is picked from lies ahead bytes behind this
-/// one, 0 if that is not known. widen makes slots of four bytes from bytes, narrow takes their
-/// low bytes back.
+/// one, and where the caller will want the picks is taker; each is 0 if that is not
+/// known. widen makes slots of four bytes from bytes, narrow takes their low bytes
+/// back.
 struct PickForm {
     const char* name;
     void (*pixels)(const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
-                   unsigned char* out);
+                   std::uintptr_t taker, unsigned char* out);
     /// kPickRoom bytes behind the last one may be overwritten.
     void (*bytes)(const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
                   unsigned char* out);

@@ -12,6 +12,7 @@
 #include "vaskel/raster.h"
 
 namespace Vaskel {
+extern std::uintptr_t gTaker;
 namespace {
 
 // Keeps an exact quotient from being rounded up for its last bit.
@@ -51,9 +52,12 @@ struct DownsamplerInside {
         const auto units = [&](double lines) {
             return static_cast<unsigned>(lines * sums.rule.unitsY);
         };
-        return {
-            line,        channels,          units(weight),
-            units(rest), sums.ahead.step(), sums.outAhead.step() != 0 ? sums.outAhead.next() : 0};
+        return {line, channels, units(weight), units(rest), sums.ahead.step(), taker(sums)};
+    }
+
+    // Where the caller will take the next output line, if known.
+    static std::uintptr_t taker(const DownsampleSums& sums) {
+        return sums.outAhead.step() != 0 ? sums.outAhead.next() : 0;
     }
 
     // Keeps the line for later, where lines are inexact and sums are not begun.
@@ -182,8 +186,9 @@ struct DownsamplerInside {
     }
 
     static void pickLine(downsampler& d, const unsigned int* line) {
+        gTaker = d.mSums->outAhead.step() ? d.mSums->outAhead.next() : 0;
         chosenPickForm().pixels(*d.mPicks, reinterpret_cast<const unsigned char*>(line),
-                                nextPicked(d), d.mLine.get());
+                                nextPicked(d), taker(*d.mSums), d.mLine.get());
         d.mSums->picksWait = false;
         d.mColumn = d.mPicks->column;
     }

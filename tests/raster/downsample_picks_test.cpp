@@ -43,12 +43,12 @@ void checkForms(const DownsamplePicks& picks, std::mt19937& random) {
     fill(pixels, random);
     fill(bytes, random);
     GuardedBytes wantPixels(4 * n), wantBytes(n + kPickRoom);
-    kPickPlain.pixels(picks, pixels.data(), 0, wantPixels.data());
+    kPickPlain.pixels(picks, pixels.data(), 0, 0, wantPixels.data());
     kPickPlain.bytes(picks, bytes.data(), 0, wantBytes.data());
     for (const PickForm* form : pickForms().subspan(1)) {
         CAPTURE(std::string(form->name));
         GuardedBytes gotPixels(4 * n), gotBytes(n + kPickRoom);
-        form->pixels(picks, pixels.data(), kNowhere, gotPixels.data());
+        form->pixels(picks, pixels.data(), kNowhere, kNowhere, gotPixels.data());
         form->bytes(picks, bytes.data(), kNowhere, gotBytes.data());
         REQUIRE(gotPixels == wantPixels);
         REQUIRE(std::memcmp(gotBytes.data(), wantBytes.data(), n) == 0);
@@ -108,9 +108,9 @@ TEST_CASE("nearest pick: the forced form takes lines, bytes and adjusted lines")
     static const PickForm counting = {
         "counting",
         [](const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
-           unsigned char* out) {
+           std::uintptr_t taker, unsigned char* out) {
             ++pixels;
-            kPickPlain.pixels(picks, line, ahead, out);
+            kPickPlain.pixels(picks, line, ahead, taker, out);
         },
         [](const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
            unsigned char* out) {
@@ -190,26 +190,32 @@ TEST_CASE("nearest pick: all forms give whole images alike") {
     }
 }
 
-TEST_CASE("nearest pick: forms are told where the next line lies that is picked from") {
-    static std::vector<std::uintptr_t> told;
+TEST_CASE("nearest pick: forms are told where the next line lies, and where picks go") {
+    static std::vector<std::uintptr_t> told, takers;
     told.clear();
-    static const PickForm listening = {"listening",
-                                       [](const DownsamplePicks& picks, const unsigned char* line,
-                                          std::uintptr_t ahead, unsigned char* out) {
-                                           told.push_back(ahead);
-                                           kPickPlain.pixels(picks, line, ahead, out);
-                                       },
-                                       kPickPlain.bytes, kPickPlain.widen, kPickPlain.narrow};
+    takers.clear();
+    static const PickForm listening = {
+        "listening",
+        [](const DownsamplePicks& picks, const unsigned char* line, std::uintptr_t ahead,
+           std::uintptr_t taker, unsigned char* out) {
+            told.push_back(ahead);
+            takers.push_back(taker);
+            kPickPlain.pixels(picks, line, ahead, taker, out);
+        },
+        kPickPlain.bytes, kPickPlain.widen, kPickPlain.narrow};
     const ForcedPick forced(&listening);
     downsampler sampler(5, 2, 10, 10);  // picks from lines 2, 4, 7 and 9
     sampler.setFiltering(false);
     const std::vector<unsigned> image(100);
-    unsigned out[4];
+    unsigned out[4][4];
+    std::size_t taken = 0;
     for (std::size_t y = 0; y < 10; ++y) {
         sampler.stuff(&image[10 * y]);
-        while (sampler.ready()) sampler.get(out);
+        while (sampler.ready()) sampler.get(out[taken++]);
     }
     CHECK(told == std::vector<std::uintptr_t>{2 * 40, 3 * 40, 2 * 40, 3 * 40});
+    // Three lines tell that they lie evenly.
+    CHECK(takers == std::vector<std::uintptr_t>{0, 0, 0, reinterpret_cast<std::uintptr_t>(out[3])});
 }
 
 // Slots are made of picked bytes when someone asks for them; whoever asks, in
