@@ -23,9 +23,8 @@ Type1Glyph::Type1Glyph(const Type1Glyph& other) : Type1Glyph(std::string()) { *t
 
 [[gnu::cold]] Type1Glyph& Type1Glyph::operator=(const Type1Glyph& other) {
     if (this == &other) return *this;
-    std::string name = other.mName;  // what may fail comes first
-    makeRoom(other.mLength);
-    mName.swap(name);
+    makeRoom(other.mLength);  // what may fail comes first
+    mName = other.mName;
     std::copy_n(other.mOutline, other.mLength, mOutline);
     mLength = other.mLength;
     mWidth = other.mWidth;
@@ -36,7 +35,7 @@ Type1Glyph::Type1Glyph(const Type1Glyph& other) : Type1Glyph(std::string()) { *t
 
 Type1Glyph::~Type1Glyph() = default;
 
-void Type1Glyph::makeRoom(std::size_t bytes) {
+[[gnu::noinline]] void Type1Glyph::makeRoom(std::size_t bytes) {
     if (mCapacity - mLength >= bytes) [[likely]]
         return;
     const std::size_t capacity = std::max(2 * mCapacity, mLength + bytes);
@@ -67,7 +66,7 @@ std::size_t Type1Glyph::writeHead(unsigned char* out) const {
     return static_cast<std::size_t>(end - out);
 }
 
-void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
+[[gnu::cold]] void Type1Glyph::appendData(std::vector<unsigned char>& out) const {
     unsigned char head[kHeadRoom];
     const std::size_t headLength = writeHead(head);
     const std::size_t length = headLength + mLength + 1;
