@@ -44,24 +44,6 @@ VASKEL_AVX2_INLINE void addTo(float* sums, __m128i cells, __m128 unit) {
 
 // ---- Four channels: two cells in a vector -----------------------------------
 
-// Two pixels a cell: eight pixels a vector, and four cells of it.
-VASKEL_AVX2 std::size_t addPairs(const DownsampleCells& cells, const DownsampleLine& line,
-                                 float* sums) {
-    const __m256 unit = _mm256_set1_ps(static_cast<float>(line.weight));
-    const __m256i byChannel = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15));
-    const __m256i ones = _mm256_set1_epi8(1);
-    const unsigned char* from = line.bytes;
-    std::size_t k = 0;
-    for (; k + 4 <= cells.ends.size(); k += 4, from += 32) {
-        const __m256i pixels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
-        const __m256i pairs = _mm256_maddubs_epi16(_mm256_shuffle_epi8(pixels, byChannel), ones);
-        addTo(sums + 4 * k, _mm256_cvtepu16_epi32(_mm256_castsi256_si128(pairs)), unit);
-        addTo(sums + 4 * k + 8, _mm256_cvtepu16_epi32(_mm256_extracti128_si256(pairs, 1)), unit);
-    }
-    return k;
-}
-
 // kBlocks groups of four pixels a cell; 0: as many as blocks says.
 template <std::size_t kBlocks>
 VASKEL_AVX2 std::size_t addPixelCells(const DownsampleCells& cells, const DownsampleLine& line,
@@ -100,25 +82,31 @@ VASKEL_AVX2 std::size_t addPixelCells(const DownsampleCells& cells, const Downsa
 
 // ---- One channel: four cells in a vector ------------------------------------
 
-// Cells of up to four pixels, four of which lie within 16: each gets its pixels
-// by a shuffle.
+// Cells of up to four pixels, four of which lie within 16: where the first one
+// begins, its pixels' places and those of the others from there on, and their shares.
+struct FourCells {
+    std::uint32_t start;
+    unsigned char places[16], shares[16];
+};
+[[gnu::cold, gnu::noinline]] FourCells* fourCells(const CellPattern& pattern, FourCells* to) {
+    for (std::size_t first = 0; first < pattern.period; first += 4, ++to) {
+        to->start = pattern.starts[first];
+        for (std::size_t i = 0; i < 16; ++i) {
+            const std::size_t cell = first + i / 4;
+            const std::size_t place = pattern.starts[cell] - to->start + i % 4;
+            to->shares[i] = pattern.sharesOf(cell)[i % 4];
+            to->places[i] = static_cast<unsigned char>(std::min<std::size_t>(place, 15));
+        }
+    }
+    return to;
+}
+
+// Each cell gets its pixels by a shuffle.
 VASKEL_AVX2 std::size_t addNarrowCells(const DownsampleCells& cells, const DownsampleLine& line,
                                        float* sums) {
     const CellPattern& pattern = cells.pattern;
-    constexpr std::size_t kGroups = (1 << DownsampleCells::kMostFractionBits) / 4;
-    const std::size_t groups = pattern.period / 4;
-    __m128i gather[kGroups], shares[kGroups];
-    for (std::size_t g = 0; g < groups; ++g) {
-        unsigned char places[16], parts[16];
-        for (std::size_t i = 0; i < 16; ++i) {
-            const std::size_t cell = 4 * g + i / 4;
-            const std::size_t place = pattern.starts[cell] - pattern.starts[4 * g] + i % 4;
-            parts[i] = pattern.sharesOf(cell)[i % 4];
-            places[i] = static_cast<unsigned char>(std::min<std::size_t>(place, 15));
-        }
-        gather[g] = load16(places);
-        shares[g] = load16(parts);
-    }
+    FourCells begin[(1 << DownsampleCells::kMostFractionBits) / 4];
+    const FourCells* const end = fourCells(pattern, begin);
     const std::size_t reach = pattern.starts[pattern.period - 4] + std::size_t{16};
     const std::size_t periods = wholePeriods(cells, 1, reach);
     const __m128 unit =
@@ -126,10 +114,11 @@ VASKEL_AVX2 std::size_t addNarrowCells(const DownsampleCells& cells, const Downs
     const __m128i ones = _mm_set1_epi16(1);
     const unsigned char* from = line.bytes;
     for (std::size_t period = 0; period < periods; ++period, from += pattern.pixels)
-        for (std::size_t g = 0; g < groups; ++g, sums += 4) {
+        for (const FourCells* four = begin; four != end; ++four, sums += 4) {
             const __m128i pixels =
-                _mm_shuffle_epi8(load16(from + pattern.starts[4 * g]), gather[g]);
-            addTo(sums, _mm_madd_epi16(_mm_maddubs_epi16(pixels, shares[g]), ones), unit);
+                _mm_shuffle_epi8(load16(from + four->start), load16(four->places));
+            const __m128i products = _mm_maddubs_epi16(pixels, load16(four->shares));
+            addTo(sums, _mm_madd_epi16(products, ones), unit);
         }
     return periods * pattern.period;
 }
@@ -180,10 +169,9 @@ void accumulateExactAvx2(const DownsampleCells& cells, const DownsampleLine& lin
         // Too few cells, or too wide ones.
     } else if (line.channels == 4) {
         const std::size_t blocks = (pattern.span + 3) / 4;
-        done = cells.factor == 2 ? addPairs(cells, line, sums)
-               : blocks == 1     ? addPixelCells<1>(cells, line, 1, sums)
-               : blocks == 2     ? addPixelCells<2>(cells, line, 2, sums)
-                                 : addPixelCells<0>(cells, line, blocks, sums);
+        done = blocks == 1   ? addPixelCells<1>(cells, line, 1, sums)
+               : blocks == 2 ? addPixelCells<2>(cells, line, 2, sums)
+                             : addPixelCells<0>(cells, line, blocks, sums);
     } else {
         done =
             isNarrow(pattern) ? addNarrowCells(cells, line, sums) : addWideCells(cells, line, sums);

@@ -58,8 +58,8 @@ struct DownsampleSums {
           rule(cells, factorDown),
           picks(count / 4 + kPickRoom),
           factorY(factorDown) {
-        if (rule.area != 0) packed.resize(4 * cells.ends.size());
-        if (rule.halves) halved.resize(HalvedLine::bytes(cells.ends.size()));
+        if (rule.area != 0) packed = std::vector<std::uint16_t>(4 * cells.ends.size());
+        if (rule.halves) halved = std::vector<unsigned char>(HalvedLine::bytes(cells.ends.size()));
         const int bits = fractionBitsOf(factorY);
         if (bits < 0 || cells.fractionBits < 0) {
             kept.prepare(cells, factorY);
@@ -98,17 +98,10 @@ struct DownsampleSums {
         return rule.halves && held <= kHalved && channels == 4 && lineWeight == 1;
     }
     void expand() {
-        if (held != kHalved) return;
-        expandHalved(packed.size() / 4, halved.data(), packed.data());
-        held = kPacked;
+        if (held == kHalved) toPacked();
     }
     void unpack() {
-        expand();
-        if (held != kPacked) return;
-        used = packed.size() / 4 * static_cast<std::size_t>(packedChannels);
-        for (std::size_t i = 0; i < used; ++i)
-            values[i] = static_cast<float>(packed[i] * rule.unit);
-        held = kFloats;
+        if (held == kHalved || held == kPacked) toFloats();
     }
     void clear() {
         std::fill_n(values.begin(), used, 0.0f);
@@ -116,6 +109,19 @@ struct DownsampleSums {
         weight = 0;
         held = kNone;
         kept.clear();
+    }
+
+ private:
+    [[gnu::cold]] void toPacked() {
+        expandHalved(packed.size() / 4, halved.data(), packed.data());
+        held = kPacked;
+    }
+    [[gnu::cold]] void toFloats() {
+        expand();
+        used = packed.size() / 4 * static_cast<std::size_t>(packedChannels);
+        for (std::size_t i = 0; i < used; ++i)
+            values[i] = static_cast<float>(packed[i] * rule.unit);
+        held = kFloats;
     }
 };
 

@@ -69,6 +69,9 @@ struct DownsamplerInside {
 
     // Adds the lines that are kept.
     static void settle(downsampler& d) {
+        if (!d.mSums->kept.lines().empty()) addKept(d);
+    }
+    [[gnu::cold]] static void addKept(downsampler& d) {
         DownsampleSums& sums = *d.mSums;
         for (const KeptLines::Line& line : sums.kept.lines())
             add(d, line.bytes, sums.kept.channels(), line.weight);
