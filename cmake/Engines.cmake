@@ -44,7 +44,8 @@ set(vaskel_loops
     raster/downsample_cells.cpp
     colour/ink_run.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
-    encoding/unicode_onepass.cpp encoding/unicode_ways.cpp util/random.cpp)
+    encoding/unicode_avx512_short.cpp encoding/unicode_onepass.cpp encoding/unicode_ways.cpp
+    util/random.cpp)
 set(vaskel_written_out units/strtodou.cpp)
 set(vaskel_wide)
 foreach(source IN LISTS vaskel_sources)

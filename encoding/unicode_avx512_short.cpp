@@ -76,9 +76,23 @@ constexpr UnicodeBlocks kBlocks = {
 };
 using LongTexts = OnePassForm<kBlocks>;
 
-// Whether 64 bytes from here on lie in one page.
-bool inOnePage(const void* text) {
-    return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - 64;
+// 64 bytes that lie in two pages. Where one of the units in the first page ends the
+// text, the second one may not be there, and its bytes are zeros.
+VASKEL_AVX512 VASKEL_READS_PAGE [[gnu::noinline]] __m512i loadAcross(const void* text,
+                                                                     unsigned unit) {
+    const std::size_t here = 4096 - reinterpret_cast<std::uintptr_t>(text) % 4096;
+    const std::uint64_t mask = lowBits(here);
+    const __m512i bytes = _mm512_maskz_loadu_epi8(mask, text);
+    std::uint64_t zeros = _mm512_mask_testn_epi8_mask(mask, bytes, bytes);
+    for (unsigned i = 1; i < unit; i *= 2) zeros &= zeros >> i;
+    const std::uint64_t units = ~std::uint64_t{0} / ((std::uint64_t{1} << unit) - 1);
+    return (zeros & units) != 0 ? bytes : _mm512_loadu_si512(text);
+}
+
+// 64 bytes from here on, where a text has a unit or its end.
+VASKEL_AVX512 VASKEL_READS_PAGE inline __m512i loadPage(const void* text, unsigned unit) {
+    if (reinterpret_cast<std::uintptr_t>(text) % 4096 > 4096 - 64) return loadAcross(text, unit);
+    return _mm512_loadu_si512(text);
 }
 
 // The lanes in front of the first one whose bit is set; all if there is none.
@@ -214,8 +228,7 @@ template <bool kWide>
 VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf8(const char* text, bool big) {
     constexpr auto longText = kWide ? LongTexts::utf8ToUtf32 : LongTexts::utf8ToUtf16;
     if (!startsAsUtf8(text)) return {};
-    if (!inOnePage(text)) return longText(text, big);
-    const __m512i page = _mm512_loadu_si512(text);
+    const __m512i page = loadPage(text, 1);
     const std::uint64_t zeros = _mm512_testn_epi8_mask(page, page);
     if (zeros == 0 && text[64] != 0) return longText(text, big);
     const std::uint64_t all = inFront(zeros);
@@ -299,8 +312,7 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf16(const char* marked, bool b
     Units at = {0, 0, 0};
     std::size_t more = 0;  // bytes of UTF-8 beside one a unit
     for (unsigned done = 0; done < 64; done += 32) {
-        if (!inOnePage(text + 2 * done)) return longText();
-        const __m512i units = _mm512_loadu_si512(text + 2 * done);
+        const __m512i units = loadPage(text + 2 * done, 2);
         const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
         const std::uint32_t here = inFront(zeros);
         const __m512i top = _mm512_and_si512(units, all16(bits(0xF800)));
@@ -357,8 +369,7 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf32(const char* marked, bool b
     std::uint64_t all = 0;
     std::size_t more = 0;  // bytes beside those of one unit
     for (unsigned done = 0; done < 64; done += 16) {
-        if (!inOnePage(text + 4 * done)) return longText();
-        const __m512i units = _mm512_loadu_si512(text + 4 * done);
+        const __m512i units = loadPage(text + 4 * done, 4);
         const __mmask16 zeros = _mm512_testn_epi32_mask(units, units);
         const __mmask16 here = inFront(zeros);
         const __m512i values = _mm512_shuffle_epi8(_mm512_maskz_mov_epi32(here, units), inOrder);
