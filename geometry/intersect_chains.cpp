@@ -19,43 +19,54 @@ bool isWithinLimit(PackedPlace p) {
     return xFits && yFits;
 }
 
-constexpr int kKeyBits = 27;                 // of a difference of coordinates
-constexpr std::size_t kWorthCounting = 256;  // below, comparing is faster
+constexpr int kMostDigitBits = 11;
+using Counts = std::array<std::uint32_t, std::size_t{1} << kMostDigitBits>;
 
-// Sorts by keys of so many bits, in passes of up to 11 of them; returns where
-// the sorted events are.
+// Orders events by a digit of their keys and keeps the order of those where it is
+// equal. counts then holds where the events of each digit end.
+void sortByDigit(const Event* from, Event* to, std::size_t count, int low, int bits,
+                 Counts& counts) {
+    const std::uint32_t most = (std::uint32_t{1} << bits) - 1;
+    const auto digitOf = [=](const Event& event) { return event.key >> low & most; };
+    std::fill_n(counts.begin(), most + 1, 0);
+    for (std::size_t i = 0; i < count; ++i) ++counts[digitOf(from[i])];
+    std::uint32_t sum = 0;
+    for (std::uint32_t i = 0; i <= most; ++i) sum += std::exchange(counts[i], sum);
+    for (std::size_t i = 0; i < count; ++i) to[counts[digitOf(from[i])]++] = from[i];
+}
+
+// Sorts by keys of so many bits; returns where the sorted events are. More than the
+// cache holds are first split by their highest digit into parts that it does.
 Event* sortByKey(Event* events, Event* other, std::size_t count, int bits) {
-    if (count < kWorthCounting) {
-        std::sort(events, events + count,
-                  [](const Event& a, const Event& b) { return a.key < b.key; });
+    constexpr std::size_t kFew = 32, kPart = 1024, kMany = 1 << 16;
+    if (count <= kFew) {
+        for (std::size_t i = 1; i < count; ++i) {
+            const Event event = events[i];
+            std::size_t at = i;
+            for (; at > 0 && events[at - 1].key > event.key; --at) events[at] = events[at - 1];
+            events[at] = event;
+        }
         return events;
     }
-    constexpr int kMostBits = 11, kMostPasses = 3;
-    static_assert(kKeyBits <= kMostBits * kMostPasses);
-    const int passes = (bits + kMostBits - 1) / kMostBits;
-    struct Digit {
-        int low = 0;             // its lowest bit
-        std::uint32_t mask = 0;  // of the digit shifted there
-        std::uint32_t of(const Event& event) const { return event.key >> low & mask; }
-    };
-    std::array<Digit, kMostPasses> digits;
+    Counts counts;
+    if (count > kMany && bits > kMostDigitBits) {
+        const int split = std::min(static_cast<int>(std::bit_width(count / kPart)), kMostDigitBits);
+        const int rest = bits - split;
+        sortByDigit(events, other, count, rest, split, counts);
+        std::size_t begin = 0;
+        for (std::size_t part = 0; part < std::size_t{1} << split; ++part) {
+            const std::size_t end = counts[part];
+            const Event* const sorted = sortByKey(other + begin, events + begin, end - begin, rest);
+            if (sorted != other + begin) std::copy_n(sorted, end - begin, other + begin);
+            begin = end;
+        }
+        return other;
+    }
+    const int most = count > 2 * kPart ? kMostDigitBits : count > kPart / 4 ? 8 : 6;
+    const int passes = (bits + most - 1) / most;
     for (int pass = 0; pass < passes; ++pass) {
         const int low = bits * pass / passes, high = bits * (pass + 1) / passes;
-        digits[static_cast<std::size_t>(pass)] = {low, (std::uint32_t{1} << (high - low)) - 1};
-    }
-    std::array<std::array<std::uint32_t, std::size_t{1} << kMostBits>, kMostPasses> starts{};
-    const auto [first, second, third] = digits;
-    for (std::size_t i = 0; i < count; ++i) {
-        ++starts[0][first.of(events[i])];
-        ++starts[1][second.of(events[i])];
-        ++starts[2][third.of(events[i])];
-    }
-    for (std::size_t pass = 0; pass < static_cast<std::size_t>(passes); ++pass) {
-        const Digit digit = digits[pass];
-        auto& at = starts[pass];
-        std::uint32_t sum = 0;
-        for (std::uint32_t i = 0; i <= digit.mask; ++i) sum += std::exchange(at[i], sum);
-        for (std::size_t i = 0; i < count; ++i) other[at[digit.of(events[i])]++] = events[i];
+        sortByDigit(events, other, count, low, high - low, counts);
         std::swap(events, other);
     }
     return events;
