@@ -11,13 +11,10 @@
 #include "encoding/unicode.h"
 #include "encoding/unicode_blocks.h"
 #include "encoding/unicode_onepass.h"
-#include "tests/encoding/hex_bytes.h"
-#include "tests/support/guarded_bytes.h"
+#include "tests/encoding/unicode_conversions.h"
 #include "vaskel/encoding.h"
 
 namespace {
-
-using Vaskel::UnicodeForm;
 
 // The kinds of characters in a text; a text mixes those whose bit is set.
 enum Kind : unsigned { kAscii = 1, kLatin = 2, kGreek = 4, kCjk = 8, kEmoji = 16, kRare = 32 };
@@ -71,63 +68,6 @@ std::string utf32Of(std::uint32_t value, bool big) {
     unsigned char bytes[4], *end = bytes;
     Vaskel::put32(end, value, big);
     return {reinterpret_cast<const char*>(bytes), 4};
-}
-
-// text, and behind it the last byte of a page, at an address that is shift
-// bytes off a multiple of four (or as near as the end allows).
-class AtPageEnd {
- public:
-    AtPageEnd(const std::string& text, std::size_t shift) : mBytes(text.size() + shift) {
-        text.copy(mBytes.chars(), text.size());
-    }
-    const char* text() const { return mBytes.chars(); }
-
- private:
-    GuardedBytes mBytes;
-};
-
-struct Conversion {
-    const char* name;
-    std::string (*run)(const UnicodeForm& form, const char* text);
-};
-
-constexpr Conversion kFrom8[] = {
-    {"8 to 16 LE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf16(t, false); }},
-    {"8 to 16 BE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf16(t, true); }},
-    {"8 to 32 LE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf32(t, false); }},
-    {"8 to 32 BE", [](const UnicodeForm& f, const char* t) { return f.utf8ToUtf32(t, true); }},
-};
-constexpr Conversion kFrom16[] = {
-    {"16 to 8", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf8(t); }},
-    {"16 to 32 LE", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf32(t, false); }},
-    {"16 to 32 BE", [](const UnicodeForm& f, const char* t) { return f.utf16ToUtf32(t, true); }},
-};
-constexpr Conversion kFrom32[] = {
-    {"32 to 8", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf8(t); }},
-    {"32 to 16 LE", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf16(t, false); }},
-    {"32 to 16 BE", [](const UnicodeForm& f, const char* t) { return f.utf32ToUtf16(t, true); }},
-};
-
-// Returns how many of the plain form's results were not empty.
-template <std::size_t kCount>
-int compareForms(const Conversion (&conversions)[kCount], const std::string& text,
-                 std::size_t shift) {
-    const AtPageEnd input(text, shift);
-    int good = 0;
-    for (const Conversion& conversion : conversions) {
-        const std::string want = conversion.run(Vaskel::kUnicodePlain, input.text());
-        good += !want.empty();
-        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
-            const std::string got = conversion.run(*form, input.text());
-            if (got == want) continue;
-            CAPTURE(form->name);
-            CAPTURE(conversion.name);
-            CAPTURE(shift);
-            CAPTURE(toHex(text));
-            CHECK(toHex(got) == toHex(want));
-        }
-    }
-    return good;
 }
 
 constexpr unsigned kMixes[] = {
@@ -198,7 +138,7 @@ TEST_CASE("unicode: every form gives the plain form's bytes for UTF-8") {
         if (random.below(4) == 0)
             text.resize(random.below(static_cast<std::uint32_t>(text.size()) + 1));
         text += '\0';
-        good += compareForms(kFrom8, text, random.below(4));
+        good += compareForms(kFrom8, text, static_cast<int>(random.below(4)));
         all += 4;
     }
     CHECK(good > all / 2);
@@ -230,7 +170,7 @@ TEST_CASE("unicode: every form gives the plain form's bytes for UTF-16") {
         std::string text = utf16Of(0xFEFF, big);
         for (const std::uint32_t unit : units) text += utf16Of(unit, big);
         text += utf16Of(0, big);
-        good += compareForms(kFrom16, text, random.below(4));
+        good += compareForms(kFrom16, text, static_cast<int>(random.below(4)));
         all += 3;
     }
     CHECK(good > all / 2);
@@ -255,7 +195,7 @@ TEST_CASE("unicode: every form gives the plain form's bytes for UTF-32") {
                 big);
         }
         text += utf32Of(0, big);
-        good += compareForms(kFrom32, text, random.below(4));
+        good += compareForms(kFrom32, text, static_cast<int>(random.below(4)));
         all += 3;
     }
     CHECK(good > all / 2);
@@ -345,7 +285,7 @@ TEST_CASE(
             }
             text += kBetween[random.below(static_cast<std::uint32_t>(kinds))];
         }
-        good += compareForms(kFrom8, text + '\0', random.below(4));
+        good += compareForms(kFrom8, text + '\0', static_cast<int>(random.below(4)));
     }
     CHECK(good > 4 * 3000);
     CHECK(good < 4 * 5900);

@@ -7,14 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "encoding/unicode.h"
 #include "encoding/unicode_onepass.h"
-#include "tests/encoding/hex_bytes.h"
-#include "tests/encoding/unicode_support.h"
+#include "tests/encoding/unicode_conversions.h"
 
 namespace {
 
-using Vaskel::UnicodeForm;
 using Values = std::vector<std::uint32_t>;
 
 struct Fill {
@@ -44,74 +41,6 @@ Values filled(const Fill& fill, std::size_t count) {
     return values;
 }
 
-// Every form's results for text, beside the plain form's, of which this returns
-// how many were not empty.
-int compareFrom8(const std::string& text, int place) {
-    const PlacedText placed(text, place);
-    int good = 0;
-    for (const bool big : {false, true}) {
-        const std::string want16 = Vaskel::kUnicodePlain.utf8ToUtf16(placed, big);
-        const std::string want32 = Vaskel::kUnicodePlain.utf8ToUtf32(placed, big);
-        good += !want16.empty() + !want32.empty();
-        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
-            const std::string got16 = form->utf8ToUtf16(placed, big);
-            const std::string got32 = form->utf8ToUtf32(placed, big);
-            if (got16 == want16 && got32 == want32) continue;
-            CAPTURE(form->name);
-            CAPTURE(big);
-            CAPTURE(place);
-            CAPTURE(toHex(text));
-            CHECK(toHex(got16) == toHex(want16));
-            CHECK(toHex(got32) == toHex(want32));
-        }
-    }
-    return good;
-}
-
-int compareFrom16(const std::string& text, int place) {
-    const PlacedText placed(text, place);
-    const std::string want8 = Vaskel::kUnicodePlain.utf16ToUtf8(placed);
-    int good = !want8.empty();
-    for (const bool big : {false, true}) {
-        const std::string want32 = Vaskel::kUnicodePlain.utf16ToUtf32(placed, big);
-        good += !want32.empty();
-        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
-            const std::string got8 = form->utf16ToUtf8(placed);
-            const std::string got32 = form->utf16ToUtf32(placed, big);
-            if (got8 == want8 && got32 == want32) continue;
-            CAPTURE(form->name);
-            CAPTURE(big);
-            CAPTURE(place);
-            CAPTURE(toHex(text));
-            CHECK(toHex(got8) == toHex(want8));
-            CHECK(toHex(got32) == toHex(want32));
-        }
-    }
-    return good;
-}
-
-int compareFrom32(const std::string& text, int place) {
-    const PlacedText placed(text, place);
-    const std::string want8 = Vaskel::kUnicodePlain.utf32ToUtf8(placed);
-    int good = !want8.empty();
-    for (const bool big : {false, true}) {
-        const std::string want16 = Vaskel::kUnicodePlain.utf32ToUtf16(placed, big);
-        good += !want16.empty();
-        for (const UnicodeForm* form : Vaskel::unicodeForms().subspan(1)) {
-            const std::string got8 = form->utf32ToUtf8(placed);
-            const std::string got16 = form->utf32ToUtf16(placed, big);
-            if (got8 == want8 && got16 == want16) continue;
-            CAPTURE(form->name);
-            CAPTURE(big);
-            CAPTURE(place);
-            CAPTURE(toHex(text));
-            CHECK(toHex(got8) == toHex(want8));
-            CHECK(toHex(got16) == toHex(want16));
-        }
-    }
-    return good;
-}
-
 std::string text8(const Values& values) {
     std::string text;
     for (const std::uint32_t value : values) put8(text, value);
@@ -133,10 +62,10 @@ Values unitsOf(const Values& values) {
 }
 
 int compareAll(const Values& values, int place) {
-    int good = compareFrom8(text8(values), place);
+    int good = compareForms(kFrom8, text8(values), place);
     for (const bool big : {false, true}) {
-        good += compareFrom16(text16(unitsOf(values), big), place);
-        good += compareFrom32(text32(values, big), place);
+        good += compareForms(kFrom16, text16(unitsOf(values), big), place);
+        good += compareForms(kFrom32, text32(values, big), place);
     }
     return good;
 }
@@ -184,9 +113,9 @@ TEST_CASE("unicode: every form gives the plain form's bytes for texts that outgr
             values[i] = 0x3042 + static_cast<std::uint32_t>(i % 64);
         for (std::size_t i = 9 * count / 10; i < count; ++i)
             values[i] = 0x1F600 + static_cast<std::uint32_t>(i % 64);
-        CHECK(compareFrom8(text8(values), 0) == 4);
-        CHECK(compareFrom16(text16(unitsOf(values), false), 0) == 3);
-        CHECK(compareFrom32(text32(values, false), 0) == 3);
+        CHECK(compareForms(kFrom8, text8(values), 0) == 4);
+        CHECK(compareForms(kFrom16, text16(unitsOf(values), false), 0) == 3);
+        CHECK(compareForms(kFrom32, text32(values, false), 0) == 3);
     }
 }
 
@@ -210,20 +139,21 @@ void compareFaults(const Values& values, std::size_t at, int place, Found& found
     const std::string before = text8(Values(values.begin(), values.begin() + at));
     const std::string behind = text8(Values(values.begin() + at, values.end()));
     for (const char* bad : kBadBytes) {
-        found.good += compareFrom8(before.substr(0, before.size() - 1) + bad + behind, place);
+        found.good +=
+            compareForms(kFrom8, before.substr(0, before.size() - 1) + bad + behind, place);
         found.all += 4;
     }
     const Values units = unitsOf(values);
     for (const std::uint32_t bad : kBadUnits) {
         Values faulty = units;  // with pairs in front, between two of them or in one
         faulty.insert(faulty.begin() + at, bad);
-        CHECK(compareFrom16(text16(faulty, at % 2 == 0), place) == 0);
+        CHECK(compareForms(kFrom16, text16(faulty, at % 2 == 0), place) == 0);
     }
     for (const std::uint32_t bad : kBadValues) {
         Values faulty = values;
         faulty.insert(faulty.begin() + at, bad);
         // Surrogates are bad in UTF-16 only.
-        CHECK(compareFrom32(text32(faulty, at % 2 == 0), place) == (bad < 0x10000 ? 1 : 0));
+        CHECK(compareForms(kFrom32, text32(faulty, at % 2 == 0), place) == (bad < 0x10000 ? 1 : 0));
     }
 }
 
@@ -277,11 +207,12 @@ TEST_CASE("unicode: whatever is behind a text changes nothing") {
             for (const int behind : {0x00, 0x01, 0x41, 0x80, 0xC3, 0xD8, 0xDC, 0xE4, 0xF0, 0xFF}) {
                 CAPTURE(behind);
                 const std::string more(200, static_cast<char>(behind));
-                int good = compareFrom8(text8(values) + more, PlacedText::kPlaces - 1);
+                int good = compareForms(kFrom8, text8(values) + more, PlacedText::kPlaces - 1);
                 for (const bool big : {false, true}) {
                     const std::string units = text16(unitsOf(values), big) + more;
-                    good += compareFrom16(units, PlacedText::kPlaces - 1);
-                    good += compareFrom32(text32(values, big) + more, PlacedText::kPlaces - 1);
+                    good += compareForms(kFrom16, units, PlacedText::kPlaces - 1);
+                    good +=
+                        compareForms(kFrom32, text32(values, big) + more, PlacedText::kPlaces - 1);
                 }
                 CHECK(good == (count ? 16 : 12));
             }

@@ -12,9 +12,8 @@
 #include <vector>
 
 #include "encoding/unicode.h"
-#include "encoding/unicode_blocks.h"
 #include "encoding/unicode_onepass.h"
-#include "tests/encoding/unicode_support.h"
+#include "tests/encoding/unicode_conversions.h"
 #include "tests/support/fake_host.h"
 #include "vaskel/encoding.h"
 
@@ -44,25 +43,18 @@ Texts textsOf(std::size_t count) {
     return texts;
 }
 
-struct Conversion {
-    const char* name;
-    std::string (*run)(const UnicodeForm& form, const Texts& texts);
-};
-
-constexpr Conversion kConversions[] = {
-    {"8 to 16",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf8ToUtf16(t.utf8.c_str(), true); }},
-    {"8 to 32",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf8ToUtf32(t.utf8.c_str(), false); }},
-    {"16 to 8",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf16ToUtf8(t.utf16.c_str()); }},
-    {"16 to 32",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf16ToUtf32(t.utf16.c_str(), true); }},
-    {"32 to 8",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf32ToUtf8(t.utf32.c_str()); }},
-    {"32 to 16",
-     [](const UnicodeForm& f, const Texts& t) { return f.utf32ToUtf16(t.utf32.c_str(), false); }},
-};
+template <class Check>
+void eachConversion(const Texts& texts, Check check) {
+    const auto each = [&check](const auto& conversions, const std::string& text) {
+        for (const Conversion& conversion : conversions) {
+            CAPTURE(conversion.name);
+            check(conversion, text.c_str());
+        }
+    };
+    each(kFrom8, texts.utf8);
+    each(kFrom16, texts.utf16);
+    each(kFrom32, texts.utf32);
+}
 
 // Sizes on both sides of short texts and of chunks, and one whose beginning promises
 // a smaller result than it gets.
@@ -74,14 +66,13 @@ void checkFailures() {
         const Texts texts = textsOf(count);
         for (const UnicodeForm* form : unicodeForms()) {
             CAPTURE(form->name);
-            for (const Conversion& conversion : kConversions) {
-                CAPTURE(conversion.name);
-                const std::string want = conversion.run(kUnicodePlain, texts);
+            eachConversion(texts, [form](const Conversion& conversion, const char* text) {
+                const std::string want = conversion.run(kUnicodePlain, text);
                 std::string got = "kept";
                 int thrown = 0;
                 const int failures = failEachAllocation([&] {
                     try {
-                        got = conversion.run(*form, texts);
+                        got = conversion.run(*form, text);
                     } catch (const std::bad_alloc&) {
                         ++thrown;
                         CHECK(got == "kept");
@@ -90,7 +81,7 @@ void checkFailures() {
                 CHECK(thrown == failures);
                 CHECK((failures > 0 || want.size() <= 15));
                 CHECK((got == want));
-            }
+            });
         }
     }
 }
@@ -110,15 +101,14 @@ TEST_CASE("unicode: results of short texts are one piece of memory of their size
         const Texts texts = textsOf(count);
         for (const UnicodeForm* form : unicodeForms().subspan(1)) {
             CAPTURE(form->name);
-            for (const Conversion& conversion : kConversions) {
-                CAPTURE(conversion.name);
+            eachConversion(texts, [form](const Conversion& conversion, const char* text) {
                 const long before = allocationCount();
-                const std::string result = conversion.run(*form, texts);
+                const std::string result = conversion.run(*form, text);
                 CHECK(allocationCount() - before == (result.size() > 15 ? 1 : 0));
                 // A string that outgrows its own 15 bytes has room for twice as many.
                 CHECK(result.capacity() <=
                       std::max<std::size_t>(result.size(), result.size() > 15 ? 30 : 15));
-            }
+            });
         }
     }
 }
@@ -126,8 +116,9 @@ TEST_CASE("unicode: results of short texts are one piece of memory of their size
 TEST_CASE("unicode: threads may be the first to convert at the same time") {
     const Texts texts = textsOf(500);
     std::vector<std::string> want;
-    for (const Conversion& conversion : kConversions)
-        want.push_back(conversion.run(kUnicodePlain, texts));
+    eachConversion(texts, [&want](const Conversion& conversion, const char* text) {
+        want.push_back(conversion.run(kUnicodePlain, text));
+    });
     forceUnicodeForm(nullptr);  // whoever comes first chooses one
     constexpr int kThreads = 4;
     std::atomic<int> waiting = 0, same = 0;
@@ -136,10 +127,13 @@ TEST_CASE("unicode: threads may be the first to convert at the same time") {
         threads.emplace_back([&] {
             ++waiting;
             while (waiting < kThreads) std::this_thread::yield();
-            same += ConvertUTF8ToUTF16String(texts.utf8.c_str(), true) == want[0];
-            for (const UnicodeForm* form : unicodeForms())
-                for (std::size_t c = 0; c < want.size(); ++c)
-                    same += kConversions[c].run(*form, texts) == want[c];
+            same += ConvertUTF8ToUTF16String(texts.utf8.c_str(), true) == want[1];
+            for (const UnicodeForm* form : unicodeForms()) {
+                std::size_t at = 0;
+                eachConversion(texts, [&](const Conversion& conversion, const char* text) {
+                    same += conversion.run(*form, text) == want[at++];
+                });
+            }
         });
     }
     for (std::thread& thread : threads) thread.join();
