@@ -78,7 +78,7 @@ using LongTexts = OnePassForm<kBlocks>;
 
 // 64 bytes that lie in two pages. Where one of the units in the first page ends the
 // text, the second one may not be there, and its bytes are zeros.
-VASKEL_AVX512 VASKEL_READS_PAGE [[gnu::noinline]] __m512i loadAcross(const void* text,
+[[gnu::noinline]] VASKEL_AVX512 VASKEL_READS_PAGE __m512i loadAcross(const void* text,
                                                                      unsigned unit) {
     const std::size_t here = 4096 - reinterpret_cast<std::uintptr_t>(text) % 4096;
     const std::uint64_t mask = lowBits(here);
