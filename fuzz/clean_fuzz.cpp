@@ -2,11 +2,13 @@
 // plain one gives, and without filter every point is one of the walk's, in its
 // order.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
 #include "geometry/clean.h"
+#include "geometry/clean_simplify.h"
 #include "tests/support/paths.h"
 #include "vaskel/geometry.h"
 
@@ -38,7 +40,7 @@ class Reader {
 };
 
 // Mostly small steps from the point before; now and then a point anywhere.
-Points readPoints(Reader& in, bool anywhere, int leap) {
+Points readPoints(Reader& in, bool anywhere, int leap, int divisor) {
     Points points = {{0, 0}};
     while (!in.empty() && points.size() < 400) {
         const std::uint8_t kind = in.byte();
@@ -50,8 +52,8 @@ Points readPoints(Reader& in, bool anywhere, int leap) {
             points.push_back({0, 0});
         } else {
             const std::int64_t scale = kind < 64 ? leap : 1;
-            const std::int64_t x = last.x + scale * static_cast<std::int8_t>(in.byte());
-            const std::int64_t y = last.y + scale * static_cast<std::int8_t>(in.byte());
+            const std::int64_t x = last.x + scale * (static_cast<std::int8_t>(in.byte()) / divisor);
+            const std::int64_t y = last.y + scale * (static_cast<std::int8_t>(in.byte()) / divisor);
             points.push_back({static_cast<int>(static_cast<std::uint32_t>(x)),
                               static_cast<int>(static_cast<std::uint32_t>(y))});
         }
@@ -77,10 +79,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int step = anywhere ? (1 << 26) + in.byte() : in.byte() % 40 - 2;
     const int boxSize = static_cast<std::int8_t>(in.byte());
     // The plain form keeps all samples: with the filter leaps are short.
-    const Points points = readPoints(in, anywhere, n < 1 ? 257 : 3);
+    const Points points = readPoints(in, anywhere, n < 1 ? 257 : 3, mode & 16 ? 16 : 1);
     const PathPtr path = mode & 1 ? openPath(points) : closedPath(points);
 
     Vaskel::cleanpar(n, tolerance, step);
+    // Few points as there are, they are told by the table of near steps as well.
+    Vaskel::ConeTable& cones = Vaskel::cleanState().cones;
+    cones.forget();
+    if (mode & 8 && tolerance != 0) {
+        const std::int64_t cut = std::min<std::int64_t>(std::abs(std::int64_t{tolerance}),
+                                                        Vaskel::SimplifyFast::kWideTolerance);
+        cones.make(cut * cut);
+    }
     const PathPtr got(Vaskel::clean(path.get(), boxSize));
     const PathPtr want(Vaskel::cleanPlain(path.get(), boxSize));
     require(!got == !want);

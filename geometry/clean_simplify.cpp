@@ -115,14 +115,14 @@ bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreSho
         if (!isShort(s2) || slack(s1, s2, square * squareOf(s2)) < 0) return 1;
         if (count < 4) return 2;
         const Step s3 = stepTo(points, 3);
+        if (!isShort(s3)) return 2;
         const std::int64_t most3 = square * squareOf(s3);
-        if (!isShort(s3) || (slack(s1, s3, most3) | slack(s2, s3, most3)) < 0) return 2;
+        if ((slack(s1, s3, most3) | slack(s2, s3, most3)) < 0) return 2;
         if (count < 5) return 3;
         const Step s4 = stepTo(points, 4);
+        if (!isShort(s4)) return 3;
         const std::int64_t most4 = square * squareOf(s4);
-        if (!isShort(s4) ||
-            (slack(s1, s4, most4) | slack(s2, s4, most4) | slack(s3, s4, most4)) < 0)
-            return 3;
+        if ((slack(s1, s4, most4) | slack(s2, s4, most4) | slack(s3, s4, most4)) < 0) return 3;
         pending = 4;
     }
     for (; pending + 1 < count && pending < kMostPending; ++pending) {

@@ -121,6 +121,24 @@ TEST_CASE("clean: every form gives the plain form's outline") {
             }
 }
 
+// Squares of long steps times that of a wide tolerance overflowed, which left the
+// outcome alone but has no defined one.
+TEST_CASE("clean: a long step behind a few short ones is told by its length alone") {
+    for (const int tolerance : {1, 46341, INT_MAX}) {
+        CAPTURE(tolerance);
+        Vaskel::cleanpar(0, tolerance, 1);
+        Points points = {{0, 0}};
+        for (int pending = 1; pending <= 6; ++pending) {
+            CAPTURE(pending);
+            points.push_back({pending, pending % 2});
+            Points further = points;
+            further.push_back({INT_MAX, INT_MIN});
+            further.push_back({INT_MAX, 0});
+            compare(further);
+        }
+    }
+}
+
 // Both sides of the lengths and tolerances up to which narrow products do.
 TEST_CASE("clean: tolerances from narrow to wide agree with the plain form") {
     Random random(kSeed);
