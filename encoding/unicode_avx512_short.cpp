@@ -367,21 +367,24 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf32(const char* marked, bool b
     const auto* const text = reinterpret_cast<const Byte*>(marked) + 4;
     const __m512i inOrder = unitOrder32(mark == ByteOrder::Big);
     std::uint64_t all = 0;
-    std::size_t more = 0;  // bytes beside those of one unit
     for (unsigned done = 0; done < 64; done += 16) {
         const __m512i units = loadPage(text + 4 * done, 4);
         const __mmask16 zeros = _mm512_testn_epi32_mask(units, units);
-        const __mmask16 here = inFront(zeros);
-        const __m512i values = _mm512_shuffle_epi8(_mm512_maskz_mov_epi32(here, units), inOrder);
+        all |= std::uint64_t{inFront(zeros)} << done;
+        if (zeros != 0) break;
+        if (done == 48 && get32(text + 256, false) != 0) return longText();
+    }
+    std::size_t more = 0;  // bytes beside those of one unit
+    const Byte* at = text;
+    for (std::uint64_t mask = all; mask != 0; mask >>= 16, at += 64) {
+        const __m512i units = _mm512_maskz_loadu_epi32(static_cast<__mmask16>(mask), at);
+        const __m512i values = _mm512_shuffle_epi8(units, inOrder);
         const auto have = [&](unsigned bits) VASKEL_AVX512 {
             return popcount(_mm512_test_epi32_mask(values, all32(bits)));
         };
         if (have(0xFFE00000) != 0 || (kTo16 && areSurrogates(values) != 0)) return {};
         more +=
             kTo16 ? 2 * have(0xFFFF0000) : have(0xFFFFFF80) + have(0xFFFFF800) + have(0xFFFF0000);
-        all |= std::uint64_t{here} << done;
-        if (zeros != 0) break;
-        if (done == 48 && get32(text + 256, false) != 0) return longText();
     }
     return make<kTo16>(text, all, (kTo16 ? 2 : 1) * popcount(all) + more, inOrder, big);
 }
