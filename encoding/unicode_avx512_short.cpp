@@ -309,12 +309,18 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf16(const char* marked, bool b
     const bool inBig = mark == ByteOrder::Big;
     const auto* const text = reinterpret_cast<const Byte*>(marked) + 2;
     const auto bits = [=](unsigned value) { return as16(value, inBig); };
-    Units at = {0, 0, 0};
+    __m512i units = loadPage(text, 2), next = _mm512_setzero_si512();
+    Units at = {inFront<std::uint32_t>(_mm512_testn_epi16_mask(units, units)), 0, 0};
+    if (at.all == 0xFFFFFFFF) {
+        next = loadPage(text + 64, 2);
+        const std::uint32_t zeros = _mm512_testn_epi16_mask(next, next);
+        if (zeros == 0 && (text[128] | text[129]) != 0) return longText();
+        at.all |= std::uint64_t{inFront(zeros)} << 32;
+    }
     std::size_t more = 0;  // bytes of UTF-8 beside one a unit
-    for (unsigned done = 0; done < 64; done += 32) {
-        const __m512i units = loadPage(text + 2 * done, 2);
-        const std::uint32_t zeros = _mm512_testn_epi16_mask(units, units);
-        const std::uint32_t here = inFront(zeros);
+    unsigned done = 0;
+    for (std::uint64_t mask = at.all; mask != 0; mask >>= 32, done = 32, units = next) {
+        const auto here = static_cast<__mmask32>(mask);
         const __m512i top = _mm512_and_si512(units, all16(bits(0xF800)));
         const std::uint32_t surrogates =
             _mm512_mask_cmpeq_epi16_mask(here, top, all16(bits(0xD800)));
@@ -325,12 +331,9 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::string fromUtf16(const char* marked, bool b
             at.high |= std::uint64_t{high} << done;
             at.low |= std::uint64_t{surrogates ^ high} << done;
         }
-        at.all |= std::uint64_t{here} << done;
         if (!kWide)
             more += popcount(_mm512_mask_test_epi16_mask(here, units, all16(bits(0xFF80)))) +
                     popcount(_mm512_mask_test_epi16_mask(here, units, all16(bits(0xF800))));
-        if (zeros != 0) break;
-        if (done == 32 && (text[128] | text[129]) != 0) return longText();
     }
     if (at.high << 1 != at.low || at.high >> 63 != 0) return {};
     // A pair counts six bytes, of which it has four.
