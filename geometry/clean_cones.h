@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <cstring>
 
-#ifdef __SSE2__
+#if defined(__x86_64__)
 #include <emmintrin.h>
 #endif
 
@@ -70,7 +70,7 @@ class ConeTable {
     Cone mCones[kSize] = {};
 };
 
-#ifdef __SSE2__
+#if defined(__x86_64__)
 
 /// What all near steps since P are within tolerance of, as the part of the circle
 /// around the first one that is not free which lies in the arcs of all. A step

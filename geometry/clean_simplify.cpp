@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#ifdef __SSE2__
+#if defined(__x86_64__)
 #include <emmintrin.h>
 #endif
 
@@ -27,7 +27,7 @@ std::int64_t slack(const Step& s, const Step& d, std::int64_t most) {
     return most - product * product;
 }
 
-#ifdef __SSE2__
+#if defined(__x86_64__)
 
 __m128i load(const WalkPoint* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
@@ -87,7 +87,7 @@ bool areWithinByRoot(const WalkPoint* points, int count, const Step& d, std::int
 // them are short.
 bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreShort,
                std::int64_t tolerance, std::int64_t square) {
-#ifdef __SSE2__
+#if defined(__x86_64__)
     if (allAreShort && d.x != -32768) return areShortWithin(points, count, d, square * squareOf(d));
 #else
     if (allAreShort) {
@@ -98,6 +98,12 @@ bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreSho
     }
 #endif
     return areWithinByRoot(points, count, d, tolerance);
+}
+
+bool staysNear(const WalkPoint& a, const WalkPoint& b) {
+    constexpr int reach = ConeTable::kReach;
+    return std::max(magnitude(std::int64_t{b.x} - a.x), magnitude(std::int64_t{b.y} - a.y)) <=
+           reach;
 }
 
 // Were points[0] the last emitted one, the number of the next one; where the
@@ -132,7 +138,7 @@ bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreSho
     return pending;
 }
 
-#ifdef __SSE2__
+#if defined(__x86_64__)
 
 // The same, told by the table while steps are near.
 const WalkPoint* nextNear(const Cone* cones, const WalkPoint* points, const WalkPoint* end,
@@ -219,16 +225,23 @@ void SimplifyPlain::emit(const Step& point) {
 // Emits what the points that wait decide, and returns the last emitted one. What
 // decides is the point behind the one that is emitted.
 const WalkPoint* SimplifyFast::simplify() {
-    static_assert(kOut >= kIn);
-    if (mOutCount > kOut - kIn) flush();
     WalkPoint* out = mOut + mOutCount;
     const WalkPoint* last = mIn;
     const WalkPoint* const end = mIn + mInCount;
-    const Cone* const cones = mCones->get(mSquare, mInCount);
+    const Cone* cones = mCones->get(mSquare, mInCount);
+    // Where a few steps lead out of the table, it is not worth asking.
+    if (!staysNear(mIn[mInCount / 2 - 1], mIn[std::min(mInCount / 2 + 2, mInCount - 1)]))
+        cones = nullptr;
     while (end - last > 2) {
         const WalkPoint* const next = nextNear(cones, last, end, mTolerance, mSquare);
         if (next + 1 == end) break;
         last = next;
+        // Hosts see pieces of just this size, and one for all that is no larger.
+        if (out == mOut + kOut) [[unlikely]] {
+            mOutCount = kOut;
+            flush();
+            out = mOut;
+        }
         *out++ = *last;
     }
     mOutCount = static_cast<int>(out - mOut);

@@ -85,7 +85,7 @@ class SimplifyFast {
         mSquare = cut * cut;
     }
 
-    /// Adds the points of a run, one after the other.
+    /// Adds the points of a run, one after the other; there is one at least.
     void add(const PointRun& run) {
         if (mTolerance != 0 && run.step == 1 && run.count <= kIn - mInCount) {
             copyPoints(mIn + mInCount, run.first, run.count);

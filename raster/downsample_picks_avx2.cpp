@@ -14,7 +14,6 @@
 #define VASKEL_AVX2_INLINE __attribute__((target("avx2,prfchw"), always_inline)) inline
 
 namespace Vaskel {
-std::uintptr_t gTaker;
 namespace {
 
 VASKEL_AVX2_INLINE void eightPixels(const std::uint32_t* sources, const unsigned char* line,
@@ -32,9 +31,8 @@ VASKEL_AVX2_INLINE void fetch(const unsigned char* from, std::uintptr_t ahead) {
 
 // A line is taken in four parts side by side: most of the time goes into
 // waiting for memory, and a CPU fetches several pages ahead, each by itself.
-__attribute__((target("avx2,prfchw"))) void pixels(const DownsamplePicks& picks,
-                                                   const unsigned char* line, std::uintptr_t ahead,
-                                                   std::uintptr_t taker, unsigned char* out) {
+VASKEL_AVX2 void pixels(const DownsamplePicks& picks, const unsigned char* line,
+                        std::uintptr_t ahead, std::uintptr_t taker, unsigned char* out) {
     // Gathers take signed places.
     if (picks.width > INT_MAX) return kPickTable.pixels(picks, line, ahead, taker, out);
     const std::uint32_t* const sources = picks.sources.data();
@@ -44,7 +42,6 @@ __attribute__((target("avx2,prfchw"))) void pixels(const DownsamplePicks& picks,
         for (std::size_t k = j; k < 4 * part; k += part) {
             fetch(line + std::size_t{4} * sources[k], ahead);
             fetch(line + std::size_t{4} * sources[k + 4], ahead);
-            if (gTaker != 0) __builtin_prefetch(reinterpret_cast<void*>(gTaker + 4 * k), 1);
             if (taker != 0) __builtin_prefetch(reinterpret_cast<void*>(taker + 4 * k), 1);
             eightPixels(sources + k, line, out + 4 * k);
         }

@@ -12,7 +12,6 @@
 #include "vaskel/raster.h"
 
 namespace Vaskel {
-extern std::uintptr_t gTaker;
 namespace {
 
 // Keeps an exact quotient from being rounded up for its last bit.
@@ -189,7 +188,6 @@ struct DownsamplerInside {
     }
 
     static void pickLine(downsampler& d, const unsigned int* line) {
-        gTaker = d.mSums->outAhead.step() ? d.mSums->outAhead.next() : 0;
         chosenPickForm().pixels(*d.mPicks, reinterpret_cast<const unsigned char*>(line),
                                 nextPicked(d), taker(*d.mSums), d.mLine.get());
         d.mSums->picksWait = false;

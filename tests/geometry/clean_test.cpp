@@ -261,6 +261,25 @@ TEST_CASE("clean: a filter that memory does not suffice for changes nothing") {
     CHECK(cleaned(path.get()) == want);
 }
 
+TEST_CASE("clean: a closed result of up to 512 points is handed over in one piece") {
+    cleanpar(0, 1, 1);
+    const auto allocations = [](int count) {
+        Points corners;
+        for (int i = 0; i < count; ++i) corners.push_back({10 * i, i % 2 * 10});
+        const PathPtr path = closedPath(corners);
+        const long before = allocationCount();
+        const PathPtr result(clean(path.get(), kAnySize));
+        const long taken = allocationCount() - before;
+        CHECK(Pemmit::patsiz(result.get()) == count + 1);
+        return taken;
+    };
+    const long least = allocations(100);
+    for (const int count : {255, 256, 257, 300, 400, 500, 511, 512})
+        CHECK(allocations(count) == least);
+    CHECK(allocations(513) > least);
+    cleanpar(0, 0, 0);
+}
+
 TEST_CASE("clean: memory that ends leaves the input and the next call as they are") {
     for (const int n : {0, 1}) {
         CAPTURE(n);
