@@ -230,7 +230,8 @@ const WalkPoint* SimplifyFast::simplify() {
     const WalkPoint* const end = mIn + mInCount;
     const Cone* cones = mCones->get(mSquare, mInCount);
     // Where a few steps lead out of the table, it is not worth asking.
-    if (!staysNear(mIn[mInCount / 2 - 1], mIn[std::min(mInCount / 2 + 2, mInCount - 1)]))
+    const int middle = mInCount / 2;
+    if (mInCount > 3 && !staysNear(mIn[middle - 1], mIn[std::min(middle + 2, mInCount - 1)]))
         cones = nullptr;
     while (end - last > 2) {
         const WalkPoint* const next = nextNear(cones, last, end, mTolerance, mSquare);
