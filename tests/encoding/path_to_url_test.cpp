@@ -159,8 +159,8 @@ TEST_CASE("PathToURL leaves the output alone or reset when memory ends") {
             reset += fresh.GetURL().empty();
         }
     });
-    CHECK(kept == 2);         // the components, and what the URL is expected to take
-    CHECK(reset == 2);        // more room, and the output's own text
+    CHECK(kept == 2);              // the components, and what the URL is expected to take
+    CHECK(reset == 2);             // more room, and the output's own text
     CHECK(failures == 2 + 2 + 1);  // one more where url itself is stored
     CHECK(url.GetURL().size() > 90000);
 }

@@ -130,7 +130,8 @@ struct Both {
 double randomFactor(std::mt19937& random) {
     constexpr double factors[] = {2, 2, 2.5, 4, 4.17, 1.5, 3, 10.0 / 3, 1, 1.01, 7.3, 16};
     const auto choice = random() % 16;
-    return choice < std::size(factors) ? factors[choice] : 1 + static_cast<double>(random() % 12000) / 1000;
+    return choice < std::size(factors) ? factors[choice]
+                                       : 1 + static_cast<double>(random() % 12000) / 1000;
 }
 
 }  // namespace
