@@ -3,18 +3,12 @@
 
 #if defined(__x86_64__)
 
-#include <immintrin.h>
-
 #include <algorithm>
 #include <cstring>
 
 #include "colour/ink_run.h"
 #include "colour/ink_run_float.h"
-
-#if !defined(__clang__)
-// GCC 12 takes the undefined vectors in its own header for a mistake.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
+#include "util/avx512.h"
 
 #define VASKEL_AVX512 __attribute__((target("avx512f")))
 #define VASKEL_AVX512_INLINE __attribute__((target("avx512f"), always_inline)) inline

@@ -12,18 +12,11 @@
 
 #if defined(__x86_64__)
 
-// GCC 12 takes what its own header leaves undefined on purpose for a slip.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-
-#include <immintrin.h>
-
 #include <bit>
 #include <cstdint>
 
 #include "encoding/unicode_blocks.h"
+#include "util/avx512.h"
 
 #define VASKEL_AVX512                                                                            \
     __attribute__((                                                                              \

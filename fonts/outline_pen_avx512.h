@@ -7,15 +7,8 @@
 
 #if defined(__x86_64__)
 
-// GCC 12 takes what its own header leaves undefined on purpose for a slip.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-
-#include <immintrin.h>
-
 #include "fonts/outline_pen.h"
+#include "util/avx512.h"
 
 #define VASKEL_AVX512                                       \
     __attribute__((                                         \

@@ -3,17 +3,10 @@
 
 #if defined(__x86_64__)
 
-// GCC 12 takes what its own header leaves undefined on purpose for a slip.
-#if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-
-#include <immintrin.h>
-
 #include <cstdint>
 
 #include "units/doutostr.h"
+#include "util/avx512.h"
 
 #define VASKEL_AVX512 \
     __attribute__((target("avx512f,avx512bw,avx512vl,avx512ifma,avx512vbmi,bmi,bmi2")))

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/orlune.h"
-#include "tests/support/guarded_bytes.h"
+#include "tests/units/written.h"
 #include "units/doutostr.h"
 #include "vaskel/units.h"
 
@@ -43,15 +43,6 @@ std::string expected(std::int64_t n, int intDigits, int decimals, bool plusSign)
     text += '.';
     text += fraction;
     return text;
-}
-
-// Runs form into memory that ends where the text has to end.
-template <class Form>
-bool writes(const std::string& want, Form form) {
-    GuardedBytes out(want.size() + 1);
-    std::memset(out.data(), 0x55, out.size());
-    form(out.chars());
-    return std::memcmp(out.chars(), want.c_str(), want.size() + 1) == 0;
 }
 
 std::uint32_t amountOf(int n) {

@@ -8,7 +8,7 @@
 #include <limits>
 #include <string>
 
-#include "tests/support/guarded_bytes.h"
+#include "tests/units/written.h"
 #include "vaskel/units.h"
 
 using namespace Vaskel;
@@ -80,15 +80,6 @@ const Row kRows[] = {
     {"19 less the decimals", 7.5, INT_MAX, 2, true, "                                +7.5"},
     {"10 beside nine decimals", 1.5, 1000, 1000, true, "                  +1.5"},
 };
-
-// Runs form into memory that ends where the text has to end.
-template <class Form>
-bool writes(const std::string& want, Form form) {
-    GuardedBytes out(want.size() + 1);
-    std::memset(out.data(), 0x55, out.size());
-    form(out.chars());
-    return std::memcmp(out.chars(), want.c_str(), want.size() + 1) == 0;
-}
 
 }  // namespace
 
