@@ -174,8 +174,8 @@ def to_json(results):
 def markdown(results):
     lines = ["# Results of the benchmarks", "",
              "Written by `./dev bench`; how to read it is in "
-             "[benchmarks.md](../benchmarks.md). Times are medians; a ratio is our time",
-             "divided by that of the fastest peer in the same run.", "",
+             "[benchmarks.md](../benchmarks.md). Times are those of the fastest repetition;",
+             "a ratio is our time divided by that of the fastest peer in the same run.", "",
              *[line + "  " for line in head(results).splitlines()],
              f"load average: {results['machine']['load_before']} before, "
              f"{results['machine'].get('load_after', '?')} after", ""]

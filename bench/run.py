@@ -9,14 +9,18 @@ bench/results.md, the plots, and the tables of benchmarks.md. With names only
 these run, and the results go to out/bench; with --replace they take the place of
 their earlier ones in docs/, since no ratio reaches from one engine to another.
 --report measures nothing and writes tables and plots from docs/bench/results.json.
-How often each benchmark is repeated stands in settings.json: enough for ratios,
-short enough for a coffee.
+
+Everything runs in several rounds, one behind the other, and the fastest of all
+repetitions counts: what others do on the machine only ever adds time, for seconds
+as a rule, so each contender needs one quiet moment. How many rounds and repetitions
+there are stands in settings.json: enough for ratios, short enough for a long coffee.
 """
 
 import json
 import os
 import pathlib
 import shlex
+import statistics
 import subprocess
 import sys
 import time
@@ -109,11 +113,10 @@ def result_of(run):
 
 
 def measure(program, raw, settings):
-    started = time.monotonic()
+    """The nanoseconds of each repetition by (work, size, who)."""
     options = ["--benchmark_enable_random_interleaving=true",
                f"--benchmark_repetitions={settings['repetitions']}",
                f"--benchmark_min_time={settings['min_time']}",
-               "--benchmark_report_aggregates_only=true",
                f"--benchmark_out={raw}", "--benchmark_out_format=json"]
     if "leave_out" in settings:
         options.append(f"--benchmark_filter=-{settings['leave_out']}")
@@ -122,12 +125,42 @@ def measure(program, raw, settings):
                           env={**os.environ, "LC_ALL": "C", "VIPS_CONCURRENCY": "1"})
     if done.returncode != 0:
         sys.exit(f"run.py: {program} failed:\n{done.stderr}")
-    works = {}
+    times = {}
     for run in json.loads(raw.read_text())["benchmarks"]:
-        if run.get("aggregate_name") == "median" and not run.get("error_occurred"):
+        if run["run_type"] == "iteration" and not run.get("error_occurred"):
             work, who, size, ns = result_of(run)
-            works.setdefault(work, {}).setdefault(size, {})[who] = float(f"{ns:.4g}")
-    return {"seconds": round(time.monotonic() - started), **settings, "works": works}
+            times.setdefault((work, size, who), []).append(ns)
+    return times
+
+
+def measure_engines(programs, settings):
+    """All rounds of all programs: the fastest times, and by how much the median
+    of an engine's times lies above them."""
+    raw = pathlib.Path("out/bench/raw")
+    raw.mkdir(parents=True, exist_ok=True)
+    limits = {engine: {**settings["default"], **settings["engines"].get(engine, {})}
+              for engine in programs}
+    times = {engine: {} for engine in programs}
+    seconds = dict.fromkeys(programs, 0.0)
+    for turn in range(1, settings["rounds"] + 1):
+        for engine, program in programs.items():
+            started = time.monotonic()
+            found = measure(program, raw / f"{engine}.{turn}.json", limits[engine])
+            for key, values in found.items():
+                times[engine].setdefault(key, []).extend(values)
+            took = time.monotonic() - started
+            seconds[engine] += took
+            print(f"round {turn}, {engine}: {took:.0f} s", flush=True)
+    results = {}
+    for engine, limit in limits.items():
+        works = {}
+        for (work, size, who), values in times[engine].items():
+            works.setdefault(work, {}).setdefault(size, {})[who] = float(f"{min(values):.4g}")
+        above = statistics.median(statistics.median(v) / min(v) for v in times[engine].values())
+        results[engine] = {"seconds": round(seconds[engine]), **limit,
+                           "median_to_fastest": round(above, 3), "works": works}
+        print(f"{engine}: {report.short(works)}")
+    return results
 
 
 def aims_of(results):
@@ -165,17 +198,10 @@ def main():
     for name in chosen:
         if name not in programs:
             sys.exit(f"run.py: no benchmark of {name}; there are {', '.join(programs)}")
-    raw = pathlib.Path("out/bench/raw")
-    raw.mkdir(parents=True, exist_ok=True)
-
-    results = {"machine": machine(build), "peers": peers(build), "engines": {}}
+    results = {"machine": machine(build), "peers": peers(build)}
     print(report.head(results))
-    for engine in chosen or programs:
-        print(f"{engine} ... ", end="", flush=True)
-        limits = {**settings["default"], **settings["engines"].get(engine, {})}
-        done = measure(programs[engine], raw / f"{engine}.json", limits)
-        results["engines"][engine] = done
-        print(f"{done['seconds']} s: {report.short(done['works'])}", flush=True)
+    results["engines"] = measure_engines({name: programs[name] for name in chosen or programs},
+                                         settings)
     results["machine"]["load_after"] = round(os.getloadavg()[0], 1)
     if replace:
         kept = json.loads((everything / "results.json").read_text())["engines"]
