@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "geometry/clean_filter.h"
-#include "geometry/clean_points.h"
 #include "geometry/clean_simplify.h"
+#include "geometry/walked_points.h"
 #include "platform/pemmit.h"
 #include "util/clean_points.h"
 #include "vaskel/geometry.h"

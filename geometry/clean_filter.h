@@ -4,8 +4,8 @@
 #define GEOMETRY_CLEAN_FILTER_H
 
 #include "geometry/clean.h"
-#include "geometry/clean_points.h"
 #include "geometry/clean_simplify.h"
+#include "geometry/walked_points.h"
 
 namespace Vaskel {
 

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "geometry/clean_points.h"
+#include "geometry/walked_points.h"
 
 namespace Vaskel {
 

@@ -1,7 +1,7 @@
 // The walked points of one outline, run by run.
 
-#ifndef GEOMETRY_CLEAN_POINTS_H
-#define GEOMETRY_CLEAN_POINTS_H
+#ifndef GEOMETRY_WALKED_POINTS_H
+#define GEOMETRY_WALKED_POINTS_H
 
 #include "geometry/point_runs.h"
 
