@@ -7,10 +7,11 @@
 
 #include <cstdint>
 #include <cstring>
-#include <random>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "bench/support/images.h"
 #include "bench/support/scalers.h"
 #include "raster/downsample_cells.h"
 #include "raster/downsample_picks.h"
@@ -24,16 +25,17 @@ namespace {
 
 constexpr unsigned kWidth = 6000, kHeight = 4000;
 
-// Enough noise that nothing can be guessed.
 template <class Pixel>
-const std::vector<Pixel>& image() {
-    static const std::vector<Pixel> made = [] {
-        std::vector<Pixel> pixels(std::size_t{kWidth} * kHeight);
-        std::mt19937 random(24);
-        for (Pixel& pixel : pixels) pixel = static_cast<Pixel>(random());
-        return pixels;
-    }();
+std::span<const Pixel> image() {
+    static const std::span<const Pixel> made =
+        Bench::noise<Pixel>(std::size_t{kWidth} * kHeight, 24);
     return made;
+}
+
+// Room for the largest result, by 2, and for what a peer wants behind its lines.
+template <class Pixel>
+Pixel* result() {
+    return static_cast<Pixel*>(Bench::resultImage((kWidth / 2 + 16) * (kHeight / 2 + 1) * 4));
 }
 
 double factorOf(const benchmark::State& state) { return static_cast<double>(state.range(0)) / 100; }
@@ -41,21 +43,19 @@ double factorOf(const benchmark::State& state) { return static_cast<double>(stat
 template <class Pixel>
 void ours(benchmark::State& state, const Vaskel::DownsampleForm* form, bool filtering) {
     Vaskel::forceDownsampleForm(form);
-    const std::vector<Pixel>& pixels = image<Pixel>();
+    const std::span<const Pixel> pixels = image<Pixel>();
     Vaskel::downsampler settings(factorOf(state), 1, kWidth, kHeight);
     settings.setFiltering(filtering);
     const std::size_t n = settings.resize(kWidth);
-    std::vector<Pixel> out(n * (settings.resizeY(kHeight) + 1));
-    for (auto _ : state) {
+    Pixel* const out = result<Pixel>();
+    Bench::timed(state, [&] {
         Vaskel::downsampler sampler(settings);
-        Pixel* to = out.data();
+        Pixel* to = out;
         for (unsigned y = 0; y < kHeight; ++y) {
             sampler.stuff(&pixels[std::size_t{kWidth} * y]);
             for (; sampler.ready(); to += n) sampler.get(to);
         }
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
+    });
     Vaskel::forceDownsampleForm(nullptr);
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
@@ -79,37 +79,34 @@ void touch(const void* line, std::size_t bytes) {
 // once, and all output lines written, from the cache.
 template <class Pixel>
 void readAndWrite(benchmark::State& state, bool filtering) {
-    const std::vector<Pixel>& pixels = image<Pixel>();
+    const std::span<const Pixel> pixels = image<Pixel>();
     const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
     const std::size_t n = sizes.resize(kWidth), lines = sizes.resizeY(kHeight);
     const std::size_t read = filtering ? kHeight : lines;
-    std::vector<Pixel> line(n), out(n * lines);
-    for (auto _ : state) {
+    const std::vector<Pixel> line(n);
+    Pixel* const out = result<Pixel>();
+    Bench::timed(state, [&] {
         std::size_t written = 0;
         for (std::size_t y = 0; y < read; ++y) {
             touch(&pixels[kWidth * (y * kHeight / read)], kWidth * sizeof(Pixel));
             for (; written * read < (y + 1) * lines && written < lines; ++written)
                 std::memcpy(&out[n * written], line.data(), n * sizeof(Pixel));
         }
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
+    });
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
 
 // adjust alone, on each input line of which pick_1 takes one.
 void adjust(benchmark::State& state, const Vaskel::PickForm* form) {
     Vaskel::forcePickForm(form);
-    const std::vector<unsigned char>& pixels = image<unsigned char>();
+    const std::span<const unsigned char> pixels = image<unsigned char>();
     const Vaskel::downsampler sampler(factorOf(state), 1, kWidth, kHeight);
     const std::size_t n = sampler.resize(kWidth), lines = sampler.resizeY(kHeight);
-    std::vector<unsigned char> out(n * lines);
-    for (auto _ : state) {
+    unsigned char* const out = result<unsigned char>();
+    Bench::timed(state, [&] {
         for (std::size_t y = 0; y < lines; ++y)
             sampler.adjust(&pixels[kWidth * (y * kHeight / lines)], &out[n * y]);
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
+    });
     Vaskel::forcePickForm(nullptr);
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
@@ -123,12 +120,8 @@ void openCv(benchmark::State& state, int interpolation) {
     const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
     const cv::Size size(static_cast<int>(sizes.resize(kWidth)),
                         static_cast<int>(sizes.resizeY(kHeight)));
-    cv::Mat out;
-    for (auto _ : state) {
-        cv::resize(in, out, size, 0, 0, interpolation);
-        benchmark::DoNotOptimize(out.data);
-        benchmark::ClobberMemory();
-    }
+    cv::Mat out(size, type, result<Pixel>());
+    Bench::timed(state, [&] { cv::resize(in, out, size, 0, 0, interpolation); });
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
 #endif
@@ -138,9 +131,10 @@ void peer(benchmark::State& state, const Bench::Scaler& scaler, bool filtering) 
     const Vaskel::downsampler sizes(factorOf(state), 1, kWidth, kHeight);
     const auto run = scaler.prepare({image<Pixel>().data(), kWidth, kHeight, sizeof(Pixel),
                                      static_cast<int>(sizes.resize(kWidth)),
-                                     static_cast<int>(sizes.resizeY(kHeight)), filtering});
+                                     static_cast<int>(sizes.resizeY(kHeight)), filtering,
+                                     result<unsigned char>()});
     if (!run) return state.SkipWithError("the peer has no such operation");
-    for (auto _ : state) run();
+    Bench::timed(state, run);
     state.SetItemsProcessed(state.iterations() * kWidth * kHeight);
 }
 

@@ -5,10 +5,11 @@
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <random>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "bench/support/images.h"
 #include "bench/support/scalers.h"
 #include "raster/replicate.h"
 #include "vaskel/raster.h"
@@ -21,46 +22,54 @@ namespace {
 
 constexpr int kWidth = 3000, kHeight = 2000;
 
-const std::vector<unsigned int>& image() {
-    static const std::vector<unsigned int> made = [] {
-        std::vector<unsigned int> pixels(std::size_t{kWidth} * kHeight);
-        std::mt19937 random(6);
-        for (unsigned int& pixel : pixels) pixel = static_cast<unsigned int>(random());
-        return pixels;
-    }();
+constexpr double kMostFactor = 4.17;
+
+std::span<const unsigned int> image() {
+    static const std::span<const unsigned int> made =
+        Bench::noise<unsigned int>(std::size_t{kWidth} * kHeight, 6);
     return made;
+}
+
+// Room for the largest result and for what a peer wants behind its lines.
+unsigned int* result() {
+    return static_cast<unsigned int*>(Bench::resultImage(
+        static_cast<std::size_t>((kWidth * kMostFactor + 16) * (kHeight * kMostFactor + 1) * 4)));
 }
 
 double factorOf(const benchmark::State& state) { return static_cast<double>(state.range(0)) / 100; }
 
+void setItems(benchmark::State& state) {
+    const double factor = factorOf(state);
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kWidth * factor) *
+                            static_cast<std::int64_t>(kHeight * factor));
+}
+
 void ours(benchmark::State& state, const Vaskel::ReplicateForm* form) {
     Vaskel::forceReplicateForm(form);
-    const std::vector<unsigned int>& pixels = image();
+    const std::span<const unsigned int> pixels = image();
     const Vaskel::upsampler settings(1, factorOf(state), kWidth);
     const auto n = static_cast<std::size_t>(settings.resize(kWidth));
-    std::vector<unsigned int> out(n * static_cast<std::size_t>(settings.resize(kHeight) + 1));
-    for (auto _ : state) {
+    unsigned int* const out = result();
+    Bench::timed(state, [&] {
         Vaskel::upsampler sampler(1, factorOf(state), kWidth);
-        unsigned int* to = out.data();
+        unsigned int* to = out;
         for (std::size_t y = 0; y < kHeight; ++y) {
             sampler.stuff(&pixels[kWidth * y]);
             for (; sampler.ready(); to += n) sampler.get(to, static_cast<int>(4 * n));
         }
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
+    });
     Vaskel::forceReplicateForm(nullptr);
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
+    setItems(state);
 }
 
 // The rule itself: both accumulators, for every output line.
 void plain(benchmark::State& state) {
-    const std::vector<unsigned int>& pixels = image();
+    const std::span<const unsigned int> pixels = image();
     const double factor = factorOf(state);
     const auto n = static_cast<std::size_t>(kWidth * factor);
-    std::vector<unsigned int> out(n * static_cast<std::size_t>(kHeight * factor + 1));
-    for (auto _ : state) {
-        unsigned int* to = out.data();
+    unsigned int* const out = result();
+    Bench::timed(state, [&] {
+        unsigned int* to = out;
         double row = factor;
         for (std::size_t y = 0; y < kHeight; ++y) {
             for (row -= factor; factor > row; row += 1, to += n) {
@@ -70,10 +79,8 @@ void plain(benchmark::State& state) {
                     for (; factor > column && j < n; column += 1) to[j++] = pixels[kWidth * y + i];
             }
         }
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
+    });
+    setItems(state);
 }
 
 // What no form can do without: a line in the cache copied to all output lines.
@@ -81,13 +88,12 @@ void moveBytes(benchmark::State& state) {
     const double factor = factorOf(state);
     const auto n = static_cast<std::size_t>(kWidth * factor);
     const std::vector<unsigned int> line(n, 6);
-    std::vector<unsigned int> out(n * static_cast<std::size_t>(kHeight * factor));
-    for (auto _ : state) {
-        for (std::size_t at = 0; at < out.size(); at += n)
-            std::memcpy(&out[at], line.data(), 4 * n);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.size()));
+    const auto lines = static_cast<std::size_t>(kHeight * factor);
+    unsigned int* const out = result();
+    Bench::timed(state, [&] {
+        for (std::size_t y = 0; y < lines; ++y) std::memcpy(out + n * y, line.data(), 4 * n);
+    });
+    setItems(state);
 }
 
 #if VASKEL_BENCH_OPENCV
@@ -95,23 +101,22 @@ void openCv(benchmark::State& state) {
     cv::setNumThreads(1);
     const cv::Mat in(kHeight, kWidth, CV_8UC4, const_cast<unsigned int*>(image().data()));
     const double factor = factorOf(state);
-    cv::Mat out;
-    for (auto _ : state) {
-        cv::resize(in, out, {}, factor, factor, cv::INTER_NEAREST);
-        benchmark::DoNotOptimize(out.data);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(out.total()));
+    const Vaskel::upsampler sizes(1, factor, kWidth);
+    const cv::Size size(sizes.resize(kWidth), sizes.resize(kHeight));
+    cv::Mat out(size, CV_8UC4, result());
+    Bench::timed(state, [&] { cv::resize(in, out, size, 0, 0, cv::INTER_NEAREST); });
+    setItems(state);
 }
 #endif
 
 void peer(benchmark::State& state, const Bench::Scaler& scaler) {
     const Vaskel::upsampler settings(1, factorOf(state), kWidth);
     const int width = settings.resize(kWidth), height = settings.resize(kHeight);
-    const auto run = scaler.prepare({image().data(), kWidth, kHeight, 4, width, height, false});
+    const auto run = scaler.prepare({image().data(), kWidth, kHeight, 4, width, height, false,
+                                     reinterpret_cast<unsigned char*>(result())});
     if (!run) return state.SkipWithError("the peer has no such operation");
-    for (auto _ : state) run();
-    state.SetItemsProcessed(state.iterations() * width * height);
+    Bench::timed(state, run);
+    setItems(state);
 }
 
 void sized(benchmark::internal::Benchmark* bench) {

@@ -27,7 +27,6 @@ namespace Bench {
 namespace {
 
 using Work = std::function<void()>;
-using Bytes = std::vector<std::uint8_t>;
 
 std::size_t sizeOf(int width, int height, int channels) {
     return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
@@ -88,13 +87,11 @@ Work swscale(const ScalingTask& task) {
                        task.averaging ? SWS_AREA : SWS_POINT, nullptr, nullptr, nullptr),
         sws_freeContext);
     if (!context) return {};
-    const auto out =
-        std::make_shared<Bytes>(sizeOf(task.newWidth + 16, task.newHeight, task.channels));
     return [=] {
         const std::uint8_t* const from[4] = {static_cast<const std::uint8_t*>(task.pixels)};
         const int fromStride[4] = {task.width * task.channels};
-        std::uint8_t* const to[4] = {out->data()};
-        const int toStride[4] = {(task.newWidth + 16) * task.channels};
+        std::uint8_t* const to[4] = {task.result};
+        const int toStride[4] = {(task.newWidth + ScalingTask::kBesides) * task.channels};
         sws_scale(context.get(), from, fromStride, 0, task.height, to, toStride);
     };
 }
@@ -175,8 +172,6 @@ Work zimg(const ScalingTask& task) {
     const auto from = std::make_shared<Planes>(task.width, task.height, task.channels);
     const auto to = std::make_shared<Planes>(task.newWidth, task.newHeight, task.channels);
     const auto work = std::make_shared<Planes>(static_cast<int>(temporary), 1, 1);
-    const auto result =
-        std::make_shared<Bytes>(sizeOf(task.newWidth, task.newHeight, task.channels));
     from->takeApart(static_cast<const std::uint8_t*>(task.pixels));
     return [=] {
         if (task.channels != 1) from->takeApart(static_cast<const std::uint8_t*>(task.pixels));
@@ -190,7 +185,7 @@ Work zimg(const ScalingTask& task) {
             zimg_filter_graph_process(graph.get(), &source, &target, work->memory, nullptr, nullptr,
                                       nullptr, nullptr);
         }
-        if (task.channels != 1) to->putTogether(result->data());
+        if (task.channels != 1) to->putTogether(task.result);
     };
 }
 #endif
@@ -198,10 +193,9 @@ Work zimg(const ScalingTask& task) {
 #if VASKEL_BENCH_STB
 Work stb(const ScalingTask& task) {
     if (!task.averaging) return {};
-    const auto out = std::make_shared<Bytes>(sizeOf(task.newWidth, task.newHeight, task.channels));
     return [=] {
         stbir_resize_uint8_generic(static_cast<const std::uint8_t*>(task.pixels), task.width,
-                                   task.height, 0, out->data(), task.newWidth, task.newHeight, 0,
+                                   task.height, 0, task.result, task.newWidth, task.newHeight, 0,
                                    task.channels, STBIR_ALPHA_CHANNEL_NONE, 0, STBIR_EDGE_CLAMP,
                                    STBIR_FILTER_BOX, STBIR_COLORSPACE_LINEAR, nullptr);
     };

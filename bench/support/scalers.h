@@ -1,6 +1,5 @@
 // Peers that give an image another size: libvips, libswscale, zimg and stb, each
-// on one thread, with the result in memory of its own. OpenCV's one call stands
-// in the benchmarks themselves.
+// on one thread. OpenCV's one call stands in the benchmarks themselves.
 
 #ifndef BENCH_SUPPORT_SCALERS_H
 #define BENCH_SUPPORT_SCALERS_H
@@ -16,6 +15,10 @@ struct ScalingTask {
     int width, height, channels;
     int newWidth, newHeight;
     bool averaging;  // else the nearest pixel
+    // Where it goes, with room for kBesides pixels behind each line; only vips takes
+    // memory of its own, as its calls have it.
+    unsigned char* result;
+    static constexpr int kBesides = 16;
 };
 
 struct Scaler {
