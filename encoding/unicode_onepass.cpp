@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "encoding/unicode_stream.h"
+#include "util/stream.h"
 
 namespace Vaskel {
 namespace {

@@ -59,27 +59,6 @@ struct DownsampleCells {
 /// How many bits behind the point value needs, up to kMostFractionBits; else -1.
 int fractionBitsOf(double value);
 
-/// Where a caller's next line will be, if lines go on as the last three lay.
-/// Forms have it fetched while they work on a line: a CPU waits for memory most
-/// of the time and does not look beyond the line by itself. Fetching never
-/// faults, wherever the address may lead.
-class LinesAhead {
- public:
-    void took(const void* line) {
-        const auto at = reinterpret_cast<std::uintptr_t>(line);
-        const std::uintptr_t way = at - mLast;
-        mStep = way == mWay ? way : 0;
-        mWay = way;
-        mLast = at;
-    }
-    /// From a line to the next; 0 if they do not lie evenly.
-    std::uintptr_t step() const { return mStep; }
-    std::uintptr_t next() const { return mLast + mStep; }
-
- private:
-    std::uintptr_t mLast = 0, mWay = 0, mStep = 0;
-};
-
 /// One line for the sums.
 struct DownsampleLine {
     const unsigned char* bytes;  // channels of a pixel side by side

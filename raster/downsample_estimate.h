@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "raster/downsample_cells.h"
+#include "raster/lines_ahead.h"
 
 namespace Vaskel {
 

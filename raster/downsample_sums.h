@@ -14,6 +14,7 @@
 #include "raster/downsample_halved.h"
 #include "raster/downsample_packed.h"
 #include "raster/downsample_picks.h"
+#include "raster/lines_ahead.h"
 
 namespace Vaskel {
 

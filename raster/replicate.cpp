@@ -2,35 +2,50 @@
 
 #include <atomic>
 #include <cstring>
+#include <utility>
 
 #include "util/cpu.h"
 
 namespace Vaskel {
 
-std::int64_t replicationSources(double factor, std::int32_t width, std::int64_t count,
-                                std::uint32_t* sources) {
+[[gnu::cold]] std::vector<std::uint32_t> replicationSources(double factor, std::int32_t width,
+                                                            std::int64_t count) {
+    std::vector<std::uint32_t> sources;
+    sources.reserve(static_cast<std::size_t>(count));
     double column = 0;
-    std::int64_t written = 0;
-    for (std::int32_t i = 0; i < width && written < count; ++i) {
-        for (; factor > column && written < count; column += 1)
-            sources[written++] = static_cast<std::uint32_t>(i);
+    for (std::int32_t i = 0; i < width && std::ssize(sources) < count; ++i) {
+        for (; factor > column && std::ssize(sources) < count; column += 1)
+            sources.push_back(static_cast<std::uint32_t>(i));
         column -= factor;
     }
-    return written;
+    return sources;
 }
 
-bool isDense(const std::uint32_t* sources, std::size_t count) {
-    for (std::size_t j = 1; j < count; ++j)
-        if (sources[j] - sources[j - 1] > 1) return false;
-    return true;
+[[gnu::cold]] Replication::Replication(std::vector<std::uint32_t> all, std::size_t width)
+    : sources(std::move(all)) {
+    eights.reserve(sources.size() / 8);
+    for (std::size_t j = 0; j + 8 <= sources.size(); j += 8) {
+        EightSources eight = {sources[j], {}};
+        if (eight.first + std::size_t{8} > width) break;
+        for (std::size_t k = 0; k < 8; ++k) {
+            const std::uint32_t place = sources[j + k] - eight.first;
+            if (place > 7) {
+                eights.clear();
+                return;
+            }
+            eight.places[k] = static_cast<unsigned char>(place);
+        }
+        eights.push_back(eight);
+    }
+}
+
+void replicateFrom(std::size_t first, const Replication& replication, const unsigned int* line,
+                   unsigned char* out) {
+    for (std::size_t j = first; j < replication.sources.size(); ++j)
+        std::memcpy(out + 4 * j, line + replication.sources[j], 4);
 }
 
 namespace {
-
-void runTable(const Replication& replication, const unsigned int* line, unsigned char* out) {
-    for (std::size_t j = 0; j < replication.count; ++j)
-        std::memcpy(out + 4 * j, line + replication.sources[j], 4);
-}
 
 #if defined(__x86_64__)
 constexpr const ReplicateForm* kForms[] = {&kReplicateTable, &kReplicateAvx2};
@@ -44,7 +59,9 @@ std::atomic<const ReplicateForm*> gForced{nullptr};
 
 }  // namespace
 
-const ReplicateForm kReplicateTable = {"table", runTable};
+const ReplicateForm kReplicateTable = {
+    "table", [](const Replication& replication, const unsigned int* line, std::uintptr_t,
+                unsigned char* out) { replicateFrom(0, replication, line, out); }};
 
 std::span<const ReplicateForm* const> replicateForms() {
     return std::span(kForms).first(usableForms());

@@ -5,8 +5,6 @@
 
 #include <immintrin.h>
 
-#include <cstring>
-
 #include "raster/replicate.h"
 
 #define VASKEL_AVX2 __attribute__((target("avx2")))
@@ -14,21 +12,24 @@
 namespace Vaskel {
 namespace {
 
-VASKEL_AVX2 void run(const Replication& replication, const unsigned int* line, unsigned char* out) {
-    if (!replication.dense) return kReplicateTable.run(replication, line, out);
-    const std::uint32_t* const sources = replication.sources;
-    std::size_t j = 0;
-    // Eight sources are at most seven above the first one, and eight pixels are
-    // read from there on, which must lie in the line.
-    for (; j + 8 <= replication.count && sources[j] + std::size_t{8} <= replication.width; j += 8) {
-        const std::uint32_t first = sources[j];
-        const __m256i from = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(sources + j));
-        const __m256i places = _mm256_sub_epi32(from, _mm256_set1_epi32(static_cast<int>(first)));
-        const __m256i pixels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(line + first));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + 4 * j),
+// Of an eight's places, eight pixels are read from the first one on. The CPU is told
+// of the next line besides, since it does not look beyond a page's end by itself;
+// telling it never faults, wherever that may be.
+VASKEL_AVX2 void run(const Replication& replication, const unsigned int* line, std::uintptr_t ahead,
+                     unsigned char* out) {
+    unsigned char* to = out;
+    for (const EightSources& eight : replication.eights) {
+        const unsigned int* const from = line + eight.first;
+        _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(from) + ahead),
+                     _MM_HINT_T1);
+        const __m256i places =
+            _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(eight.places)));
+        const __m256i pixels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to),
                             _mm256_permutevar8x32_epi32(pixels, places));
+        to += 32;
     }
-    for (; j < replication.count; ++j) std::memcpy(out + 4 * j, line + sources[j], 4);
+    replicateFrom(8 * replication.eights.size(), replication, line, out);
 }
 
 }  // namespace

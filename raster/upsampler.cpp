@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <new>
 
+#include "raster/lines_ahead.h"
 #include "raster/replicate.h"
 #include "vaskel/raster.h"
 
@@ -18,6 +18,12 @@ constexpr double kMostPixels = 1e15;
 
 }  // namespace
 
+struct UpsamplerInside {
+    Replication replication;
+    LinesAhead ahead;
+    TakenLines taken;
+};
+
 [[gnu::cold]] upsampler::upsampler(double inResolution, double outResolution, int width)
     : mFactor(outResolution / inResolution), mColumn(0), mWidth(width) {
     // From 2^52 on adding 1 to the row count would not end.
@@ -30,10 +36,11 @@ constexpr double kMostPixels = 1e15;
     const auto bytes = static_cast<std::size_t>(static_cast<double>(mPixels) * 4 * kHeadroom);
     mLine = std::make_shared<unsigned char[]>(bytes);
     mSecondLine = std::make_shared<unsigned char[]>(bytes);
-    auto sources = std::make_shared<std::uint32_t[]>(static_cast<std::size_t>(mPixels));
-    mStored = replicationSources(mFactor, mWidth, mPixels, sources.get());
-    mDense = isDense(sources.get(), static_cast<std::size_t>(mStored));
-    mSources = std::move(sources);
+    mInside = std::make_shared<UpsamplerInside>(
+        UpsamplerInside{Replication(replicationSources(mFactor, mWidth, mPixels),
+                                    static_cast<std::size_t>(std::max(mWidth, 0))),
+                        {},
+                        {}});
 }
 
 [[gnu::cold]] upsampler::upsampler(const upsampler& other) = default;
@@ -44,9 +51,8 @@ void upsampler::stuff(const unsigned int* line) {
     mRow -= mFactor;
     if (!(mRow < mFactor)) return;  // below factor 1: the line before stays
     mColumn = 0;
-    chosenReplicateForm().run({mSources.get(), static_cast<std::size_t>(mStored),
-                               static_cast<std::size_t>(mWidth), mDense},
-                              line, mLine.get());
+    mInside->ahead.took(line);
+    chosenReplicateForm().run(mInside->replication, line, mInside->ahead.step(), mLine.get());
 }
 
 short upsampler::ready() const { return mFactor > mRow ? 1 : 0; }
@@ -54,7 +60,7 @@ short upsampler::ready() const { return mFactor > mRow ? 1 : 0; }
 void upsampler::get(unsigned int* out, int maxBytes) {
     mRow += 1;
     const std::int64_t bytes = std::min<std::int64_t>(maxBytes, 4 * mPixels);
-    if (bytes > 0) std::memcpy(out, mLine.get(), static_cast<std::size_t>(bytes));
+    if (bytes > 0) mInside->taken.copy(out, mLine.get(), static_cast<std::size_t>(bytes));
 }
 
 int upsampler::resize(int n) const {

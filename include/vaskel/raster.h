@@ -14,6 +14,7 @@ namespace Vaskel {
 struct DownsampleCells;  // private, as are
 struct DownsamplePicks;
 struct DownsampleSums;
+struct UpsamplerInside;
 struct TracedChunk;
 class TracedPoints;
 
@@ -285,7 +286,7 @@ class VASKEL_API downsampler {
 /// negative width, make an empty image.
 ///
 /// Copies share the line buffers, which live as long as an object that uses
-/// them. Memory: about 14 bytes a pixel of an output line. An object belongs to
+/// them. Memory: about 15 bytes a pixel of an output line. An object belongs to
 /// one thread at a time. std::bad_alloc passes through.
 class VASKEL_API upsampler {
  public:
@@ -303,7 +304,8 @@ class VASKEL_API upsampler {
     /// Takes an output line: copies at most maxBytes of its resize(width) * 4
     /// bytes to out, cutting at the byte; a negative maxBytes copies nothing.
     /// The line is counted as taken either way. All zero before the first
-    /// stuff.
+    /// stuff. Lines that come to lie side by side go past the caches once they
+    /// are 24 MiB together.
     void get(unsigned int* out, int maxBytes);
     /// The enlarged size of a length: n times the factor, truncated towards 0,
     /// at most the largest integer; 0 for an empty image.
@@ -319,9 +321,7 @@ class VASKEL_API upsampler {
     std::int32_t mWidth;
     std::int32_t mWholeFactor;
     std::int64_t mPixels;  // of an output line
-    std::int64_t mStored;  // how many of them a line of input fills, at most all
-    std::shared_ptr<const std::uint32_t[]> mSources;
-    bool mDense;  // no input pixel is left out
+    std::shared_ptr<UpsamplerInside> mInside;
 };
 
 }  // namespace Vaskel

@@ -66,22 +66,4 @@ TEST_CASE("downsampler cells: every form gives the plain form's sums") {
     CHECK(exactLines > 1000);
 }
 
-TEST_CASE("downsampler cells: where the next line will be follows from the last three") {
-    const unsigned char image[400] = {};
-    LinesAhead ahead;
-    struct Row {
-        const char* why;
-        int line, step;
-    };
-    for (const Row& row : {Row{"one", 0, 0}, Row{"two", 1, 0}, Row{"three", 2, 40},
-                           Row{"four", 3, 40}, Row{"a leap", 6, 0}, Row{"another way", 5, 0},
-                           Row{"upwards", 4, -40}, Row{"again", 4, 0}, Row{"and again", 4, 0}}) {
-        CAPTURE(row.why);
-        const unsigned char* const line = &image[40 * row.line];
-        ahead.took(line);
-        CHECK(static_cast<std::intptr_t>(ahead.step()) == row.step);
-        CHECK(ahead.next() == reinterpret_cast<std::uintptr_t>(line) + ahead.step());
-    }
-}
-
 }  // namespace

@@ -1,8 +1,8 @@
 // Memory written past the caches: what is larger than these pushes out of them
 // what others need, and each of its lines is read before it is written.
 
-#ifndef ENCODING_UNICODE_STREAM_H
-#define ENCODING_UNICODE_STREAM_H
+#ifndef UTIL_STREAM_H
+#define UTIL_STREAM_H
 
 #include <cstddef>
 #include <cstdint>
