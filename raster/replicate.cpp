@@ -10,33 +10,34 @@ namespace Vaskel {
 
 [[gnu::cold]] std::vector<std::uint32_t> replicationSources(double factor, std::int32_t width,
                                                             std::int64_t count) {
-    std::vector<std::uint32_t> sources;
-    sources.reserve(static_cast<std::size_t>(count));
+    std::vector<std::uint32_t> sources(static_cast<std::size_t>(count));
     double column = 0;
-    for (std::int32_t i = 0; i < width && std::ssize(sources) < count; ++i) {
-        for (; factor > column && std::ssize(sources) < count; column += 1)
-            sources.push_back(static_cast<std::uint32_t>(i));
+    std::size_t written = 0;
+    for (std::int32_t i = 0; i < width && written < sources.size(); ++i) {
+        for (; factor > column && written < sources.size(); column += 1)
+            sources[written++] = static_cast<std::uint32_t>(i);
         column -= factor;
     }
+    while (sources.size() > written) sources.pop_back();
     return sources;
 }
 
 [[gnu::cold]] Replication::Replication(std::vector<std::uint32_t> all, std::size_t width)
-    : sources(std::move(all)) {
-    eights.reserve(sources.size() / 8);
-    for (std::size_t j = 0; j + 8 <= sources.size(); j += 8) {
-        EightSources eight = {sources[j], {}};
+    : sources(std::move(all)), eights(sources.size() / 8) {
+    std::size_t taken = 0;
+    for (; taken < eights.size(); ++taken) {
+        EightSources& eight = eights[taken];
+        const std::uint32_t* const from = &sources[8 * taken];
+        eight.first = from[0];
         if (eight.first + std::size_t{8} > width) break;
-        for (std::size_t k = 0; k < 8; ++k) {
-            const std::uint32_t place = sources[j + k] - eight.first;
-            if (place > 7) {
-                eights.clear();
-                return;
-            }
-            eight.places[k] = static_cast<unsigned char>(place);
+        for (std::size_t k = 0; k < 8; ++k)
+            eight.places[k] = static_cast<unsigned char>(from[k] - eight.first);
+        if (from[7] - eight.first > 7) {
+            taken = 0;
+            break;
         }
-        eights.push_back(eight);
     }
+    while (eights.size() > taken) eights.pop_back();
 }
 
 void replicateFrom(std::size_t first, const Replication& replication, const unsigned int* line,
