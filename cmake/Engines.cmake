@@ -27,8 +27,9 @@ target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 # one waits for is compiled for size: where it is signals and callbacks of Boost,
 # that halves it. Loops of a few turns are not written out where that takes more
 # than 60 instructions (GCC's own limit is 200): only wide forms and number fields gain
-# by more. Nothing is aligned but the beginnings of loops, and what rarely runs stays
-# in its function, since each part of a function is described once more for exceptions.
+# by more, and wide forms for short texts by none of it. Nothing is aligned but the
+# beginnings of loops, and what rarely runs stays in its function, since each part of a
+# function is described once more for exceptions.
 set(vaskel_medium -O2)
 set(vaskel_fast -O3)
 set(vaskel_small -Os)
@@ -49,12 +50,12 @@ set(vaskel_loops
     raster/downsample_cells.cpp
     colour/ink_run.cpp
     encoding/ascii85.cpp encoding/bigint.cpp encoding/bigint_limbs.cpp encoding/path_to_url.cpp
-    encoding/unicode_avx512_short.cpp encoding/unicode_onepass.cpp encoding/unicode_ways.cpp
+    encoding/unicode_onepass.cpp encoding/unicode_ways.cpp
     util/random.cpp)
 set(vaskel_written_out units/strtodou.cpp)
 set(vaskel_wide)
 foreach(source IN LISTS vaskel_sources)
-    if(source MATCHES "_(avx2|avx512|x86)")
+    if(source MATCHES "_(avx2|avx512|x86)" AND NOT source MATCHES "_short")
         file(RELATIVE_PATH source ${PROJECT_SOURCE_DIR} ${source})
         list(APPEND vaskel_wide ${source})
     endif()

@@ -15,9 +15,6 @@
 namespace Vaskel {
 namespace {
 
-// What the exported functions use: null until one is called.
-constinit std::atomic<const UnicodeForm*> gForm{nullptr};
-
 // The plain form is none of them, so that only a program that asks for all forms
 // holds it.
 const UnicodeForm& bestForm() {
@@ -32,15 +29,34 @@ const UnicodeForm& bestForm() {
     return kUnicodeOnePass;
 }
 
-[[gnu::noinline]] const UnicodeForm& chooseForm() {
+const UnicodeForm& chooseForm();
+
+// One of the conversions, by the form that is chosen now.
+template <auto kConversion, class... BigEndian>
+std::string chooseAndConvert(const char* text, BigEndian... bigEndian) {
+    return (chooseForm().*kConversion)(text, bigEndian...);
+}
+
+constexpr UnicodeForm kChoosing = {"none yet",
+                                   chooseAndConvert<&UnicodeForm::utf8ToUtf32, bool>,
+                                   chooseAndConvert<&UnicodeForm::utf8ToUtf16, bool>,
+                                   chooseAndConvert<&UnicodeForm::utf16ToUtf32, bool>,
+                                   chooseAndConvert<&UnicodeForm::utf16ToUtf8>,
+                                   chooseAndConvert<&UnicodeForm::utf32ToUtf16, bool>,
+                                   chooseAndConvert<&UnicodeForm::utf32ToUtf8>};
+
+// What the exported functions use: one that chooses another until one of them is called,
+// so that none has to ask each time whether that was done.
+constinit std::atomic<const UnicodeForm*> gForm{&kChoosing};
+
+const UnicodeForm& chooseForm() {
     const UnicodeForm& best = bestForm();
     gForm.store(&best, std::memory_order_release);  // its tables are made
     return best;
 }
 
 [[gnu::always_inline]] inline const UnicodeForm& chosenForm() {
-    if (const UnicodeForm* form = gForm.load(std::memory_order_acquire)) return *form;
-    return chooseForm();
+    return *gForm.load(std::memory_order_acquire);
 }
 
 // The literal that follows a zero byte may be missing at the end of the text.
@@ -98,7 +114,9 @@ std::span<const UnicodeForm* const> unicodeForms() {
     return {kForms, best + 1};
 }
 
-void forceUnicodeForm(const UnicodeForm* form) { gForm.store(form, std::memory_order_relaxed); }
+void forceUnicodeForm(const UnicodeForm* form) {
+    gForm.store(form ? form : &kChoosing, std::memory_order_relaxed);
+}
 
 bool IsUTF8String(const char* text) { return text && startsAsUtf8(text); }
 

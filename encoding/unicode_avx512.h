@@ -117,6 +117,13 @@ VASKEL_AVX512 inline __mmask16 areSurrogates(__m512i values) {
     return _mm512_cmpeq_epi32_mask(_mm512_and_si512(values, all32(0xFFFFF800)), all32(0xD800));
 }
 
+/// Zero where a value is a surrogate or, as an overlong form makes it, zero.
+VASKEL_AVX512 inline __m512i zeroIfApart(__m512i values) {
+    // values & F800, less the bits of a surrogate
+    const __m512i top = _mm512_ternarylogic_epi32(values, kept32(0xFFFFF800), kept32(0xD800), 0x6A);
+    return _mm512_min_epu32(values, top);
+}
+
 /// Values below 200000 as UTF-16 units, from 10000 on by the kept formula, with
 /// the low unit in the upper half of a lane. None of the units is zero.
 VASKEL_AVX512 inline __m512i utf16Of(__m512i values, __mmask32& keep) {
@@ -171,13 +178,18 @@ VASKEL_AVX512 inline Byte* putUtf8(__m512i values, Byte* out) {
 }
 
 /// Units below 800 as UTF-8.
-VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
+VASKEL_AVX512 inline __m512i utf8Below800(__m512i units, __mmask64& keep) {
     const __m512i lead = _mm512_srli_epi16(units, 6), last = _mm512_slli_epi16(units, 8);
     const __m512i two = andOr(choose(kept16(0xFF), lead, last), kept16(0x3F1F), kept16(0x80C0));
     const __mmask32 ascii = _mm512_cmplt_epu16_mask(units, kept16(0x80));
     const __m512i bytes = _mm512_mask_slli_epi16(two, ascii, units, 8);
-    const __mmask64 keep = _mm512_test_epi8_mask(bytes, bytes);
-    store(out, _mm512_maskz_compress_epi8(keep, bytes));
+    keep = _mm512_test_epi8_mask(bytes, bytes);
+    return _mm512_maskz_compress_epi8(keep, bytes);
+}
+
+VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
+    __mmask64 keep;
+    store(out, utf8Below800(units, keep));
     return out + popcount(keep);
 }
 

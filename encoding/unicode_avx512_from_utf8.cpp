@@ -100,13 +100,6 @@ struct Output {
     }
 };
 
-// For UTF-16: zero where a value is a surrogate or, as an overlong form makes
-// it, zero.
-VASKEL_AVX512 inline __m512i zeroIfApart(__m512i values) {
-    const __m512i top = _mm512_and_si512(values, kept32(0xFFFFF800));
-    return _mm512_min_epu32(values, _mm512_xor_si512(top, kept32(0xD800)));
-}
-
 // The n characters of one byte and two that begin at leads.
 template <bool kWide>
 VASKEL_AVX512 inline void putBelow800(__m512i block, __m512i behind, std::uint64_t leads,

@@ -1,11 +1,14 @@
-// Reads of whole vectors for CPUs with AVX-512: where a text of units ends, and all
-// that is behind a place in its page, be it of the text or not.
+// Reads of whole vectors for CPUs with AVX-512: where a text of units ends, and texts
+// that can be read with whatever is behind them in their page, be it theirs or not.
 
 #ifndef ENCODING_UNICODE_AVX512_PAGES_H
 #define ENCODING_UNICODE_AVX512_PAGES_H
 
+#include <cstring>
+
 #include "encoding/unicode_avx2.h"
 #include "encoding/unicode_avx512.h"
+#include "encoding/unicode_rules.h"
 
 #if defined(__x86_64__)
 
@@ -52,23 +55,24 @@ VASKEL_AVX512 VASKEL_READS_PAGE std::size_t sizeToZero(const Byte* text) {
     return static_cast<std::size_t>(block + kUnit * _tzcnt_u32(found) - text);
 }
 
-// 64 bytes that lie in two pages. Where one of the units in the first page ends the
-// text, the second one may not be there, and its bytes are zeros.
-[[gnu::noinline]] VASKEL_AVX512 VASKEL_READS_PAGE inline __m512i loadAcross(const void* text,
-                                                                            unsigned unit) {
-    const std::size_t here = 4096 - reinterpret_cast<std::uintptr_t>(text) % 4096;
-    const std::uint64_t mask = lowBits(here);
-    const __m512i bytes = _mm512_maskz_loadu_epi8(mask, text);
-    std::uint64_t zeros = _mm512_mask_testn_epi8_mask(mask, bytes, bytes);
-    for (unsigned i = 1; i < unit; i *= 2) zeros &= zeros >> i;
-    const std::uint64_t units = ~std::uint64_t{0} / ((std::uint64_t{1} << unit) - 1);
-    return (zeros & units) != 0 ? bytes : _mm512_loadu_si512(text);
-}
+// How many bytes from the beginning of a text on are looked at before it is known to be
+// no short one: 64 bytes of UTF-8, or a mark, 64 units and the zero unit.
+template <unsigned kUnit>
+constexpr std::size_t kLookedAt = kUnit == 1 ? 64 : 66 * kUnit;
 
-// 64 bytes from here on, where a text has a unit or its end.
-VASKEL_AVX512 VASKEL_READS_PAGE inline __m512i loadPage(const void* text, unsigned unit) {
-    if (reinterpret_cast<std::uintptr_t>(text) % 4096 > 4096 - 64) return loadAcross(text, unit);
-    return _mm512_loadu_si512(text);
+// Room for these, in whole vectors.
+template <unsigned kUnit>
+using ShortText = char[kUnit == 1 ? 64 : 64 * (kUnit + 1)];
+
+// A text of which less than that lies in its page: where it can be read as if all of
+// that were there. A text that ends in this page is moved to room, since there may be
+// no next one; one without its mark becomes an empty one.
+const char* acrossPages(const char* text, unsigned unit, char* room);
+
+template <unsigned kUnit>
+VASKEL_AVX512 inline const char* readable(const char* text, ShortText<kUnit>& room) {
+    const bool across = reinterpret_cast<std::uintptr_t>(text) % 4096 > 4096 - kLookedAt<kUnit>;
+    return across ? acrossPages(text, kUnit, room) : text;
 }
 
 }  // namespace Avx512

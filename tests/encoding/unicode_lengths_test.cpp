@@ -3,7 +3,9 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -218,4 +220,34 @@ TEST_CASE("unicode: whatever is behind a text changes nothing") {
             }
         }
     }
+}
+
+// Short texts are looked at beyond their end, but not beyond their page unless they go
+// on there.
+TEST_CASE("unicode: every form gives the plain form's bytes for texts that lie in two pages") {
+    constexpr std::size_t kPage = 4096;
+    GuardedBytes pages(2 * kPage, GuardedBytes::AtStart);
+    int good = 0, all = 0;
+    const auto compare = [&](const auto& conversions, const std::string& text) {
+        for (std::size_t here = 1; here < text.size() + 70; ++here) {
+            CAPTURE(here);
+            std::fill_n(pages.data(), pages.size(), 0x80);
+            char* const placed = pages.chars() + kPage - here;
+            text.copy(placed, text.size());
+            good += compareForms(conversions, placed);
+            all += static_cast<int>(std::size(conversions));
+        }
+    };
+    for (const Fill& fill : kFills) {
+        CAPTURE(fill.why);
+        for (const std::size_t count : {0, 1, 20, 33, 63, 64, 65}) {
+            CAPTURE(count);
+            const Values values = filled(fill, count);
+            compare(kFrom8, text8(values));
+            compare(kFrom16, text16(unitsOf(values), count % 2 == 0));
+            compare(kFrom32, text32(values, count % 2 != 0));
+        }
+    }
+    CHECK(good > 9 * all / 10);
+    CHECK(good < all);  // the empty text of UTF-8 becomes an empty one
 }
