@@ -59,17 +59,28 @@ void add(const std::string& name, const std::vector<std::string>& all, Read read
                                  [=](benchmark::State& state) { run(state, all, read); });
 }
 
+void addOurs(const std::string& name, const std::vector<std::string>& all,
+             const Vaskel::FieldForm* form) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        Vaskel::forceFieldForm(form);
+        run(state, all, [](const std::string& text) {
+            double value = 0;
+            Vaskel::strtodou(text.c_str(), &value);
+            return value;
+        });
+        Vaskel::forceFieldForm(nullptr);
+    });
+}
+
 void registerNumbers() {
     for (int decimals : {0, 2, 10}) {
         const std::vector<std::string> all = numbers(decimals);
         const auto name = [&](const char* who) {
             return std::string("strtodou/") + who + "/" + std::to_string(decimals);
         };
-        add(name("vaskel"), all, [](const std::string& text) {
-            double value = 0;
-            Vaskel::strtodou(text.c_str(), &value);
-            return value;
-        });
+        addOurs(name("vaskel"), all, nullptr);
+        for (const Vaskel::FieldForm& form : Vaskel::fieldForms())
+            addOurs(name((std::string("vaskel_") + form.name).c_str()), all, &form);
         add(name("vaskel_plain_scan"), all, [](const std::string& text) {
             const char* cursor = text.c_str();
             return Vaskel::scanNumberPlain(&cursor);

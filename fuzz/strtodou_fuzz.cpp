@@ -1,5 +1,5 @@
-// strtodou against an evaluator that first cuts the text into tokens, and both
-// forms of number scanning against each other.
+// Every form of strtodou against an evaluator that first cuts the text into tokens, and
+// both forms of number scanning against each other.
 
 #include <cstdint>
 #include <cstdlib>
@@ -83,11 +83,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.resize(std::strlen(text.c_str()));
     const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
 
-    double got = 77;
-    const int rc = Vaskel::strtodou(exact.data(), &got);
     const std::optional<double> want = evaluate(text);
-    require(rc == (want ? 0 : -1));
-    require(want ? sameBits(got, *want) || (got != got && *want != *want) : got == 77);
+    for (const Vaskel::FieldForm& form : Vaskel::fieldForms()) {
+        double got = 77;
+        const int rc = form.run(exact.data(), &got);
+        require(rc == (want ? 0 : -1));
+        require(want ? sameBits(got, *want) || (got != got && *want != *want) : got == 77);
+    }
 
     for (const char* from = exact.data(); *from != '\0'; ++from) {
         const char* plain = from;

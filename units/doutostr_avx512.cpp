@@ -67,17 +67,6 @@ constexpr bool fractionsAreExact() {
 }
 static_assert(fractionsAreExact());
 
-// A vector whose lowest element is value; without cost, the others may be anything.
-VASKEL_AVX512 inline __m128d lowestOf(double value) {
-#if defined(__clang__)
-    return _mm_set_sd(value);
-#else
-    __m128d vector;
-    __asm__("" : "=v"(vector) : "0"(value));
-    return vector;
-#endif
-}
-
 }  // namespace
 
 // The amount is rounded as in formatNumberInWord, always to the nearest double, so that

@@ -5,12 +5,14 @@
 
 #include "units/strtodou.h"
 
+#include <atomic>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 
 #include "units/unit_state.h"
+#include "util/cpu.h"
 #include "vaskel/units.h"
 
 namespace Vaskel {
@@ -111,7 +113,7 @@ struct Number {
 };
 
 // In one place, in registers: every reader of operands calls it.
-[[gnu::noinline]] Number scanFast(const char* s) {
+[[gnu::noinline, gnu::aligned(64)]] Number scanFast(const char* s) {
     constexpr std::ptrdiff_t mostDigits = 15;
     static constexpr double powers[mostDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                       1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
@@ -200,7 +202,43 @@ int stored(const Field& field, double* out) {
     return 0;
 }
 
+constexpr FieldForm kForms[] = {
+    {"bytes", readFieldByBytes},
+#if defined(__x86_64__)
+    {"avx512", readFieldAvx512},
+#endif
+};
+
+// Not by the list of all, so that it stays out of the library.
+ReadField* bestForm() {
+#if defined(__x86_64__)
+    if (cpuLevel() >= CpuLevel::Avx512Vbmi2) return readFieldAvx512;
+#endif
+    return readFieldByBytes;
+}
+
+int readFirstField(const char* s, double* out);
+
+// What strtodou calls: at first a function that puts the best form here.
+constinit std::atomic<ReadField*> gReadField{readFirstField};
+
+int readFirstField(const char* s, double* out) {
+    ReadField* const best = bestForm();
+    gReadField.store(best, std::memory_order_relaxed);
+    return best(s, out);
+}
+
 }  // namespace
+
+std::span<const FieldForm> fieldForms() {
+    std::size_t count = 1;
+    while (kForms[count - 1].run != bestForm()) ++count;
+    return std::span(kForms).first(count);
+}
+
+void forceFieldForm(const FieldForm* form) {
+    gReadField.store(form ? form->run : readFirstField, std::memory_order_relaxed);
+}
 
 double scanNumberPlain(const char** cursor) {
     const char* s = *cursor;
@@ -236,7 +274,11 @@ Field readLengths(const char* s, int current, bool blankBeforeUnit, bool distinc
     return readField(s, UnitRules{current, blankBeforeUnit, distinctNames});
 }
 
-int strtodou(const char* s, double* out) { return stored(readNumbers(s), out); }
+int readFieldByBytes(const char* s, double* out) { return stored(readNumbers(s), out); }
+
+int strtodou(const char* s, double* out) {
+    return gReadField.load(std::memory_order_relaxed)(s, out);
+}
 
 int strtodouuni(const char* s, double* out, bool blankBeforeUnit, bool distinctNames) {
     return stored(readLengths(s, gCurrentUnit, blankBeforeUnit, distinctNames), out);

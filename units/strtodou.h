@@ -3,6 +3,8 @@
 #ifndef UNITS_STRTODOU_H
 #define UNITS_STRTODOU_H
 
+#include <span>
+
 namespace Vaskel {
 
 struct Field {
@@ -27,6 +29,32 @@ struct Field {
 // ten, and the one division rounds the same quotient. Longer runs of digits
 // are handed to the plain form.
 double scanNumber(const char** cursor);
+
+// strtodou in one of its forms.
+using ReadField = int(const char* s, double* out);
+
+// Any expression, byte by byte.
+ReadField readFieldByBytes;
+
+#if defined(__x86_64__)
+// One number of up to 15 digits and nothing behind it, in front of which blanks may
+// stand, at once; other texts as readFieldByBytes. For CpuLevel::Avx512Vbmi2.
+ReadField readFieldAvx512;
+
+// Whether that is how s is read, behind its blanks; if so, stores the number. For tests.
+bool readsNumberAvx512(const char* s, double* out);
+#endif
+
+struct FieldForm {
+    const char* name;
+    ReadField* run;
+};
+
+// The forms that this CPU can run, the best one last.
+std::span<const FieldForm> fieldForms();
+
+// Makes strtodou use form; null for the best one again. For tests and benchmarks.
+void forceFieldForm(const FieldForm* form);
 
 }  // namespace Vaskel
 

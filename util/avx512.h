@@ -11,4 +11,19 @@
 
 #include <immintrin.h>
 
+namespace Vaskel {
+
+// A vector whose lowest element is value; without cost, the others may be anything.
+__attribute__((target("avx512f"))) inline __m128d lowestOf(double value) {
+#if defined(__clang__)
+    return _mm_set_sd(value);
+#else
+    __m128d vector;
+    __asm__("" : "=v"(vector) : "0"(value));
+    return vector;
+#endif
+}
+
+}  // namespace Vaskel
+
 #endif
