@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -148,6 +149,36 @@ TEST_CASE("ascii85: lines keep their length behind a group that a full destinati
         for (; (end = sink.text.find('\n', begin)) != std::string::npos; begin = end + 1)
             CHECK(end - begin == (feedIsLost && begin / 101 == at / 101 ? 101 : 100));
         CHECK(begin > at);
+    }
+}
+
+TEST_CASE("ascii85: a copy made while a character is written has the column before it") {
+    struct Copying : Vaskel::ascii85out_base {
+        std::string text;
+        std::size_t copyAt = std::string::npos;
+        std::unique_ptr<Copying> copy;
+        void putuns8(unsigned char c) override {
+            if (text.size() == copyAt) {
+                copy = std::make_unique<Copying>();
+                static_cast<ascii85out_base&>(*copy) = *this;
+            }
+            text.push_back(static_cast<char>(c));
+        }
+    };
+    for (std::size_t at = 0; at < 220; ++at) {
+        CAPTURE(at);
+        Copying stream;
+        stream.copyAt = at;
+        for (int i = 0; i < 400; ++i) stream.encode(static_cast<unsigned char>(i % 23 < 8 ? 0 : i));
+        REQUIRE(stream.copy);
+        const std::size_t feed = stream.text.rfind('\n', at);
+        // The line feed itself comes with the line still full, and one behind each
+        // character more.
+        const bool isFeed = feed == at;
+        const std::size_t begin = feed == std::string::npos ? 0 : feed + 1;
+        const std::size_t column = isFeed ? 100 : at - begin;
+        for (int i = 0; i < 404; ++i) stream.copy->encode(0);
+        CHECK(stream.copy->text.find('\n') == (isFeed ? 1 : 100 - column));
     }
 }
 

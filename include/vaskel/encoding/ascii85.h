@@ -48,6 +48,7 @@ class VASKEL_API ascii85out_base {
  private:
     void putuns8ascii(char c);
     [[gnu::visibility("hidden"), gnu::noinline]] int putgroup(std::uint32_t value);
+    [[gnu::visibility("hidden"), gnu::noinline]] int putgroupAtEnd(std::uint32_t value);
 
     std::uint32_t mGroup;  // the first byte most significant
     std::int32_t mColumn;
