@@ -197,11 +197,44 @@ VASKEL_AVX2 std::size_t wholeBytes(const DownsampleCells& cells, const PackedRul
     return periods * period;
 }
 
+// Sixteen cells of four pixels, which lie side by side in 64 bytes.
+template <PackedStep kStep>
+VASKEL_AVX2 std::size_t fourByteCells(const DownsampleCells& cells, const PackedRule& rule,
+                                      const PackedLine& line, std::uint16_t* sums,
+                                      unsigned char* out) {
+    const __m256i weight = _mm256_set1_epi16(static_cast<short>(line.weight));
+    const __m256i rest = _mm256_set1_epi16(static_cast<short>(line.rest));
+    const __m256i ones = _mm256_set1_epi8(1), wideOnes = _mm256_set1_epi16(1);
+    const Means means(rule);
+    const std::uintptr_t ahead = bytesAhead(line);
+    const std::size_t blocks = cells.ends.size() / 16;
+    for (std::size_t i = 0; i < blocks; ++i) {
+        const unsigned char* const from = line.bytes + 64 * i;
+        fetch(from, ahead, 1);
+        const __m256i a = _mm256_madd_epi16(_mm256_maddubs_epi16(load32(from), ones), wideOnes);
+        const __m256i b =
+            _mm256_madd_epi16(_mm256_maddubs_epi16(load32(from + 32), ones), wideOnes);
+        const __m256i cellSums = _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
+        auto* const at = reinterpret_cast<__m256i*>(sums + 16 * i);
+        __m256i sum = _mm256_mullo_epi16(cellSums, weight);
+        if constexpr (kStep != PackedStep::kBegin)
+            sum = _mm256_add_epi16(sum, _mm256_loadu_si256(at));
+        if constexpr (kStep == PackedStep::kFinish) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * i), means.of(sum));
+            if (line.rest == 0) continue;
+            sum = _mm256_mullo_epi16(cellSums, rest);
+        }
+        _mm256_storeu_si256(at, sum);
+    }
+    return 16 * blocks;
+}
+
 template <PackedStep kStep>
 void take(const DownsampleCells& cells, const PackedRule& rule, const PackedLine& line,
           std::uint16_t* sums, unsigned char* out) {
     const std::size_t blocks = (cells.pattern.span + 3) / 4;
-    const auto run = line.channels == 1                         ? wholeBytes<kStep>
+    const auto run = line.channels == 1 && cells.factor == 4    ? fourByteCells<kStep>
+                     : line.channels == 1                       ? wholeBytes<kStep>
                      : cells.factor == 4                        ? wholeCells<kStep, Fours>
                      : blocks == 1 && cells.pattern.period == 4 ? wholeCells<kStep, Blocks<1, 4>>
                      : blocks == 1                              ? wholeCells<kStep, Blocks<1>>
