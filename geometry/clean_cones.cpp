@@ -58,9 +58,8 @@ int reachOf(const Directions& directions, const Direction& s, int number, int si
     return placeOf(within) + 65536 / kHalf / 2;  // half way to the next one
 }
 
-Cone coneAt(int place, bool isWide, int below, int above) {
-    const auto even = static_cast<std::int16_t>(place & ~1);
-    return {static_cast<std::int16_t>(even | isWide), static_cast<std::int16_t>(-even),
+Cone coneAt(int place, int below, int above) {
+    return {static_cast<std::int16_t>(place), static_cast<std::int16_t>(-place),
             static_cast<std::int16_t>(below / 2), static_cast<std::int16_t>(above / 2)};
 }
 
@@ -73,7 +72,7 @@ void ConeTable::make(std::int64_t toleranceSquare) {
     // All steps are free from there on.
     const int square = static_cast<int>(std::min<std::int64_t>(mSquare, 2 * kReach * kReach));
     std::fill_n(mCones, kSize, Cone{0, 0, -1, -1});
-    mCones[kZeroStep] = coneAt(0, false, 65535, 65535);
+    mCones[kZeroStep] = coneAt(0, 65535, 65535);
     for (int number = 0; number < kQuarter; ++number) {
         const Direction& d = directions[number];
         for (Direction s = d; std::max(s.x, s.y) <= kReach; s = {s.x + d.x, s.y + d.y}) {
@@ -83,9 +82,8 @@ void ConeTable::make(std::int64_t toleranceSquare) {
                 below = reachOf(directions, s, number, -1, square);
                 above = reachOf(directions, s, number, 1, square);
             }
-            const bool isWide = length > square && 3 * length <= 4 * square;
             for (int turned = 0; turned < 65536; turned += 32768) {
-                const Cone cone = coneAt(placeOf(number) + turned, isWide, below, above);
+                const Cone cone = coneAt(placeOf(number) + turned, below, above);
                 const std::uint32_t at =
                     kSide * static_cast<std::uint32_t>(s.y) + static_cast<std::uint32_t>(s.x);
                 mCones[kZeroStep + at] = mCones[kZeroStep - at] = cone;

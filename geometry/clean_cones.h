@@ -24,7 +24,7 @@ namespace Vaskel {
 /// The directions within tolerance of one near step: those between place - 2 below
 /// and place + 2 above.
 struct Cone {
-    std::int16_t place;  // of its own direction; odd where the arc is wide
+    std::int16_t place;  // of its own direction
     std::int16_t minusPlace;
     std::int16_t below, above;
 
@@ -76,13 +76,13 @@ class ConeTable {
 /// around the first one that is not free which lies in the arcs of all. A step
 /// within it is absorbed.
 ///
-/// A step outside is not, unless two arcs meet behind the circle's far side as well,
-/// where that part misses their overlap. With the middle of the later one in the
-/// earlier one that takes an arc of 60 degrees or more to a side, 3 |s|^2 <= 4 t^2,
-/// and such arcs are wide. What is outside of the first arc is absorbed in no case.
+/// A step outside is not, unless an arc goes on beyond the circle's far side, where
+/// it is not seen. What is outside of the first arc, which does not, is absorbed in
+/// no case.
 ///
 /// Four lanes of 16 bits hold an arc: the directions in it and their opposites are
-/// compared with where it begins and with the opposite of where it ends.
+/// compared with where it begins and with the opposite of where it ends. An arc that
+/// comes to the far side begins, or ends, at -32768, by saturation.
 class NearRun {
  public:
     /// Whether a run may begin at P: around it no difference of 32 bits wraps.
@@ -106,10 +106,12 @@ class NearRun {
 
     /// Begins with the first near step that is not free.
     void begin(const Cone* cone) {
-        std::memcpy(&mKinds, cone, sizeof mKinds);
-        mMiddle = _mm_cvtsi32_si128(static_cast<int>(mKinds));
-        mPart = narrowed(_mm_setr_epi16(-32768, -32768, 0, 0, 0, 0, 0, 0), seen(cone));
-        mFirst = mPart;
+        std::int32_t middle;
+        std::memcpy(&middle, cone, sizeof middle);
+        mMiddle = _mm_cvtsi32_si128(middle);
+        mFar = arcOf(seen(cone));
+        mFirst = _mm_max_epi16(mFar, _mm_setr_epi16(-32768, -32768, 0, 0, 0, 0, 0, 0));
+        mPart = mFirst;
     }
 
     /// Whether a step lies in the part, which its own arc then narrows. One that is
@@ -117,16 +119,15 @@ class NearRun {
     bool absorb(const Cone* cone) {
         const __m128i step = seen(cone);
         if (isOut(mPart, step)) return false;
-        std::uint64_t kind;
-        std::memcpy(&kind, cone, sizeof kind);
-        mKinds |= kind;
-        mPart = narrowed(mPart, step);
+        const __m128i arc = arcOf(step);
+        mPart = _mm_max_epi16(mPart, arc);
+        mFar = _mm_min_epi16(mFar, arc);
         return true;
     }
 
     /// Whether one that does not is refused for sure.
     bool refuses(const Cone* cone) const {
-        return cone->isNear() && ((mKinds & 1) == 0 || isOut(mFirst, seen(cone)));
+        return cone->isNear() && (!isFar() || isOut(mFirst, seen(cone)));
     }
     bool isZero(const Cone* cone) const { return cone == mCones + ConeTable::kZeroStep; }
 
@@ -139,16 +140,20 @@ class NearRun {
     static bool isOut(__m128i part, __m128i step) {
         return _mm_movemask_epi8(_mm_cmpgt_epi16(part, step)) != 0;
     }
-    static __m128i narrowed(__m128i part, __m128i step) {
+    static __m128i arcOf(__m128i step) {
         const __m128i half = _mm_shufflelo_epi16(step, 0xEE);
-        return _mm_max_epi16(part, _mm_subs_epi16(_mm_subs_epi16(step, half), half));
+        return _mm_subs_epi16(_mm_subs_epi16(step, half), half);
+    }
+    // Lanes 2 and 3 of an arc are below 0, and above -32768.
+    bool isFar() const {
+        return _mm_movemask_epi8(_mm_cmpeq_epi16(mFar, _mm_set1_epi16(-32768))) != 0;
     }
 
     const Cone* mCones;
     __m128i mFrom;
     __m128i mMiddle;
-    __m128i mPart, mFirst;
-    std::uint64_t mKinds;  // of all steps, in bit 0
+    __m128i mPart = {}, mFirst = {};
+    __m128i mFar = {};  // where the arc nearest to the far side begins and ends
 };
 
 #endif

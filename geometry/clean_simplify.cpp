@@ -100,10 +100,12 @@ bool areWithin(const WalkPoint* points, int count, const Step& d, bool allAreSho
     return areWithinByRoot(points, count, d, tolerance);
 }
 
-bool staysNear(const WalkPoint& a, const WalkPoint& b) {
-    constexpr int reach = ConeTable::kReach;
-    return std::max(magnitude(std::int64_t{b.x} - a.x), magnitude(std::int64_t{b.y} - a.y)) <=
-           reach;
+// Whether the table is likely to have the step. Differences may wrap: then it has not.
+bool isNearStep(const WalkPoint& from, const WalkPoint& to) {
+    const auto along = [](int a, int b) {
+        return static_cast<std::uint32_t>(b) - static_cast<std::uint32_t>(a) + ConeTable::kReach;
+    };
+    return (along(from.x, to.x) | along(from.y, to.y)) < ConeTable::kSide;
 }
 
 // Were points[0] the last emitted one, the number of the next one; where the
@@ -231,7 +233,7 @@ const WalkPoint* SimplifyFast::simplify() {
     const Cone* cones = mCones->get(mSquare, mInCount);
     // Where a few steps lead out of the table, it is not worth asking.
     const int middle = mInCount / 2;
-    if (mInCount > 3 && !staysNear(mIn[middle - 1], mIn[std::min(middle + 2, mInCount - 1)]))
+    if (mInCount > 3 && !isNearStep(mIn[middle - 1], mIn[std::min(middle + 2, mInCount - 1)]))
         cones = nullptr;
     while (end - last > 2) {
         const WalkPoint* const next = nextNear(cones, last, end, mTolerance, mSquare);
