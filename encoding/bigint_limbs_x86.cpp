@@ -204,6 +204,44 @@ Limb multiply(Digit* a, std::size_t limbs, Limb factor) {
     return high;
 }
 
+// The same by mulx, which leaves the carry flag alone: one carry runs through the
+// whole row.
+Limb multiplyMulx(Digit* a, std::size_t limbs, Limb factor) {
+    Limb carry = 0;
+    for (std::size_t first = limbs % kTurn; first > 0; --first, a += kPerLimb) {
+        const TwoLimbs product = TwoLimbs(loadLimb(a)) * factor + carry;
+        storeLimb(a, static_cast<Limb>(product));
+        carry = static_cast<Limb>(product >> 64);
+    }
+    std::size_t turns = limbs / kTurn;
+    if (turns == 0) return carry;
+    Limb l0, l1, l2, l3, high;
+    __asm__ volatile(
+        "clc\n"
+        "1:\n\t"
+        "mulxq (%[a]), %[l0], %[high]\n\t"
+        "adcq %[carry], %[l0]\n\t"
+        "mulxq 8(%[a]), %[l1], %[carry]\n\t"
+        "adcq %[high], %[l1]\n\t"
+        "mulxq 16(%[a]), %[l2], %[high]\n\t"
+        "adcq %[carry], %[l2]\n\t"
+        "mulxq 24(%[a]), %[l3], %[carry]\n\t"
+        "adcq %[high], %[l3]\n\t"
+        "movq %[l0], (%[a])\n\t"
+        "movq %[l1], 8(%[a])\n\t"
+        "movq %[l2], 16(%[a])\n\t"
+        "movq %[l3], 24(%[a])\n\t"
+        "leaq 32(%[a]), %[a]\n\t"
+        "decq %[turns]\n\t"
+        "jnz 1b\n\t"
+        "adcq $0, %[carry]"
+        : [a] "+r"(a), [turns] "+r"(turns), [carry] "+r"(carry), [l0] "=&r"(l0), [l1] "=&r"(l1),
+          [l2] "=&r"(l2), [l3] "=&r"(l3), [high] "=&r"(high)
+        : "d"(factor)
+        : "cc", "memory");
+    return carry;
+}
+
 #undef VASKEL_CARRY_LOOP
 
 }  // namespace
@@ -211,7 +249,7 @@ Limb multiply(Digit* a, std::size_t limbs, Limb factor) {
 const LimbLoops kLimbLoopsCarry = {"carry flag",          add,     subtract, addMultiplePlain,
                                    subtractMultiplePlain, multiply};
 const LimbLoops kLimbLoopsAdx = {"two carry flags",     add,     subtract, addMultiple,
-                                 subtractMultipleLimbs, multiply};
+                                 subtractMultipleLimbs, multiplyMulx};
 
 }  // namespace Vaskel
 
