@@ -60,15 +60,14 @@ unsigned multiplyDigits(Digit* a, std::size_t count, unsigned factor) {
     return carry;
 }
 
-unsigned subtractMultiple(Digit* a, const Digit* b, std::size_t count, unsigned factor) {
+Limb subtractMultiple(Digit* a, const Digit* b, std::size_t count, Limb factor) {
     const std::size_t limbs = count / kPerLimb;
     // Not above factor: the product of a limb with it stays below factor * 2^64.
-    auto taken = static_cast<std::uint32_t>(
-        limbs < kFewLimbs ? subtractMultiplePlain(a, b, limbs, factor)
-                          : limbLoops().subtractMultiple(a, b, limbs, factor));
+    Limb taken = limbs < kFewLimbs ? subtractMultiplePlain(a, b, limbs, factor)
+                                   : limbLoops().subtractMultiple(a, b, limbs, factor);
     for (std::size_t i = limbs * kPerLimb; i < count; ++i) {
-        const std::uint32_t product = b[i] * factor + taken;
-        const std::uint32_t low = product & 0xFFFF;
+        const Limb product = b[i] * factor + taken;
+        const Limb low = product & 0xFFFF;
         taken = (product >> 16) + (a[i] < low);
         a[i] = static_cast<Digit>(a[i] - low);
     }

@@ -101,9 +101,9 @@ unsigned borrowFrom(Digit* a, std::size_t count, unsigned borrow);
 /// a[0, count) *= factor, a digit; the digit carried out.
 unsigned multiplyDigits(Digit* a, std::size_t count, unsigned factor);
 
-/// a[0, count) -= factor * b[0, count), modulo 65536^count, factor a digit;
-/// the digit to subtract above.
-unsigned subtractMultiple(Digit* a, const Digit* b, std::size_t count, unsigned factor);
+/// a[0, count) -= factor * b[0, count), modulo 65536^count, factor below 2^47;
+/// what to subtract above, not more than factor.
+Limb subtractMultiple(Digit* a, const Digit* b, std::size_t count, Limb factor);
 
 /// Less than 0, 0 or more than 0 as a[0, count) is less than, equal to or
 /// greater than b[0, count).

@@ -35,7 +35,7 @@
 //
 // So all it takes are the remainders B^j mod D for j = n, n + 1, ..., each made
 // from the one before as the wraps ask for them, and a place costs no more
-// than three products of D with a digit.
+// than three products of D with a number of up to two digits, most places one.
 
 #ifndef ENCODING_BIGINT_DIVIDE_H
 #define ENCODING_BIGINT_DIVIDE_H
@@ -43,6 +43,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "encoding/bigint_digits.h"
@@ -94,10 +95,7 @@ class DigitDivision {
         }
         if (v[p - 1] == 0) return belowPower(v, p, s == 0, report);
         std::uint64_t turned = 0;  // E - rev(E), mod B
-        if (v[p - 1] >= mTop) {
-            const std::uint64_t estimate = (v[p - 1] * B + v[p - 2]) / mTop;
-            turned = estimate % B + B - estimate / B;
-        }
+        if (v[p - 1] >= mTop) turned = turn(v[p - 1] * B + v[p - 2]);
         const std::uint64_t k = mWrapped ? unwrap(v, p) : reduce(v);
         trim();
         return static_cast<Digit>((k + turned) % B);
@@ -108,15 +106,20 @@ class DigitDivision {
 
     // From B^j to B^(j+1), at first to B^n: remainder by D, and quotient mod B.
     void nextPower() {
-        if (mPowers.empty()) {
-            mPowers.assign(mN + 1 + kPowerRoom, 0);
-            mPower = &mPowers[kPowerRoom];
+        if (mPower == nullptr) {
+            const std::size_t size = mN + 1 + kPowerRoom;
+            if (size > std::size(mFewPowers)) {
+                mManyPowers.resize(size);
+                mPowers = mManyPowers.data();
+            }
+            std::fill_n(mPowers, size, Digit(0));
+            mPower = mPowers + kPowerRoom;
             // B^(n-1) is its own remainder unless it is D.
             mPower[mN - 1] = trimmedCount(mDivisor, mN - 1) == 0 && mTop == 1 ? 0 : 1;
             mPowerOf = mN - 1;
-        } else if (mPower == mPowers.data()) {
-            std::copy_backward(mPower, mPower + mN, mPowers.data() + kPowerRoom + mN);
-            mPower = &mPowers[kPowerRoom];
+        } else if (mPower == mPowers) {
+            std::copy_backward(mPower, mPower + mN, mPowers + kPowerRoom + mN);
+            mPower = mPowers + kPowerRoom;
             mPower[mN] = 0;
         }
         // Times B: the row moves down, a zero comes in below.
@@ -132,16 +135,30 @@ class DigitDivision {
     std::uint64_t mTop;
     std::uint64_t mDivisorHead = 0;  // the three digits on top
     std::uint64_t mHeadReciprocal;
+    std::uint64_t mTurnedHeads = 0, mTurn = B;  // E = 0 for 0
     bool mWrapped = false;
     bool mStepAdded = false;  // 1 + M to the wrapped rest
 
     static constexpr std::size_t kPowerRoom = 32;
-    std::vector<Digit> mPowers;        // room for the row of
+    Digit mFewPowers[96];              // room for the row of
+    std::vector<Digit> mManyPowers;    // or this, if that is not enough
+    Digit* mPowers = mFewPowers;       // the room in use
     Digit* mPower = nullptr;           // B^mPowerOf mod D, and a zero on top
     std::size_t mPowerOf = 0;          // 0 as long as none was needed
     std::uint64_t mPowerQuotient = 0;  // floor(B^mPowerOf / D) mod B
 
  private:
+    // E - rev(E), mod B, for the two digits on top. Most of the rests that wrap have
+    // the same two.
+    std::uint64_t turn(std::uint64_t heads) {
+        if (heads != mTurnedHeads) {
+            const std::uint64_t estimate = heads / mTop;
+            mTurn = estimate % B + B - estimate / B;
+            mTurnedHeads = heads;
+        }
+        return mTurn;
+    }
+
     void trim() {
         if (mRest[mLength - 1] == 0) --mLength;
     }
@@ -157,12 +174,32 @@ class DigitDivision {
         for (std::size_t i = 0; i < 4; ++i) head = head * B + (i <= mN ? v[mN - i] : 0);
         std::uint64_t k = std::min(byDivisorHead(head), B - 1);
         if (k == 0) return 0;
-        const std::uint64_t taken = Base::subtractTimes(v, mDivisor, mN, static_cast<unsigned>(k));
+        const std::uint64_t taken = Base::subtractTimes(v, mDivisor, mN, k);
         if (taken > v[mN]) {
             --k;
             Base::add(v, mDivisor, mN);
         }
         v[mN] = 0;
+        return k;
+    }
+
+    // v[0, n + 2) mod D in place, for v < D * (B + 1) * B; the quotient.
+    //
+    // The estimate is the quotient of the five digits on top by D's three, made in two
+    // steps. As above it is not below the quotient k, and exceeds it by less than
+    // k / B^2 + 1, here by two at the most.
+    std::uint64_t reduceTwo(Digit* v) const {
+        const auto at = [&](std::size_t below) -> std::uint64_t {
+            return below <= mN + 1 ? v[mN + 1 - below] : 0;
+        };
+        const std::uint64_t head = ((at(0) * B + at(1)) * B + at(2)) * B + at(3);
+        const std::uint64_t upper = byDivisorHead(head);
+        std::uint64_t k = upper * B + byDivisorHead((head - upper * mDivisorHead) * B + at(4));
+        if (k == 0) return 0;
+        const std::uint64_t taken = Base::subtractTimes(v, mDivisor, mN, k);
+        auto above = static_cast<std::int64_t>(v[mN + 1] * B + v[mN] - taken);
+        for (; above < 0; above += Base::add(v, mDivisor, mN)) --k;
+        v[mN] = v[mN + 1] = 0;
         return k;
     }
 
@@ -210,13 +247,12 @@ class DigitDivision {
             const unsigned borrow = Base::subtract(before, step, mN);
             Base::borrow(before + mN, p - 1 - mN, borrow);
         }
-        reduce(before);
+        // So that the sum has n + 1 digits, as this one has.
+        if (before[mN] == B - 1) reduce(before);
         nextPower();  // now B^(p-1) mod D
-        const unsigned carry = Base::add(before, mPower, mN);
-        if (carry != 0 || compareDigits(before, mDivisor, mN) >= 0)
-            Base::subtract(before, mDivisor, mN);
+        before[mN] = static_cast<Digit>(before[mN] + Base::add(before, mPower, mN));
         mWrapped = false;
-        return reduce(v);
+        return reduceTwo(v);
     }
 
     bool powerIsZero() const {

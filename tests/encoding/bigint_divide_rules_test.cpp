@@ -36,7 +36,7 @@ struct SmallBase {
         return in;
     }
     static unsigned subtract(Digit* a, const Digit* b, std::size_t count) {
-        return subtractTimes(a, b, count, 1);
+        return static_cast<unsigned>(subtractTimes(a, b, count, 1));
     }
     static unsigned borrow(Digit* a, std::size_t count, unsigned in) {
         for (std::size_t i = 0; i < count; ++i) {
@@ -46,10 +46,11 @@ struct SmallBase {
         }
         return in;
     }
-    static unsigned subtractTimes(Digit* a, const Digit* b, std::size_t count, unsigned factor) {
-        unsigned taken = 0;
+    static std::uint64_t subtractTimes(Digit* a, const Digit* b, std::size_t count,
+                                       std::uint64_t factor) {
+        std::uint64_t taken = 0;
         for (std::size_t i = 0; i < count; ++i) {
-            const unsigned product = b[i] * factor + taken;
+            const std::uint64_t product = b[i] * factor + taken;
             taken = product / Base + (a[i] < product % Base);
             a[i] = static_cast<Digit>((a[i] + Base - product % Base) % Base);
         }
