@@ -2,7 +2,8 @@
 //
 // A block is 64 bytes, of which the characters that begin among the first 60
 // are taken: so these lie in it whole, and no block waits for the one before.
-// Of the last 64 bytes all are taken. Nothing is read behind the text.
+// Nothing is read behind the text; what is in front of it in its page may be, but
+// does not count.
 //
 // Same results as the rules: a block is taken only if its bytes of the pattern
 // 10xxxxxx are exactly those that its lead bytes make followers, so that the
@@ -10,10 +11,11 @@
 // values that end a text or make it bad. All other blocks are left to the rules.
 
 #include "encoding/unicode_avx512.h"
+#include "encoding/unicode_avx512_pages.h"
 
 #if defined(__x86_64__)
 
-#include <algorithm>
+#include <cstring>
 
 namespace Vaskel::Avx512 {
 namespace {
@@ -100,84 +102,80 @@ struct Output {
     }
 };
 
-// The n characters of one byte and two that begin at leads.
-template <bool kWide>
-VASKEL_AVX512 inline void putBelow800(__m512i block, __m512i behind, std::uint64_t leads,
-                                      std::uint64_t two, std::size_t n, const Output<kWide>& output,
-                                      Byte* out) {
-    const __m512i top = _mm512_and_si512(_mm512_slli_epi16(block, 6), kept8(0xC0));
-    const __m512i bits = choose(kept8(0x3F), behind, top);
-    const __m512i lower = _mm512_mask_mov_epi8(block, two, bits);
-    const __m512i upper = _mm512_and_si512(_mm512_srli_epi16(block, 2), kept8(7));
-    output.putPlanes(_mm512_maskz_compress_epi8(leads, lower),
-                     _mm512_maskz_compress_epi8(leads, _mm512_maskz_mov_epi8(two, upper)),
-                     _mm512_setzero_si512(), n, out);
-}
-
 // Where the characters of a block are, a bit a byte.
 struct Characters {
-    std::uint64_t high;    // all bytes from 80 on
-    std::uint64_t follow;  // those behind a lead byte
+    std::uint64_t follow;  // bytes behind a lead byte
     std::uint64_t three;   // lead bytes of characters of three bytes or four
     std::uint64_t four;    // lead bytes of those of four
     std::uint64_t ends;    // last bytes
 };
 
-// The characters of the block at in, of which present is readable. Every value is
-// put together where its last byte is, from that one and those before it, the
-// lower eight bits apart from the others: then the bytes that are no last ones
-// are left out. Null if the rules have to look at one of the characters. What is in
-// front of the text is not read: no byte there counts.
+// The characters of the block at in. Every value is put together where its last byte
+// is, from that one and those before it, the lower eight bits apart from the others:
+// then the bytes that are no last ones are left out. Null if the rules have to look at
+// one of the characters. The bytes before are read whatever they are, so that nothing
+// waits for it; none in front of the text counts.
 //
 // In UTF-16 four bytes become two units. The low one stands where the last byte
 // is, with that byte's bits. The high one stands where the third byte is: it has
 // the bits 10 to 15 of the value and those above, less one, of which four count.
 template <bool kWide>
-VASKEL_AVX512 inline Byte* putCharacters(const Byte* in, __m512i block, std::uint64_t present,
-                                         Characters at, const Output<kWide>& output, Byte* out) {
+VASKEL_AVX512 VASKEL_READS_PAGE inline Byte* putCharacters(const Byte* in, __m512i block,
+                                                           __mmask64 high, Characters at,
+                                                           const Output<kWide>& output, Byte* out) {
     const std::uint64_t third = at.four << 2, fourth = at.four << 3;
-    // The byte before, and the one before that: none where they do not count.
-    const std::uint64_t second = kWide ? at.follow : at.follow & ~fourth;
-    const std::uint64_t last = kWide ? (at.three ^ at.four) << 2 | fourth : at.three << 2;
-    const __m512i p = _mm512_maskz_loadu_epi8(second & present, in - 1);
-    const __m512i q = _mm512_maskz_loadu_epi8(last & present, in - 2);
+    const __m512i p = _mm512_loadu_si512(in - 1);
     const __m512i bits = choose(kept8(0x3F), block, _mm512_slli_epi16(p, 6));
-    __m512i lower = _mm512_mask_mov_epi8(block, at.high, bits);
-    __m512i upper = choose(kept8(0xF), _mm512_srli_epi16(p, 2), _mm512_slli_epi16(q, 4));
-    __m512i top = _mm512_setzero_si512();
-    std::uint64_t keep = at.ends;
-    if (!kWide) {
-        // Surrogates and, as an overlong form makes it, zero.
-        const std::uint64_t checked = at.ends & ~fourth;
-        const __m512i all = _mm512_or_si512(lower, upper);
-        if ((_mm512_mask_testn_epi8_mask(checked, all, all) |
-             _mm512_mask_cmpeq_epi8_mask(checked, _mm512_and_si512(upper, kept8(0xF8)),
-                                         kept8(0xD8))) != 0)
-            return nullptr;
-    }
-    if (at.four != 0 && kWide) {
-        const __m512i r = _mm512_maskz_loadu_epi8(fourth & present, in - 3);
-        const __m512i planes = choose(kept8(3), _mm512_srli_epi16(q, 4), _mm512_slli_epi16(r, 2));
-        top = _mm512_and_si512(planes, _mm512_maskz_mov_epi8(fourth, kept8(0x1F)));
-    }
-    if (at.four != 0 && !kWide) {
-        // An overlong form is one unit or none.
-        const __m512i plane = andOr(q, kept8(7), _mm512_and_si512(p, kept8(0x30)));
-        if (_mm512_mask_testn_epi8_mask(third, plane, plane) != 0) return nullptr;
-        const __m512i less = _mm512_sub_epi8(p, kept8(0x10));
-        const __m512i lowerThird =
-            choose(kept8(3), _mm512_srli_epi16(block, 4), _mm512_slli_epi16(less, 2));
-        const __mmask64 borrows = _mm512_testn_epi8_mask(p, kept8(0x30));
-        const __m512i above = _mm512_mask_sub_epi8(q, borrows, q, kept8(1));
-        lower = _mm512_mask_mov_epi8(lower, third, lowerThird);
-        upper = _mm512_mask_mov_epi8(upper, third, andOr(above, kept8(3), kept8(0xD8)));
-        upper = _mm512_mask_mov_epi8(upper, fourth, kept8(0xDC));
-        keep |= third;
+    __m512i lower = _mm512_mask_mov_epi8(block, high, bits);
+    __m512i upper = _mm512_srli_epi16(p, 2), top = _mm512_setzero_si512();
+    std::uint64_t keep = bitsOf(at.ends);
+    if (at.three == 0) {
+        // Of overlong forms one is a zero.
+        if (!kWide && _mm512_cmpeq_epi8_mask(block, kept8(0xC0)) != 0) return nullptr;
+        upper = _mm512_maskz_mov_epi8(high, _mm512_and_si512(upper, kept8(7)));
+    } else {
+        const __m512i q = _mm512_loadu_si512(in - 2);
+        const std::uint64_t last =
+            bitsOf(kWide ? (at.three ^ at.four) << 2 | fourth : at.three << 2);
+        const __m512i q4 = _mm512_slli_epi16(_mm512_maskz_mov_epi8(last, q), 4);
+        upper = _mm512_maskz_mov_epi8(kWide ? at.follow : at.follow & ~fourth,
+                                      choose(kept8(0xF), upper, q4));
+        if (!kWide) {
+            // Surrogates and, as an overlong form makes it, zero.
+            const std::uint64_t checked = at.ends & ~fourth;
+            const __m512i all = _mm512_or_si512(lower, upper);
+            if (_kortestz_mask64_u8(
+                    _mm512_mask_testn_epi8_mask(checked, all, all),
+                    _mm512_mask_cmpeq_epi8_mask(checked, _mm512_and_si512(upper, kept8(0xF8)),
+                                                kept8(0xD8))) == 0)
+                return nullptr;
+        }
+        if (at.four != 0 && kWide) {
+            const __m512i r = _mm512_loadu_si512(in - 3);
+            const __m512i planes =
+                choose(kept8(3), _mm512_srli_epi16(q, 4), _mm512_slli_epi16(r, 2));
+            top = _mm512_maskz_compress_epi8(
+                keep, _mm512_and_si512(planes, _mm512_maskz_mov_epi8(fourth, kept8(0x1F))));
+        }
+        if (at.four != 0 && !kWide) {
+            // An overlong form is one unit or none.
+            const __m512i plane = andOr(q, kept8(7), _mm512_and_si512(p, kept8(0x30)));
+            if (_mm512_mask_testn_epi8_mask(third, plane, plane) != 0) return nullptr;
+            const __m512i less = _mm512_sub_epi8(p, kept8(0x10));
+            const __m512i lowerThird =
+                choose(kept8(3), _mm512_srli_epi16(block, 4), _mm512_slli_epi16(less, 2));
+            const __mmask64 borrows = _mm512_testn_epi8_mask(p, kept8(0x30));
+            const __m512i above = _mm512_mask_sub_epi8(q, borrows, q, kept8(1));
+            lower = _mm512_mask_mov_epi8(lower, third, lowerThird);
+            lower = _mm512_mask_sub_epi8(lower, fourth, block, kept8(0x80));
+            upper = _mm512_mask_mov_epi8(upper, third, andOr(above, kept8(3), kept8(0xD8)));
+            upper = _mm512_mask_mov_epi8(upper, fourth, kept8(0xDC));
+            keep |= third;
+        }
     }
     const std::size_t n = popcount(keep);
     output.putPlanes(_mm512_maskz_compress_epi8(keep, lower),
-                     _mm512_maskz_compress_epi8(keep, upper),
-                     kWide ? _mm512_maskz_compress_epi8(keep, top) : top, n, out);
+                     _mm512_maskz_compress_epi8(keep, upper), top, n, out);
     return out + (kWide ? 4 : 2) * n;
 }
 
@@ -209,39 +207,55 @@ VASKEL_AVX512 inline BlockStop putThrees(const Byte* in, const Byte* last, const
 }
 
 template <bool kWide>
-VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
-                                 ByteOrders orders) {
+VASKEL_AVX512 VASKEL_READS_PAGE BlockStop fromUtf8(const Byte* in, const Byte* last,
+                                                   const Byte* end, Byte* out, ByteOrders orders) {
     const Output<kWide> output(orders.big);
+    // With a block, three bytes in front of it are read. A shorter one, and a first one
+    // in whose page there are none, is read from elsewhere for that.
+    const Byte* const begin = in;
+    bool apart = reinterpret_cast<std::uintptr_t>(in) % 4096 < 3;
+    alignas(64) Byte room[64 + 64];
+    std::memset(room, 0, 64);
+    std::size_t size = kStarts;
+    std::uint64_t window = lowBits(kStarts);
     std::uint64_t carry = 0;  // the first bytes here that follow a lead byte before
     while (in <= last) {
         const auto left = static_cast<std::size_t>(end - in);
-        const std::size_t size = left < 64 ? left : 64;
         expect(in);
-        const __m512i block = _mm512_maskz_loadu_epi8(lowBits(size), in);
+        __m512i block;
+        if (left >= 64) [[likely]] {
+            block = _mm512_loadu_si512(in);
+        } else {
+            block = _mm512_maskz_loadu_epi8(lowBits(left), in);
+            size = left < kStarts ? left : kStarts;
+            window = lowBits(size);
+            apart = true;
+        }
         const __mmask64 highBytes = _mm512_movepi8_mask(block);
         const std::uint64_t high = bitsOf(highBytes);
         if ((high | carry) == 0) {
-            output.putAscii(block, size, out);
-            out += (kWide ? 4 : 2) * size;
-            in += size;
+            // What comes next is stored where cache lines begin.
+            const std::size_t beyond = reinterpret_cast<std::uintptr_t>(out) % 64;
+            const std::size_t count = left < 64 ? left : 64 - beyond / (kWide ? 4 : 2);
+            output.putAscii(block, count, out);
+            out += (kWide ? 4 : 2) * count;
+            in += count;
+            apart = false;
             continue;
         }
         const std::uint64_t cont = bitsOf(_mm512_cmplt_epi8_mask(block, kept8(0xC0)));
-        const std::uint64_t inWindow = left > 64 ? lowBits(kStarts) : lowBits(size);
-        const std::uint64_t two = high & ~cont & inWindow;
-        const std::uint64_t three = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xE0))) & inWindow;
-        const std::uint64_t leads = inWindow & ~cont;
-        std::uint64_t follow = carry | two << 1 | three << 2, lost = two >> 63 | three >> 62;
-        std::uint64_t four = 0;
+        const std::uint64_t two = (high ^ cont) & window;  // or more
+        const std::uint64_t three = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xE0))) & window;
+        std::uint64_t follow = carry | two << 1 | three << 2, four = 0;
         if (three != 0) {
-            four = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF0))) & inWindow;
+            four = bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF0))) & window;
             follow |= four << 3;
-            lost |= four >> 61;
-            if (four != 0 && (bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF8))) & inWindow) != 0)
+            if (four != 0 && (bitsOf(_mm512_cmpge_epu8_mask(block, kept8(0xF8))) & window) != 0)
                 break;
         }
         // Followers of a character that the window holds may lie behind it.
-        if (((follow & ~cont) | (cont & inWindow & ~follow) | lost) != 0) break;
+        const std::uint64_t here = window | follow;
+        if (((follow ^ cont) & here) != 0) break;
         const std::size_t skipped = popcount(carry);
         if ((three >> skipped & 0x249249249249) == 0x249249249249 && left >= skipped + 48) {
             // Threes only, from the first character that begins here on.
@@ -250,25 +264,23 @@ VASKEL_AVX512 BlockStop fromUtf8(const Byte* in, const Byte* last, const Byte* e
                 in = stop.in;
                 out = stop.out;
                 carry = 0;
+                apart = false;
                 continue;
             }
         }
-        // Of overlong forms of two bytes some are zeros.
-        if (three == 0 && (kWide || _mm512_cmpeq_epi8_mask(_mm512_and_si512(block, kept8(0xFE)),
-                                                           kept8(0xC0)) == 0)) {
-            const __m512i behind = _mm512_maskz_loadu_epi8(lowBits(size) >> 1, in + 1);
-            const std::size_t n = popcount(leads);
-            putBelow800(block, behind, leads, two, n, output, out);
-            out += (kWide ? 4 : 2) * n;
-        } else {
-            const Characters at = {highBytes, follow, three, four,
-                                   (leads | follow) & ~carry & ~(follow >> 1)};
-            Byte* const put = putCharacters(in, block, lowBits(size), at, output, out);
-            if (!put) break;
-            out = put;
+        const Byte* at = in;
+        if (apart) [[unlikely]] {
+            if (in != begin) std::memcpy(room + 60, in - 4, 4);
+            store(room + 64, block);
+            at = room + 64;
+            apart = false;
         }
-        carry = left > 64 ? follow >> kStarts : 0;
-        in += left > 64 ? kStarts : size;
+        const Characters characters = {follow, three, four, here & ~carry & ~(follow >> 1)};
+        Byte* const put = putCharacters(at, block, highBytes, characters, output, out);
+        if (!put) break;
+        out = put;
+        carry = follow >> size;
+        in += size;
     }
     return {in + popcount(carry), out};
 }

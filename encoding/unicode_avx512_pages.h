@@ -15,7 +15,7 @@
 namespace Vaskel {
 namespace Avx512 {
 
-// Reads bytes behind a text that are in the page of one that belongs to it.
+// Reads bytes behind a text or in front of it that are in the page of one of its own.
 #define VASKEL_READS_PAGE __attribute__((no_sanitize("address")))
 
 template <unsigned kUnit>
