@@ -11,7 +11,8 @@
 #include "raster/downsample_picks.h"
 
 #define VASKEL_AVX2 __attribute__((target("avx2,prfchw")))
-#define VASKEL_AVX2_INLINE __attribute__((target("avx2,prfchw"), always_inline)) inline
+#define VASKEL_AVX2_LAMBDA __attribute__((target("avx2,prfchw"), always_inline))
+#define VASKEL_AVX2_INLINE VASKEL_AVX2_LAMBDA inline
 
 namespace Vaskel {
 namespace {
@@ -29,24 +30,21 @@ VASKEL_AVX2_INLINE void fetch(const unsigned char* from, std::uintptr_t ahead) {
                  _MM_HINT_T1);
 }
 
-// A line is taken in four parts side by side: most of the time goes into
-// waiting for memory, and a CPU fetches several pages ahead, each by itself.
+// The next line that is picked from lies where a CPU does not look by itself; where
+// memory is slow, telling it takes off two fifths of the time.
 VASKEL_AVX2 void pixels(const DownsamplePicks& picks, const unsigned char* line,
                         std::uintptr_t ahead, std::uintptr_t taker, unsigned char* out) {
     // Gathers take signed places.
     if (picks.width > INT_MAX) return kPickTable.pixels(picks, line, ahead, taker, out);
     const std::uint32_t* const sources = picks.sources.data();
     const std::size_t n = picks.count;
-    const std::size_t part = n / 32 * 8;
-    for (std::size_t j = 0; j < part; j += 8)
-        for (std::size_t k = j; k < 4 * part; k += part) {
-            fetch(line + std::size_t{4} * sources[k], ahead);
-            fetch(line + std::size_t{4} * sources[k + 4], ahead);
-            if (taker != 0) __builtin_prefetch(reinterpret_cast<void*>(taker + 4 * k), 1);
-            eightPixels(sources + k, line, out + 4 * k);
-        }
-    std::size_t j = 4 * part;
-    for (; j + 8 <= n; j += 8) eightPixels(sources + j, line, out + 4 * j);
+    std::size_t j = 0;
+    for (; j + 8 <= n; j += 8) {
+        fetch(line + std::size_t{4} * sources[j], ahead);
+        fetch(line + std::size_t{4} * sources[j + 4], ahead);
+        if (taker != 0) __builtin_prefetch(reinterpret_cast<void*>(taker + 4 * j), 1);
+        eightPixels(sources + j, line, out + 4 * j);
+    }
     for (; j < n; ++j) std::memcpy(out + 4 * j, line + std::size_t{4} * sources[j], 4);
 }
 
@@ -59,15 +57,20 @@ VASKEL_AVX2 void bytes(const DownsamplePicks& picks, const unsigned char* line,
     const unsigned char* const places = picks.places.data();
     const std::size_t blocks = picks.taken.size();
     std::size_t done = 0;
-    for (std::size_t block = 0; block < blocks; ++block) {
-        fetch(line + kBlock * block, ahead);
-        const auto at = [&](const unsigned char* from) __attribute__((target("avx2"))) {
+    const auto take = [&](std::size_t block) VASKEL_AVX2_LAMBDA {
+        const auto at = [&](const unsigned char* from) VASKEL_AVX2_LAMBDA {
             return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + kBlock * block));
         };
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + done),
                          _mm_shuffle_epi8(at(line), at(places)));
         done += picks.taken[block];
+    };
+    std::size_t block = 0;
+    for (; block + 4 <= blocks; block += 4) {
+        fetch(line + kBlock * block, ahead);
+        for (std::size_t i = 0; i < 4; ++i) take(block + i);
     }
+    for (; block < blocks; ++block) take(block);
     for (; done < picks.count; ++done) out[done] = line[picks.sources[done]];
 }
 
