@@ -196,12 +196,12 @@ class BlockDivision : private DigitDivision<Base65536> {
         addDigits(window, product.data(), mN + count);
     }
 
-    // row has a limb more than the divisor, zeros on top: row * B mod D; the
-    // quotient.
-    Digit nextRow(Row& row) const {
-        std::copy_backward(row.begin(), row.end() - 1, row.end());
+    // row has size digits, a limb more than the divisor, zeros on top: row * B mod D;
+    // the quotient.
+    Digit nextRow(Digit* row, std::size_t size) const {
+        std::copy_backward(row, row + size - 1, row + size);
         row[0] = 0;
-        return static_cast<Digit>(mTrue.divideLimb(row.data()));
+        return static_cast<Digit>(mTrue.divideLimb(row));
     }
 
     // 2 * pairs places from s on; false, and nothing done, if one of them needs
@@ -210,24 +210,27 @@ class BlockDivision : private DigitDivision<Base65536> {
         const std::size_t count = 2 * pairs, p = mLength - (s + count - 1);
         while (mPowerOf < p - 1) nextPower();
         const std::size_t size = (mTrue.limbs() + 1) * kPerLimb;
+        const std::size_t window = mTrue.limbs() * kPerLimb + count + kPerLimb;
+        // All rows in one piece of memory, zeros at first.
+        mRows.assign((pairs + 2 + kPerLimb) + 3 * size + pairs + window + count + kPerLimb, 0);
         // k_(p-1) to k_(p+pairs), in rising order of places: k[i] is k_(p+pairs-i).
-        Row k(pairs + 2 + kPerLimb), first(size);
+        Digit *const k = mRows.data(), *const first = k + pairs + 2 + kPerLimb;
         k[pairs + 1] = static_cast<Digit>(mPowerQuotient);
-        std::copy_n(mPower, mN, first.begin());
-        k[pairs] = nextRow(first);
-        k[pairs - 1] = nextRow(first);  // and first is r_(p+1)
+        std::copy_n(mPower, mN, first);
+        k[pairs] = nextRow(first, size);
+        k[pairs - 1] = nextRow(first, size);  // and first is r_(p+1)
         // Its fraction's digits, k_(p+2) to k_(p+pairs-1), pairs - 2 of them.
-        Row lastRow(size + pairs);
-        std::copy_n(first.begin(), mN, lastRow.begin() + static_cast<std::ptrdiff_t>(pairs - 2));
-        mTrue.divide(lastRow.data(), (pairs - 2) / kPerLimb, k.data() + 1);
-        lastRow.resize(size);
-        if (trimmedCount(lastRow.data(), mN) == 0) return false;
-        Row beyond = lastRow;
-        k[0] = nextRow(beyond);
+        Digit *const lastRow = first + size, *const beyond = lastRow + size + pairs;
+        std::copy_n(first, mN, lastRow + pairs - 2);
+        mTrue.divide(lastRow, (pairs - 2) / kPerLimb, k + 1);
+        if (trimmedCount(lastRow, mN) == 0) return false;
+        std::copy_n(lastRow, mN, beyond);
+        k[0] = nextRow(beyond, size);
 
-        const Row kept(mRest + s, mRest + s + mTrue.limbs() * kPerLimb + count + kPerLimb);
-        if (!pairQuotients(mRest + s, pairs, first, k, quotient + s)) {
-            std::copy(kept.begin(), kept.end(), mRest + s);
+        Digit* const kept = beyond + size;
+        std::copy_n(mRest + s, window, kept);
+        if (!pairQuotients(mRest + s, pairs, first, k, quotient + s, kept + window)) {
+            std::copy_n(kept, window, mRest + s);
             return false;
         }
         const Digit turn = turnOf(0xFFFF0000);
@@ -237,15 +240,17 @@ class BlockDivision : private DigitDivision<Base65536> {
             report();
         }
         mLength -= pairs;
-        std::copy_n(lastRow.begin(), mN, mPower);
+        std::copy_n(lastRow, mN, mPower);
         mPowerOf = p - 1 + pairs;
         mPowerQuotient = k[1];
         return true;
     }
 
     // The quotients T of pairs of places as digits to base B^2; false if one of
-    // them may be B^2. The remainder stays in window. row is r_(p+1).
-    bool pairQuotients(Digit* window, std::size_t pairs, const Row& row, const Row& k, Digit* t) {
+    // them may be B^2. The remainder stays in window. row is r_(p+1); extra has zeros,
+    // a limb more than the places.
+    bool pairQuotients(Digit* window, std::size_t pairs, const Digit* row, const Digit* k, Digit* t,
+                       Digit* extra) {
         const std::size_t count = 2 * pairs;
         RunningSum sum(window, pairs - 1);
         for (std::size_t i = 0; i < mN + pairs - 1; ++i) {
@@ -266,8 +271,7 @@ class BlockDivision : private DigitDivision<Base65536> {
         mTrue.divide(window, count / kPerLimb, t);
         // What the rows had too much: place e of the sum has the digits
         // k_(p+1+j) for j from pairs - 1 - e to (2 pairs - 2 - e) / 2, not below 1.
-        Row extra(count + kPerLimb);
-        RunningSum rows(extra.data(), 0);
+        RunningSum rows(extra, 0);
         const auto digit = [&](std::size_t j) { return k[pairs - 1 - j]; };
         std::size_t low = pairs, high = pairs - 1;  // the digits in the sum: [low, high]
         for (std::size_t e = 0; e + 4 <= count; ++e) {
@@ -278,7 +282,7 @@ class BlockDivision : private DigitDivision<Base65536> {
             rows.addTo();
         }
         rows.finish();
-        const unsigned borrow = subtractDigits(t, extra.data(), count);
+        const unsigned borrow = subtractDigits(t, extra, count);
         // Exactly what the sum reached D * B^count by is a multiple of B^count.
         if (borrow > more) return false;
         for (std::size_t i = 0; i + 1 < pairs; ++i)
@@ -291,7 +295,7 @@ class BlockDivision : private DigitDivision<Base65536> {
     std::size_t mBlock = kFirstBlock;        // limbs of the next regular block
     std::size_t mPause = 0, mLastPause = 4;  // places until the next block
     unsigned mWrapFailures = 0;              // at most 4
-    Row mTurns;
+    Row mTurns, mRows;
 };
 
 }  // namespace
