@@ -27,7 +27,11 @@ constexpr WidthRange kRanges[] = {{1, 0, 2}, {2, 4, 6}, {3, 3, 5}, {4, 1, 4}, {5
 
 struct LengthWidths {
     TextWidths of[19];
-    unsigned char first[kUnitCount + 1];  // those of a unit without more decimals
+    std::uint16_t first[kUnitCount + 1];  // in bytes, those of a unit without more decimals
+
+    const TextWidths* ofRow(unsigned row) const {
+        return reinterpret_cast<const TextWidths*>(reinterpret_cast<const char*>(of) + first[row]);
+    }
 };
 
 constexpr LengthWidths makeLengthWidths() {
@@ -36,8 +40,9 @@ constexpr LengthWidths makeLengthWidths() {
     for (const WidthRange& range : kRanges) {
         for (int row = 0; row <= kUnitCount; ++row)
             if (kUnits[row].intDigits == range.intDigits)
-                widths.first[row] =
-                    static_cast<unsigned char>(at + kUnits[row].precision - range.leastDecimals);
+                widths.first[row] = static_cast<std::uint16_t>(
+                    sizeof(TextWidths) *
+                    static_cast<unsigned>(at + kUnits[row].precision - range.leastDecimals));
         for (int decimals = range.leastDecimals; decimals <= range.mostDecimals; ++decimals)
             widths.of[at++] = TextWidths::of(range.intDigits, decimals, true);
     }
@@ -48,7 +53,9 @@ constexpr LengthWidths kLengthWidths = makeLengthWidths();
 constexpr bool hasAllWidths() {
     for (int row = 0; row <= kUnitCount; ++row) {
         for (int more = 0; more <= kMostMore; ++more) {
-            const TextWidths& widths = kLengthWidths.of[kLengthWidths.first[row] + more];
+            const TextWidths& widths =
+                kLengthWidths.of[kLengthWidths.first[row] / sizeof(TextWidths) +
+                                 static_cast<unsigned>(more)];
             if (widths.intDigits != kUnits[row].intDigits ||
                 widths.decimals != kUnits[row].precision + more)
                 return false;
@@ -62,9 +69,8 @@ static_assert(hasAllWidths());
 template <class Distance>
 void lengthToText(Distance distance, const int& unit, int moreDecimals, char* out) {
     const double ppi = resolution();
-    const int row = unitRow(unit);
-    formatNumber(distance * gUnitFactors[row] / ppi, out,
-                 kLengthWidths.of[kLengthWidths.first[row] + moreDecimals]);
+    const auto row = static_cast<unsigned>(unitRow(unit));
+    formatNumber(distance * gUnitFactors[row] / ppi, out, kLengthWidths.ofRow(row)[moreDecimals]);
 }
 
 void distanceToText(const int* dist, const int& unit, int moreDecimals, char* out) {

@@ -79,7 +79,7 @@ constexpr Marks kMarks[] = {marksOf(0), marksOf(1), marksOf(2), marksOf(3), mark
 // first - 2, then digits. Each byte is its difference to a blank, so that
 // shifting brings in blanks.
 struct Frames {
-    std::uint64_t of[4][8];  // by TextWidths::signs / 32 + negative; by first, 2 to 7
+    std::uint64_t of[4][8];  // by TextWidths::signs / 32 + not negative; by first, 2 to 7
 };
 
 constexpr Frames makeFrames() {
@@ -87,7 +87,7 @@ constexpr Frames makeFrames() {
     for (int sign = 0; sign < 4; ++sign) {
         for (int first = 2; first < 8; ++first) {
             for (int at = first - 2; at < 8; ++at) {
-                const int byte = at == first - 2 ? "+- -"[sign] : '0';
+                const int byte = at == first - 2 ? "-+- "[sign] : '0';
                 frames.of[sign][first] |= static_cast<std::uint64_t>(byte ^ ' ') << (8 * at);
             }
         }
@@ -186,7 +186,7 @@ void placesInWord(bool negative, std::uint32_t n, char* out, const TextWidths& w
     const unsigned size = 2 * places - 6 + first - last;
 
     std::uint64_t text = ((digits & marks.upToUnits) >> 8) + (digits & ~marks.upToUnits);
-    text |= kFrames.of[widths.signs / 32 + negative][first];
+    text |= kFrames.of[widths.signs / 32 + !negative][first];
     text = (text ^ marks.point) << (8 * last);
 
     if (widths.upTo12) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstdint>
 #include <span>
 
@@ -19,16 +20,30 @@ namespace Vaskel {
 // the blanks.
 struct TextWidths {
     double unit;              // 10^decimals
+    std::uint64_t wideBits;   // see inWide
     std::uint32_t wordLimit;  // placesInWord takes numbers below; 0 for none
-    std::uint32_t wideLimit;  // formatNumberAvx512 does
+    std::uint32_t unitsBit;   // 2^decimals
     signed char intDigits;    // -1, or 1 .. 19 - decimals
     unsigned char decimals;   // 0 .. 9
     bool upTo12;              // texts in a word have 5 to 12 bytes with their terminator
     unsigned char signs;      // which signs, 32 of these apart: kPlusSigns or kBlankSigns
-    signed char skipped;      // of eight digits twice those that have no place, of wide texts
+    // Of wide texts: where among all of them the places of their digits begin and, so
+    // many bytes too far, their signs; and what the longest of them lacks of 32 bytes.
+    unsigned char placesAt, signsAt, shortBy;
 
-    static constexpr unsigned char kPlusSigns = 0;    // "+", and "-" 32 behind it
-    static constexpr unsigned char kBlankSigns = 64;  // " ", and "-" 32 behind it
+    static constexpr unsigned char kPlusSigns = 0;    // "-", and "+" 32 behind it
+    static constexpr unsigned char kBlankSigns = 64;  // "-", and " " 32 behind it
+
+    static constexpr int kWideRow = 32;  // bytes for the places of digits, by decimals
+    static constexpr int kSignsAhead = 4;
+
+    // The bits of a number without its sign, in the order of amounts; NaNs are highest.
+    static constexpr std::uint64_t amountBits(double value) {
+        return std::bit_cast<std::uint64_t>(value) << 1;
+    }
+    // Whether formatNumberAvx512 takes scaled, which is rounded to the nearest integer,
+    // and halves away from zero.
+    constexpr bool inWide(double scaled) const { return amountBits(scaled) < wideBits; }
 
     static constexpr TextWidths of(int intDigits, int decimals, bool plusSign) {
         constexpr double powers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
@@ -36,17 +51,22 @@ struct TextWidths {
         const int width = intDigits < 0 ? -1 : std::clamp(intDigits, 1, 19 - counted);
         const int places = width + counted;
         const auto limit = [&](bool fits, int digits) {
-            return width > 0 && fits ? static_cast<std::uint32_t>(powers[std::min(places, digits)])
-                                     : 0u;
+            return width > 0 && fits ? powers[std::min(places, digits)] : 0;
         };
+        const double wideLimit = limit(counted <= 6 && width + places + 1 <= 16, 8);
+        const int skipped = 2 * (8 - places);
         return {powers[counted],
-                limit(counted <= 5 && width + places + 1 <= 24, 6),
-                limit(counted <= 6 && width + places + 1 <= 16, 8),
+                wideLimit > 0 ? amountBits(wideLimit - 0.5) : 0,
+                static_cast<std::uint32_t>(limit(counted <= 5 && width + places + 1 <= 24, 6)),
+                1u << counted,
                 static_cast<signed char>(width),
                 static_cast<unsigned char>(counted),
                 width >= 2 && width + places + 2 <= 12,
                 plusSign ? kPlusSigns : kBlankSigns,
-                static_cast<signed char>(2 * (8 - places))};
+                static_cast<unsigned char>(kWideRow * counted + skipped),
+                static_cast<unsigned char>((plusSign ? kPlusSigns : kBlankSigns) + skipped +
+                                           kSignsAhead),
+                static_cast<unsigned char>(15 + skipped)};
     }
 };
 

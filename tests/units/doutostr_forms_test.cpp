@@ -100,8 +100,8 @@ TEST_CASE("doutostr: every form writes what the rule says, to the byte") {
             REQUIRE(writes(want, [&](char* out) { form.run(n / widths.unit, out, widths); }));
         }
         const std::uint32_t amount = amountOf(n);
-        neither += amount >= widths.wordLimit && amount >= widths.wideLimit;
-        wide += amount < widths.wideLimit;
+        neither += amount >= widths.wordLimit && !widths.inWide(amount);
+        wide += widths.inWide(amount);
         if (amount >= widths.wordLimit) continue;
         ++word;
         REQUIRE(writes(want, [&](char* out) { placesInWord(n < 0, amount, out, widths); }));
@@ -114,10 +114,12 @@ TEST_CASE("doutostr: every form writes what the rule says, to the byte") {
 TEST_CASE("doutostr: every form writes alike what a field in mm holds, and seven whole digits") {
     const TextWidths widths = TextWidths::of(4, 2, true);
     CHECK(widths.wordLimit == 1000000);
-    CHECK(widths.wideLimit == 1000000);
+    CHECK(widths.inWide(-999999));
+    CHECK_FALSE(widths.inWide(1000000));
     const TextWidths sevenDigits = TextWidths::of(7, 0, false);
     CHECK(sevenDigits.wordLimit == 1000000);
-    CHECK(sevenDigits.wideLimit == 10000000);
+    CHECK(sevenDigits.inWide(9999999));
+    CHECK_FALSE(sevenDigits.inWide(-10000000));
     for (const NumberForm& form : numberForms()) {
         CAPTURE(form.name);
         int differing = 0;
@@ -131,7 +133,8 @@ TEST_CASE("doutostr: every form writes alike what a field in mm holds, and seven
 // Rests of the digits' products come nearest to their limits at the ends of tens.
 TEST_CASE("doutostr: every form writes eight digits at the ends of tens and of their range") {
     const TextWidths widths = TextWidths::of(4, 4, true);
-    CHECK(widths.wideLimit == 100000000);
+    CHECK(widths.inWide(99999999));
+    CHECK_FALSE(widths.inWide(100000000));
     for (const NumberForm& form : numberForms()) {
         CAPTURE(form.name);
         int differing = 0, count = 0;
@@ -173,8 +176,12 @@ TEST_CASE("doutostr: every form rounds as the host does, beside every half and i
         for (double v : {half, std::nextafter(half, -kInfinity), std::nextafter(half, kInfinity)})
             values.insert(values.end(), {v, -v, v / 100, -v / 10000});
     }
+    for (double power = 1; power < 1e10; power *= 10)
+        for (double v :
+             {power - 0.5, std::nextafter(power - 0.5, 0.0), std::nextafter(power - 0.5, 1e10)})
+            values.insert(values.end(), {v, -v, v / 100, -v / 100, v / 10000, -v / 10000});
     values.insert(values.end(),
-                  {0.49999999999999994, -0.49999999999999994, 999999.5, -999999.5,
+                  {0.0, -0.0, 0.49999999999999994, -0.49999999999999994, 999999.5, -999999.5,
                    99999.499999999985, 1e9, -1e300, 2147483647.5, -2147483648.5, 4294967296.0,
                    -kInfinity, std::numeric_limits<double>::quiet_NaN()});
     for (const int mode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
