@@ -29,15 +29,18 @@ int enoughChanges(const Pemmit::Path* path) {
 
 bool differ(const WalkPoint& a, const WalkPoint& b) { return std::memcmp(&a, &b, sizeof a) != 0; }
 
-// Whether a run has enough points that differ from the one before, the first one
-// counted. Mostly the first ones do.
-bool hasChanges(const PointRun& run, int enough) {
-    if (run.count >= kClosedChanges && differ(run[0], run[1]) && differ(run[1], run[2]) &&
-        differ(run[2], run[3]))
-        return true;
+[[gnu::noinline]] bool countsChanges(const PointRun& run, int enough) {
     int changes = run.count > 0 ? 1 : 0;
     for (int i = 1; i < run.count && changes < enough; ++i) changes += differ(run[i], run[i - 1]);
     return changes >= enough;
+}
+
+// Whether a run has enough points that differ from the one before, the first one
+// counted. Mostly the first ones do.
+[[gnu::always_inline]] inline bool hasChanges(const PointRun& run, int enough) {
+    const bool begins = run.count >= kClosedChanges && differ(run[0], run[1]) &&
+                        differ(run[1], run[2]) && differ(run[2], run[3]);
+    return begins || countsChanges(run, enough);
 }
 
 // Feeds the walked points themselves and returns the last one of an open outline.

@@ -118,12 +118,18 @@ class SimplifyFast {
     Pemmit::Path* finish(const WalkPoint& last);
 
  private:
-    // Mostly a few: a call would take longer.
+    // Mostly a few: a call would take longer. The last four perhaps a second time.
     static void copyPoints(WalkPoint* to, const WalkPoint* from, int count) {
-        int i = 0;
-        for (; i + 1 < count; i += 2)
-            std::memcpy(static_cast<void*>(to + i), from + i, 2 * sizeof(WalkPoint));
-        if (i < count) to[i] = from[i];
+        constexpr int kFour = 4;
+        const auto copyFour = [&](int i) {
+            std::memcpy(static_cast<void*>(to + i), from + i, kFour * sizeof(WalkPoint));
+        };
+        if (count < kFour) {
+            for (int i = 0; i < count; ++i) to[i] = from[i];
+            return;
+        }
+        for (int i = 0; i < count - kFour; i += kFour) copyFour(i);
+        copyFour(count - kFour);
     }
 
     void addAny(const PointRun& run);
