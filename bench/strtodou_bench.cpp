@@ -4,7 +4,6 @@
 #include <benchmark/benchmark.h>
 
 #include <charconv>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -84,14 +83,6 @@ void registerNumbers() {
         add(name("vaskel_plain_scan"), all, [](const std::string& text) {
             const char* cursor = text.c_str();
             return Vaskel::scanNumberPlain(&cursor);
-        });
-        // Where the text ends, which no length tells, byte by byte, and the bytes in
-        // a number, whatever they are.
-        add(name("least_digits"), all, [](const std::string& text) {
-            std::uint64_t number = 0;
-            for (const char* s = text.c_str(); *s != '\0'; ++s)
-                number = number * 10 + static_cast<unsigned char>(*s);
-            return number;
         });
         add(name("strtod"), all,
             [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
