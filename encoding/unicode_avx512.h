@@ -193,13 +193,13 @@ VASKEL_AVX512 inline Byte* putUtf8Below800(__m512i units, Byte* out) {
     return out + popcount(keep);
 }
 
-/// Where to take the bytes of a vector from: groups of some bytes are taken from
-/// those from every step-th byte on.
+/// Where to take the bytes of a vector from, or of two: groups of some bytes are taken
+/// from those from every step-th byte on. Places behind the last one begin anew.
 struct Places {
     Byte bytes[64] = {};
     constexpr Places(unsigned group, unsigned step, unsigned taken) {
         for (unsigned i = 0; i < 64; ++i)
-            bytes[i] = static_cast<Byte>((i / group * step + i % group % taken) % 64);
+            bytes[i] = static_cast<Byte>(i / group * step + i % group % taken);
     }
 };
 alignas(64) inline constexpr Places kPlaces(1, 1, 1), kLanes(4, 1, 1);

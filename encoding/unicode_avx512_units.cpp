@@ -40,6 +40,12 @@ VASKEL_AVX512 inline __m512i asciiPlaces(bool big) {
     return placesOf(places, big ? kUnit - 1 : 0);
 }
 
+// The lower halves of 32-bit values of two vectors, as units in the machine's order.
+VASKEL_AVX512 inline __m512i lowUnits(bool big) {
+    alignas(64) static constexpr Places places(2, 4, 2);
+    return placesOf(places, big ? 3 : 0);
+}
+
 // To UTF-32 or, not wide, to UTF-8.
 template <bool kWide>
 VASKEL_AVX512 BlockStop fromUtf16(const Byte* in, const Byte* last, const Byte* end, Byte* out,
@@ -139,22 +145,32 @@ BlockStop utf16ToUtf32(const Byte* in, const Byte* last, const Byte* end, Byte* 
 VASKEL_AVX512 BlockStop utf32ToUtf8(const Byte* in, const Byte* last, const Byte* end, Byte* out,
                                     ByteOrders orders) {
     const __m512i inOrder = unitOrder32(orders.inBig);
-    const __m512i ascii = asciiPlaces<4>(orders.inBig);
-    const __m512i notAscii = all32(as32(0xFFFFFF80, orders.inBig));
+    const __m512i ascii = asciiPlaces<4>(orders.inBig), units = lowUnits(orders.inBig);
+    const auto bits = [&](unsigned value)
+                          VASKEL_AVX512 { return kept(all32(as32(value, orders.inBig))); };
+    const __m512i notAscii = bits(0xFFFFFF80), from800 = bits(0xFFFFF800), bad = bits(0xFFE00000);
     while (in <= last) {
-        const std::size_t count = std::min<std::size_t>(static_cast<std::size_t>(end - in) / 4, 16);
+        const auto left = static_cast<std::size_t>(end - in) / 4;
         expect(in);
-        const __m512i raw = _mm512_maskz_loadu_epi32(low16(count), in);
+        expect(in + 64);
+        const __m512i a = _mm512_maskz_loadu_epi32(low16(left), in);
+        const __m512i b = left > 16 ? _mm512_maskz_loadu_epi32(low16(left - 16), in + 64)
+                                    : _mm512_setzero_si512();
+        const __m512i any = _mm512_or_si512(a, b);
+        const std::size_t count = std::min<std::size_t>(left, 32);
         in += 4 * count;
-        if (_mm512_test_epi32_mask(raw, notAscii) == 0) {
-            const __m512i bytes = _mm512_permutexvar_epi8(ascii, raw);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm512_castsi512_si128(bytes));
+        if (_mm512_test_epi32_mask(any, notAscii) == 0) {
+            store(out, _mm512_castsi512_si256(_mm512_permutex2var_epi8(a, ascii, b)));
             out += count;
             continue;
         }
-        const __m512i values = _mm512_shuffle_epi8(raw, inOrder);
-        if (_mm512_cmpge_epu32_mask(values, all32(0x200000)) != 0) return {};
-        out = putUtf8(values, out);
+        if (_mm512_test_epi32_mask(any, from800) == 0) {
+            out = putUtf8Below800(_mm512_permutex2var_epi8(a, units, b), out);
+            continue;
+        }
+        if (_mm512_test_epi32_mask(any, bad) != 0) return {};
+        out = putUtf8(_mm512_shuffle_epi8(a, inOrder), out);
+        out = putUtf8(_mm512_shuffle_epi8(b, inOrder), out);
     }
     return {in, out};
 }
