@@ -42,8 +42,9 @@ namespace Vaskel {
 
 void replicateFrom(std::size_t first, const Replication& replication, const unsigned int* line,
                    unsigned char* out) {
-    for (std::size_t j = first; j < replication.sources.size(); ++j)
-        std::memcpy(out + 4 * j, line + replication.sources[j], 4);
+    const std::uint32_t* const sources = replication.sources.data();
+    for (std::size_t j = first, n = replication.sources.size(); j < n; ++j)
+        std::memcpy(out + 4 * j, line + sources[j], 4);
 }
 
 namespace {
