@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "fonts/glyph_drawing.h"
+#include "fonts/outline_forms.h"
 #include "fonts/type1_program.h"
 #include "vaskel/fonts.h"
 
@@ -162,18 +162,12 @@ void realFont(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 256);
 }
 
-// form: which of the forms of drawing, the best one if it is negative.
-template <int form>
 void drawing(benchmark::State& state) {
-    const auto forms = Fonts::glyphForms();
-    if (form >= static_cast<int>(forms.size())) return state.SkipWithError("not for this CPU");
-    Fonts::forceGlyphForm(form < 0 ? nullptr : &forms[static_cast<std::size_t>(form)]);
     for (auto _ : state) {
         Type1Font font("Bench");
         drawCurves(font, state.range(0));
         benchmark::DoNotOptimize(font);
     }
-    Fonts::forceGlyphForm(nullptr);
     state.SetItemsProcessed(state.iterations() * kGlyphs * state.range(0));
 }
 
@@ -187,23 +181,32 @@ void embeddingForm(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * font.getLength());
 }
 
-template <std::size_t (Type1Program::*append)(Type1Program::Bytes&) const>
+// form: which of the forms of encoding, the best one if it is negative.
+template <int form>
 void privatePart(benchmark::State& state) {
+    const auto forms = Fonts::outlineForms();
+    if (form >= static_cast<int>(forms.size())) return state.SkipWithError("not for this CPU");
+    Fonts::forceOutlineForm(form < 0 ? nullptr : &forms[static_cast<std::size_t>(form)]);
+    Type1Font font("Bench");
+    drawCurves(font, state.range(0));
+    const Type1Program program(font);
+    for (auto _ : state) benchmark::DoNotOptimize(program.makePrivate().bytes.get());
+    Fonts::forceOutlineForm(nullptr);
+    state.SetBytesProcessed(state.iterations() * font.getCharProcsLength());
+}
+
+void privatePlain(benchmark::State& state) {
     Type1Font font("Bench");
     drawCurves(font, state.range(0));
     const Type1Program program(font);
     Type1Program::Bytes bytes;
     for (auto _ : state) {
         bytes.clear();
-        (program.*append)(bytes);
+        program.appendPrivatePlain(bytes);
         benchmark::DoNotOptimize(bytes.data());
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
 }
-void privatePlain(benchmark::State& state) {
-    privatePart<&Type1Program::appendPrivatePlain>(state);
-}
-void privateFast(benchmark::State& state) { privatePart<&Type1Program::appendPrivate>(state); }
 
 // A font's disassembly in a folder of its own, and t1asm at work on it.
 class Assembly {
@@ -320,11 +323,10 @@ void t1asmInvented(benchmark::State& state) {
     t1asm(state, font);
 }
 
-BENCHMARK(drawing<-1>)->Name("draw/vaskel")->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(drawing<0>)->Name("draw/vaskel_plain")->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(drawing<1>)->Name("draw/vaskel_sse2")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(drawing)->Name("draw/vaskel")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(embeddingForm)->Name("assemble/vaskel")->Arg(10)->Arg(40)->Arg(1000);
-BENCHMARK(privateFast)->Name("private_part/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(privatePart<-1>)->Name("private_part/vaskel")->Arg(10)->Arg(40)->Arg(1000);
+BENCHMARK(privatePart<1>)->Name("private_part/vaskel_sse2")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(privatePlain)->Name("private_part/vaskel_plain")->Arg(10)->Arg(40)->Arg(1000);
 BENCHMARK(t1asmInvented)->Name("assemble/t1asm")->Arg(10)->Arg(40)->Arg(1000)->UseManualTime();
 BENCHMARK(realFont)->Name("real_glyphs/vaskel/256");

@@ -27,9 +27,10 @@ target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 # one waits for is compiled for size: where it is signals and callbacks of Boost,
 # that halves it. Loops of a few turns are not written out where that takes more
 # than 60 instructions (GCC's own limit is 200): only wide forms and number fields gain
-# by more, and wide forms for short texts by none of it. Nothing is aligned but the
-# beginnings of loops, and what rarely runs stays in its function, since each part of a
-# function is described once more for exceptions.
+# by more, and wide forms for short texts and for outlines, which are encoded while keys
+# are waited for, by none of it. Nothing is aligned but the beginnings of loops, and what
+# rarely runs stays in its function, since each part of a function is described once more
+# for exceptions.
 set(vaskel_medium -O2)
 set(vaskel_fast -O3)
 set(vaskel_small -Os)
@@ -55,7 +56,7 @@ set(vaskel_loops
 set(vaskel_written_out units/strtodou.cpp)
 set(vaskel_wide)
 foreach(source IN LISTS vaskel_sources)
-    if(source MATCHES "_(avx2|avx512|x86)" AND NOT source MATCHES "_short")
+    if(source MATCHES "_(avx2|avx512|x86)" AND NOT source MATCHES "_short|outline_")
         file(RELATIVE_PATH source ${PROJECT_SOURCE_DIR} ${source})
         list(APPEND vaskel_wide ${source})
     endif()
@@ -71,7 +72,8 @@ set(vaskel_unhurried
     raster/downsample_estimate.cpp raster/downsampler.cpp raster/lines_ahead.cpp
     raster/replicate.cpp raster/upsampler.cpp
     colour/cmyk_rgb.cpp colour/hsb.cpp colour/hsl.cpp colour/link_chain.cpp
-    fonts/charstring.cpp fonts/standard_names.cpp fonts/text_out.cpp fonts/type1_font.cpp
+    fonts/charstring.cpp fonts/outline.cpp fonts/standard_names.cpp fonts/text_out.cpp
+    fonts/type1_font.cpp fonts/type1_private.cpp
     encoding/unicode.cpp encoding/unicode_plain.cpp encoding/unicode_tables.cpp
     util/cpu.cpp util/popup_data_model.cpp)
 function(vaskel_optimise level)

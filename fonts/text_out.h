@@ -14,6 +14,9 @@ void appendText(std::vector<unsigned char>& out, std::string_view text);
 void appendBytes(std::vector<unsigned char>& out, const unsigned char* bytes, std::size_t count);
 void appendNumber(std::vector<unsigned char>& out, long long value);
 
+/// Writes up to 20 digits and returns the end.
+unsigned char* copyNumber(std::size_t value, unsigned char* out);
+
 }  // namespace Fonts
 
 #endif

@@ -1,9 +1,12 @@
 // A font's glyphs and numbers; type1_program.cpp makes the program of them.
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "fonts/standard_names.h"
+#include "fonts/type1_program.h"
 #include "platform/orlune.h"
 #include "vaskel/fonts.h"
 
@@ -22,11 +25,30 @@ std::string glyphName(unsigned char code, const std::string& given, bool standar
 
 }  // namespace
 
+// Room for a few glyphs: a font of 256 takes and gives back 32 blocks, and one of a few
+// at most seven glyphs that it does not need.
+struct Type1Font::GlyphBlock {
+    static constexpr std::size_t kCount = 8;
+
+    std::unique_ptr<GlyphBlock> before;
+    std::size_t used = 0;
+    alignas(Type1Glyph) unsigned char room[kCount][sizeof(Type1Glyph)];
+
+    explicit GlyphBlock(std::unique_ptr<GlyphBlock>&& blocks) : before(std::move(blocks)) {}
+    ~GlyphBlock() {
+        while (used != 0)
+            std::launder(reinterpret_cast<Type1Glyph*>(room[--used]))->Type1Glyph::~Type1Glyph();
+    }
+    GlyphBlock(const GlyphBlock&) = delete;
+    GlyphBlock& operator=(const GlyphBlock&) = delete;
+};
+
 Type1Font::Type1Font(std::string&& name)
     : mName(std::move(name)),
       mHeaderLength(0),
       mCharProcsLength(0),
       mZeroesLength(0),
+      mGlyphs{},
       mWidths{},
       mAscent(0),
       mDescent(0),
@@ -36,16 +58,22 @@ Type1Font::~Type1Font() = default;
 
 bool Type1Font::addChar(unsigned char code, const std::string& name) {
     if (mGlyphs[code]) return false;
-    auto glyph = std::make_unique<Type1Glyph>(glyphName(code, name, mMacRomanEncoding));
+    std::string own = glyphName(code, name, mMacRomanEncoding);
+    if (!mBlocks || mBlocks->used == GlyphBlock::kCount) {
+        // In two steps: a block that there is no memory for must not take the others along.
+        void* const memory = ::operator new(sizeof(GlyphBlock));
+        mBlocks.reset(new (memory) GlyphBlock(std::move(mBlocks)));
+    }
+    auto* const glyph = new (mBlocks->room[mBlocks->used++]) Type1Glyph(std::move(own));
     glyph->mWidth = mWidths[code];
-    mGlyphs[code] = std::move(glyph);
+    mGlyphs[code] = glyph;
     mData.clear();
     return true;
 }
 
 Type1Glyph* Type1Font::editChar(unsigned char code) {
     mData.clear();
-    return mGlyphs[code].get();
+    return mGlyphs[code];
 }
 
 bool Type1Font::hasChar(unsigned char code) const { return mGlyphs[code] != nullptr; }
@@ -73,17 +101,10 @@ std::string Type1Font::getCharEncoding(unsigned char code) const {
 const char* Type1Font::getName() const { return mName.c_str(); }
 
 Rectangle Type1Font::getBoundingBox() const {
-    Rectangle box{0, 0, 0, 0};
-    bool first = true;
-    for (const auto& glyph : mGlyphs) {
-        if (!glyph) continue;
-        const Rectangle own = glyph->getBoundingBox();
-        box = first ? own
-                    : Rectangle{std::min(box.top, own.top), std::min(box.left, own.left),
-                                std::max(box.bottom, own.bottom), std::max(box.right, own.right)};
-        first = false;
-    }
-    return box;
+    BoxUnion box;
+    for (const Type1Glyph* const glyph : mGlyphs)
+        if (glyph) box.add(boxOf(glyph->outline()));
+    return box.box();
 }
 
 bool Type1Font::isBase14Font(const char* const* names) const {

@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 #include "fonts/charstring.h"
+#include "fonts/outline_forms.h"
+#include "fonts/private_cipher.h"
 #include "fonts/text_out.h"
 #include "fonts/type1_program.h"
 
@@ -31,6 +32,8 @@ constexpr std::string_view kTail =
     "dup /FontName get exch definefont pop\n"
     "mark currentfile closefile\n";
 
+constexpr std::string_view kEntryEnd = " ND\n";
+
 // An empty glyph of width 0, for every code without one.
 constexpr std::string_view kNotdefEntry = "/.notdef 8 RD ";
 constexpr unsigned char kNotdef[] = {'s', 'i', 'r', 'k', 139, 139, kHsbw, kEndchar};
@@ -38,23 +41,8 @@ constexpr unsigned char kNotdef[] = {'s', 'i', 'r', 'k', 139, 139, kHsbw, kEndch
 // "/", " ", the length, " RD ", lead, side bearing, width, hsbw, endchar, " ND\n".
 constexpr std::size_t kEntryFrame = 1 + 1 + 20 + 4 + kLeadBytes + 1 + kLongestNumber + 1 + 1 + 4;
 
-// Encryption with the key in the upper half of a word: no masks, and one
-// multiplication instead of two between a byte and the next. Same bytes: with
-// K = r * 2^16, K >> 24 is r >> 8, and modulo 2^32
-//   cipher * (c1 * 2^16) + (K * c1 + c2 * 2^16) = ((cipher + r) * c1 + c2) * 2^16.
-class WideEncryption {
- public:
-    explicit constexpr WideEncryption(std::uint16_t key) : mKey(std::uint32_t{key} << 16) {}
-
-    constexpr unsigned char encrypt(unsigned char plain) {
-        const std::uint32_t cipher = plain ^ (mKey >> 24);
-        mKey = cipher * (52845u << 16) + (mKey * 52845u + (22719u << 16));
-        return static_cast<unsigned char>(cipher);
-    }
-
- private:
-    std::uint32_t mKey;
-};
+// The count of entries and " dict dup begin\n".
+constexpr std::size_t kCountFrame = 20 + 16;
 
 // What every private part begins with, ready for use, and the key behind it.
 struct ReadyHead {
@@ -67,7 +55,7 @@ struct ReadyHead {
         for (const char c : kHead) cipher[at++] = after.encrypt(static_cast<unsigned char>(c));
     }
 };
-constexpr ReadyHead kReadyHead;
+constinit const ReadyHead kReadyHead;
 
 constexpr auto kNotdefCipher = [] {
     std::array<unsigned char, sizeof kNotdef> cipher{};
@@ -77,61 +65,78 @@ constexpr auto kNotdefCipher = [] {
     return cipher;
 }();
 
-// Writes the private part, encrypted for eexec, into memory of sufficient size.
+// What every private part ends with, from the end of the last glyph's entry on.
+constexpr auto kReadyTail = [] {
+    std::array<unsigned char, kEntryEnd.size() + kNotdefEntry.size() + kNotdefCipher.size() +
+                                  kEntryEnd.size() + kTail.size()>
+        tail{};
+    auto* at = std::copy(kEntryEnd.begin(), kEntryEnd.end(), tail.begin());
+    at = std::copy(kNotdefEntry.begin(), kNotdefEntry.end(), at);
+    at = std::copy(kNotdefCipher.begin(), kNotdefCipher.end(), at);
+    at = std::copy(kEntryEnd.begin(), kEntryEnd.end(), at);
+    std::copy(kTail.begin(), kTail.end(), at);
+    return tail;
+}();
+
+// Byte by byte: the texts are short.
+unsigned char* copyText(std::string_view text, unsigned char* out) {
+    for (const char c : text) *out++ = static_cast<unsigned char>(c);
+    return out;
+}
+
+// Writes the private part, encrypted for eexec.
 class PrivateWriter {
  public:
-    explicit PrivateWriter(unsigned char* at)
-        : mAt(std::copy(kReadyHead.cipher.begin(), kReadyHead.cipher.end(), at)),
-          mEexec(kReadyHead.after) {}
+    // size: of all between what is ready, as long as numbers of two bytes make it.
+    explicit PrivateWriter(std::size_t size)
+        : mSize(size + kReadyHead.cipher.size() + kReadyTail.size()),
+          mBytes(new unsigned char[mSize]),
+          mEnd{std::copy(kReadyHead.cipher.begin(), kReadyHead.cipher.end(), mBytes.get()),
+               kReadyHead.after},
+          mFast(outlineForm()) {}
 
-    // Not inline: a byte waits for the one before for so long that a call costs
-    // nothing. The state is copied, as in charstring.
-    [[gnu::noinline]] void text(std::string_view text) {
-        WideEncryption key = mEexec;
-        unsigned char* at = mAt;
-        for (const char c : text) *at++ = key.encrypt(static_cast<unsigned char>(c));
-        mEexec = key;
-        mAt = at;
-    }
-    void number(std::size_t value) {
-        char digits[20];
-        text({digits, std::to_chars(digits, digits + sizeof digits, value).ptr});
-    }
-    void bytes(const unsigned char* from, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) *mAt++ = mEexec.encrypt(from[i]);
-    }
-    // The two encryptions wait for each other only at their beginning, so a
-    // byte takes the time of one. The writer's state is copied: what is written
-    // might otherwise be the state itself, for all the compiler knows.
-    [[gnu::noinline]] void charstring(WideEncryption& key, const unsigned char* from,
-                                      std::size_t count) {
-        WideEncryption inner = key, outer = mEexec;
-        unsigned char* at = mAt;
-        for (std::size_t i = 0; i < count; ++i) at[i] = outer.encrypt(inner.encrypt(from[i]));
-        key = inner;
-        mEexec = outer;
-        mAt = at + count;
+    void text(Plain text) {
+        makeRoom(text.size());
+        encryptText(mEnd, text);
     }
 
-    unsigned char* end() const { return mAt; }
+    // Writes a charstring, and encodes next at out meanwhile.
+    Encoded charstring(Plain charstring, const Outline& next, unsigned char* out) {
+        makeRoom(charstring.size());
+        return (next.points != nullptr ? mFast : encodeBesidePlain)(out, next, mEnd, charstring);
+    }
+
+    PrivatePart part(const BoxUnion& box) && {
+        const std::size_t length = written();
+        return {std::move(mBytes), length, box};
+    }
 
  private:
-    unsigned char* mAt;
-    WideEncryption mEexec;
+    std::size_t written() const { return static_cast<std::size_t>(mEnd.at - mBytes.get()); }
+
+    // Longer numbers need more room than was thought.
+    void makeRoom(std::size_t count) {
+        if (mSize - written() >= count) [[likely]]
+            return;
+        const std::size_t size = 2 * mSize + count;
+        std::unique_ptr<unsigned char[]> more(new unsigned char[size]);
+        mEnd.at = std::copy_n(mBytes.get(), written(), more.get());
+        mBytes = std::move(more);
+        mSize = size;
+    }
+
+    std::size_t mSize;
+    std::unique_ptr<unsigned char[]> mBytes;
+    PrivateEnd mEnd;
+    EncodeBeside mFast;
 };
 
 }  // namespace
 
-std::size_t Type1Program::privateSize() const {
-    std::size_t size = kReadyHead.cipher.size() + kTail.size() + 40 + kEntryFrame;
-    for (const auto& glyph : mFont.mGlyphs)
-        if (glyph) size += kEntryFrame + glyph->mName.size() + glyph->mLength;
-    return size;
-}
-
 int Type1Program::entryCount() const {
-    return 1 + static_cast<int>(std::count_if(std::begin(mFont.mGlyphs), std::end(mFont.mGlyphs),
-                                              [](const auto& glyph) { return glyph != nullptr; }));
+    return 1 + static_cast<int>(
+                   std::count_if(std::begin(mFont.mGlyphs), std::end(mFont.mGlyphs),
+                                 [](const Type1Glyph* glyph) { return glyph != nullptr; }));
 }
 
 std::size_t Type1Program::appendPrivatePlain(Bytes& out) const {
@@ -140,7 +145,7 @@ std::size_t Type1Program::appendPrivatePlain(Bytes& out) const {
     appendText(out, kHead);
     appendNumber(out, entryCount());
     appendText(out, " dict dup begin\n");
-    for (const auto& glyph : mFont.mGlyphs)
+    for (const Type1Glyph* const glyph : mFont.mGlyphs)
         if (glyph) glyph->appendData(out);
     appendText(out, kNotdefEntry);
     const std::size_t notdef = out.size();
@@ -153,35 +158,46 @@ std::size_t Type1Program::appendPrivatePlain(Bytes& out) const {
     return length;
 }
 
-std::size_t Type1Program::appendPrivate(Bytes& out) const {
-    const std::size_t begin = out.size();
-    out.resize(begin + privateSize());
-    PrivateWriter writer(out.data() + begin);
-    writer.number(static_cast<std::size_t>(entryCount()));
-    writer.text(" dict dup begin\n");
-    for (const auto& glyph : mFont.mGlyphs) {
+PrivatePart Type1Program::makePrivate() const {
+    std::size_t size = kCountFrame;
+    std::size_t longest = kCountFrame;
+    for (const Type1Glyph* const glyph : mFont.mGlyphs) {
         if (!glyph) continue;
-        unsigned char head[Type1Glyph::kHeadRoom];
-        const std::size_t headLength = glyph->writeHead(head);
-        const unsigned char endchar = kEndchar;
-        writer.text("/");
-        writer.text(glyph->mName);
-        writer.text(" ");
-        writer.number(headLength + glyph->mLength + 1);
-        writer.text(" RD ");
-        WideEncryption key(Encryption::kCharstringKey);
-        writer.charstring(key, head, headLength);
-        writer.charstring(key, glyph->mOutline, glyph->mLength);
-        writer.charstring(key, &endchar, 1);
-        writer.text(" ND\n");
+        const Outline outline = glyph->outline();
+        const std::size_t frame = kEntryFrame + glyph->mName.size();
+        size += frame + 4 * outline.pointCount + outline.stepCount;
+        longest = std::max(longest, frame + longestCharstring(outline) + kWriteAhead);
     }
-    writer.text(kNotdefEntry);
-    writer.bytes(kNotdefCipher.data(), kNotdefCipher.size());
-    writer.text(" ND\n");
-    writer.text(kTail);
-    const auto length = static_cast<std::size_t>(writer.end() - (out.data() + begin));
-    out.resize(begin + length);
-    return length;
+    // Two places for charstrings, of which one is encrypted while the next is made. The
+    // text before the latter stands behind it.
+    const std::unique_ptr<unsigned char[]> places(new unsigned char[2 * longest]);
+    unsigned char* place = places.get();
+    unsigned char* other = place + longest;
+    PrivateWriter writer(size);
+
+    unsigned char* text = copyNumber(static_cast<std::size_t>(entryCount()), place);
+    writer.text({place, copyText(" dict dup begin\n", text)});
+    Plain charstring;
+    BoxUnion box;
+    for (const Type1Glyph* const glyph : mFont.mGlyphs) {
+        if (!glyph) continue;
+        std::swap(place, other);
+        auto [behind, glyphBox] =
+            writer.charstring(charstring, glyph->outline(), place + glyph->writeHead(place));
+        *behind++ = kEndchar;
+        text = behind;
+        if (!charstring.empty()) behind = copyText(kEntryEnd, behind);
+        charstring = {place, text};
+        *behind++ = '/';
+        behind = copyText(glyph->mName, behind);
+        *behind++ = ' ';
+        behind = copyText(" RD ", copyNumber(charstring.size(), behind));
+        writer.text({text, behind});
+        box.add(glyphBox);
+    }
+    writer.charstring(charstring, {}, nullptr);
+    writer.text(Plain(kReadyTail).subspan(charstring.empty() ? kEntryEnd.size() : 0));
+    return std::move(writer).part(box);
 }
 
 }  // namespace Fonts

@@ -21,12 +21,11 @@ constexpr std::size_t kTrailerSize = 8 * 65 + 40;
 }  // namespace
 
 std::string_view Type1Program::nameOf(int code) const {
-    const auto& glyph = mFont.mGlyphs[code];
+    const Type1Glyph* const glyph = mFont.mGlyphs[code];
     return glyph ? std::string_view(glyph->mName) : ".notdef";
 }
 
-[[gnu::cold]] void Type1Program::appendHeader(Bytes& out) const {
-    const Rectangle box = mFont.getBoundingBox();
+[[gnu::cold]] void Type1Program::appendHeader(Bytes& out, const Rectangle& box) const {
     appendText(out, "%!FontType1-1.0: ");
     appendText(out, mFont.mName);
     appendText(out, " 1.0\n10 dict begin\n/FontName /");
@@ -95,32 +94,30 @@ std::size_t Type1Program::clearSize() const {
 
 void Type1Font::buildFont() const {
     const Type1Program program(*this);
+    const PrivatePart cipher = program.makePrivate();
     Type1Program::Bytes data;
-    data.reserve(program.clearSize() + program.privateSize() + kTrailerSize);
-    program.appendHeader(data);
+    data.reserve(program.clearSize() + cipher.length + kTrailerSize);
+    program.appendHeader(data, cipher.box.box());
     program.appendEncodingArray(data);
     appendText(data, "currentdict end\n");
     appendText(data, kStartEexec);
     const std::size_t header = data.size();
-    const std::size_t charProcs = program.appendPrivate(data);
+    appendBytes(data, cipher.bytes.get(), cipher.length);
     appendZeros(data);
     appendText(data, "cleartomark\n");
 
     mHeaderLength = static_cast<std::int32_t>(header);
-    mCharProcsLength = static_cast<std::int32_t>(charProcs);
-    mZeroesLength = static_cast<std::int32_t>(data.size() - header - charProcs);
+    mCharProcsLength = static_cast<std::int32_t>(cipher.length);
+    mZeroesLength = static_cast<std::int32_t>(data.size() - header - cipher.length);
     mData = std::move(data);
 }
 
 [[gnu::cold]] void Type1Font::buildPSFont(bool explicitEncoding) const {
     const Type1Program program(*this);
-    Type1Program::Bytes cipher;
-    cipher.reserve(program.privateSize());
-    program.appendPrivate(cipher);
-
+    const PrivatePart cipher = program.makePrivate();
     Type1Program::Bytes data;
-    data.reserve(program.clearSize() + cipher.size() + kTrailerSize);
-    program.appendHeader(data);
+    data.reserve(program.clearSize() + cipher.length + kTrailerSize);
+    program.appendHeader(data, cipher.box.box());
     if (explicitEncoding)
         program.appendExplicitEncoding(data);
     else
@@ -128,17 +125,17 @@ void Type1Font::buildFont() const {
     appendText(data, "currentdict end\n%%BeginBinary: ");
     // The count covers the eexec line, the cipher and one line end, not the
     // zeros behind it: spoolers that know these files expect it so.
-    appendNumber(data, static_cast<long long>(cipher.size() + kStartEexec.size() + 1));
+    appendNumber(data, static_cast<long long>(cipher.length + kStartEexec.size() + 1));
     appendText(data, "\n");
     appendText(data, kStartEexec);
     const std::size_t header = data.size();
-    appendBytes(data, cipher.data(), cipher.size());
+    appendBytes(data, cipher.bytes.get(), cipher.length);
     appendZeros(data);
     appendText(data, "\n%%EndBinary\n\ncleartomark\n");
 
     mHeaderLength = static_cast<std::int32_t>(header);
-    mCharProcsLength = static_cast<std::int32_t>(cipher.size());
-    mZeroesLength = static_cast<std::int32_t>(data.size() - header - cipher.size());
+    mCharProcsLength = static_cast<std::int32_t>(cipher.length);
+    mZeroesLength = static_cast<std::int32_t>(data.size() - header - cipher.length);
     mData = std::move(data);
 }
 

@@ -3,13 +3,41 @@
 #ifndef FONTS_TYPE1_PROGRAM_H
 #define FONTS_TYPE1_PROGRAM_H
 
+#include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "fonts/outline.h"
 #include "vaskel/fonts.h"
 
 namespace Fonts {
+
+/// The union of glyphs' boxes, all 0 without one.
+class BoxUnion {
+ public:
+    void add(const Box& own) {
+        mBox =
+            mAny ? Box{std::min(mBox.smallestX, own.smallestX),
+                       std::min(mBox.smallestY, own.smallestY),
+                       std::max(mBox.largestX, own.largestX), std::max(mBox.largestY, own.largestY)}
+                 : own;
+        mAny = true;
+    }
+    Rectangle box() const { return yDown(mBox); }
+
+ private:
+    Box mBox{0, 0, 0, 0};
+    bool mAny = false;
+};
+
+/// The encrypted private part, and the box that the clear text needs.
+struct PrivatePart {
+    std::unique_ptr<unsigned char[]> bytes;
+    std::size_t length = 0;
+    BoxUnion box;
+};
 
 class Type1Program {
  public:
@@ -19,7 +47,7 @@ class Type1Program {
     explicit Type1Program(const Type1Font& font) : mFont(font) {}
 
     /// The clear text up to the encoding.
-    void appendHeader(Bytes& out) const;
+    void appendHeader(Bytes& out, const Rectangle& box) const;
     /// All names in code order, eight a line.
     void appendEncodingArray(Bytes& out) const;
     /// One "dup CODE /NAME put" a glyph that is not named .notdef.
@@ -29,12 +57,11 @@ class Type1Program {
     /// encrypted. Returns its length.
     std::size_t appendPrivatePlain(Bytes& out) const;
     /// The same bytes, each byte of a charstring through both encryptions at
-    /// once.
-    std::size_t appendPrivate(Bytes& out) const;
+    /// once, and outlines encoded meanwhile.
+    PrivatePart makePrivate() const;
 
-    /// Upper bounds of what the functions above append.
+    /// Upper bound of what header and encoding append.
     std::size_t clearSize() const;
-    std::size_t privateSize() const;
 
  private:
     int entryCount() const;

@@ -16,7 +16,7 @@
 #include "encoding/bigint_digits.h"
 #include "encoding/unicode.h"
 #include "encoding/unicode_blocks.h"
-#include "fonts/glyph_drawing.h"
+#include "fonts/outline_forms.h"
 #include "geometry/edge_run.h"
 #include "platform/pemmit.h"
 #include "raster/downsample_cells.h"
@@ -374,7 +374,7 @@ void forceBaselineForms() {
     Vaskel::forceInkRunForm(&table);
 #if defined(__x86_64__)
     Vaskel::forceEdgeRunForm(&Vaskel::kEdgeRunSse2);
-    Fonts::forceGlyphForm(&Fonts::glyphForms()[1]);
+    Fonts::forceOutlineForm(&Fonts::outlineForms()[1]);
 #endif
     Vaskel::forceLimbLoops(&Vaskel::kLimbLoopsCarry);
 }

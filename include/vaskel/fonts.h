@@ -43,6 +43,10 @@ struct Rectangle {
 /// One glyph while it is drawn. Coordinates are absolute, 1000 units to the em,
 /// y upwards; the current point starts at (0, 0). The commands are recorded in
 /// the order in which they come, and nothing checks that order.
+///
+/// A command takes a byte and 4 for each of its points, from the first coordinate
+/// beyond 16 bits on 8 for each point of the glyph; some 350 bytes are part of the
+/// glyph itself.
 class VASKEL_API Type1Glyph {
  public:
     /// A glyph without outline and of width 0; name comes without "/".
@@ -66,7 +70,7 @@ class VASKEL_API Type1Glyph {
     ///   lineTo(10, 20)                 (-20, 10, -10, 20)
     ///   lineTo(10, 20), lineTo(30, 5)  (-20, 10, -5, 30)
     ///
-    /// All 0 while nothing is drawn.
+    /// All 0 while nothing is drawn. Looks at all points anew.
     Rectangle getBoundingBox() const;
 
     /// The glyph's entry in the CharStrings dictionary: "/name LENGTH RD ", the
@@ -79,21 +83,30 @@ class VASKEL_API Type1Glyph {
  private:
     friend class Type1Font;
     friend class Type1Program;
-    friend struct GlyphDrawing;
-    static constexpr std::size_t kHeadRoom = 16;  // for writeHead, in bytes
+    static constexpr std::size_t kFirstRoom = 352;  // most glyphs of text fonts fit in
+    static constexpr std::size_t kHeadRoom = 16;    // for writeHead, in bytes
     std::size_t writeHead(unsigned char* out) const;
     void appendData(std::vector<unsigned char>& out) const;
-    VASKEL_HIDDEN void makeRoom(std::size_t bytes);
+    VASKEL_HIDDEN unsigned char* begin() const;
+    VASKEL_HIDDEN unsigned char* end() const;
+    VASKEL_HIDDEN struct Outline outline() const;
+    VASKEL_HIDDEN void grow(bool wide);
+    VASKEL_HIDDEN void drawPoint(unsigned char step, int x, int y);
+    VASKEL_HIDDEN void drawAnyhow(unsigned char step, const int* points, std::size_t numbers);
+    VASKEL_HIDDEN void pointAnyhow(int x, int y, unsigned char step);
+    VASKEL_HIDDEN void curveAnyhow(int x1, int y1, int x2, int y2, int x3, int y3);
 
-    std::string mName;
-    unsigned char* mOutline;  // mFirst or mMore
-    std::size_t mCapacity;    // its bytes
-    std::size_t mLength;
+    // What was drawn, in mFirst or mMore: points from the beginning, behind a (0, 0),
+    // a byte a command from the end downwards. Numbers have 16 bits until one needs
+    // more; then all have 32, and mEnd leaves no room for short ones.
+    unsigned char* mEnd;     // behind the last point
+    unsigned char* mFarEnd;  // the same where numbers have 32 bits, else null
+    unsigned char* mTop;     // the last command
+    std::size_t mRoom;       // bytes
     std::int32_t mWidth;
-    std::int32_t mAt[2];   // the current point
-    std::int32_t mBox[4];  // smallest x and y, largest x and y
+    std::string mName;
     std::unique_ptr<unsigned char[]> mMore;
-    unsigned char mFirst[256];  // most glyphs of text fonts fit in, few are much shorter
+    alignas(4) unsigned char mFirst[kFirstRoom];
 };
 
 /// A font of up to 256 glyphs, one a character code.
@@ -170,7 +183,9 @@ class VASKEL_API Type1Font {
     mutable std::int32_t mHeaderLength;
     mutable std::int32_t mCharProcsLength;
     mutable std::int32_t mZeroesLength;
-    std::unique_ptr<Type1Glyph> mGlyphs[256];
+    struct GlyphBlock;
+    std::unique_ptr<GlyphBlock> mBlocks;  // the glyphs' memory
+    Type1Glyph* mGlyphs[256];
     std::int32_t mWidths[256];
     std::int32_t mAscent;
     std::int32_t mDescent;
