@@ -101,12 +101,12 @@ struct Sse2Encoder {
             out = encodeStep(out, *outline, static_cast<std::size_t>(points - outline->points) / 2,
                              step);
         } else {
-            if (kind.points == 1) {
-                out = writeNumbers(out, numbers.words, 2);
-            } else if (kind.points == 3) {
-                out = writeNumbers(out, numbers.words, 4);
-                out = writeNumbers(out, _mm_unpackhi_epi64(numbers.words, numbers.words), 2);
-            }
+            // Six numbers in any case: which step comes cannot be foreseen, and where
+            // the command's numbers end is read rather than branched to.
+            unsigned char* ends[4] = {out};
+            ends[1] = writeNumbers(out, numbers.words, 2);
+            ends[3] = writeNumbers(ends[1], _mm_srli_si128(numbers.words, 4), 4);
+            out = ends[kind.points];
             *out++ = kind.command;
         }
         points += 2 * kind.points;
