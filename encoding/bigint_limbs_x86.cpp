@@ -248,7 +248,7 @@ Limb multiplyMulx(Digit* a, std::size_t limbs, Limb factor) {
 
 const LimbLoops kLimbLoopsCarry = {"carry flag",          add,     subtract, addMultiplePlain,
                                    subtractMultiplePlain, multiply};
-const LimbLoops kLimbLoopsAdx = {"two carry flags",     add,     subtract, addMultiple,
+const LimbLoops kLimbLoopsAdx = {"two carry flags",     add,         subtract, addMultiple,
                                  subtractMultipleLimbs, multiplyMulx};
 
 }  // namespace Vaskel
