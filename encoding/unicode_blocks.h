@@ -26,7 +26,9 @@ struct ByteOrders {
     bool inBig, big;
 };
 
-constexpr std::size_t kBlock = 64;        // bytes of input that a block has, at the most
+// Bytes of input that a block has, at the most; twice that where blocks end with the
+// text and become no more bytes than they have.
+constexpr std::size_t kBlock = 64;
 constexpr std::size_t kBlockAhead = 4;    // a character may end behind the block it begins in
 constexpr std::size_t kBlockBehind = 2;   // the unit in front of a block
 constexpr std::size_t kBlockSpill = 256;  // bytes written behind what counts, at the most

@@ -85,8 +85,8 @@ class OnePass {
     // How far the rules go where a block function stops before it tries again.
     static constexpr std::ptrdiff_t kByRules = 32;
     static constexpr std::size_t kZeros = kBlock + kBlockAhead;
-    // What the rules and the rest's blocks go beyond a chunk, the mark and the
-    // zero unit.
+    // What the rules and the rest's blocks, or one of twice their size, go beyond a
+    // chunk, the mark and the zero unit.
     static constexpr std::size_t kBeyond = 2 * kZeros + kByRules + 8;
 
     Taken takeByRules(const Byte*& in, const Byte* end) {

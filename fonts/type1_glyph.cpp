@@ -2,8 +2,8 @@
 //
 // A command takes 4 bytes for each of its points and one more, which is what most
 // take in a charstring; 8 for each point of a glyph with a coordinate that needs more
-// than 16 bits. Encoding costs next to nothing where a whole font is read
-// (private_cipher.h), and would cost a third of the time here.
+// than 16 bits. Encoding costs a third of its time where a whole font is read
+// (private_cipher.h), and would cost all of it here.
 
 #include <algorithm>
 #include <bit>
@@ -33,13 +33,19 @@ bool areNear(Number... number) {
 // Both numbers in one store, and each point in its own: made to eight bytes, they
 // would wait for each other.
 void setPoint(unsigned char* at, int x, int y) {
-    static_assert(std::endian::native == std::endian::little);
-    const std::uint32_t both = static_cast<std::uint16_t>(x) | static_cast<std::uint32_t>(y) << 16;
+    std::uint32_t first = static_cast<std::uint16_t>(x), second = static_cast<std::uint16_t>(y);
+    if constexpr (std::endian::native == std::endian::big) std::swap(first, second);
+    const std::uint32_t both = first | second << 16;
     std::memcpy(at, &both, sizeof both);
 }
 
+// In 2 bytes or in 4.
 void setNumber(unsigned char* at, int number, std::ptrdiff_t size) {
-    std::memcpy(at, &number, static_cast<std::size_t>(size));  // the lower bytes come first
+    const auto near = static_cast<std::int16_t>(number);
+    if (size == 2)
+        std::memcpy(at, &near, sizeof near);
+    else
+        std::memcpy(at, &number, sizeof number);
 }
 
 }  // namespace

@@ -286,8 +286,9 @@ class VASKEL_API downsampler {
 /// negative width, make an empty image.
 ///
 /// Copies share the line buffers, which live as long as an object that uses
-/// them. Memory: about 15 bytes a pixel of an output line. An object belongs to
-/// one thread at a time. std::bad_alloc passes through.
+/// them. Memory: about 15 bytes a pixel of an output line. An object and its
+/// copies belong to one thread at a time, all together. std::bad_alloc passes
+/// through.
 class VASKEL_API upsampler {
  public:
     /// Lines of width pixels whose resolution goes from inResolution to
