@@ -28,7 +28,8 @@ target_compile_definitions(vaskel_engines PRIVATE BOOST_EXCEPTION_DISABLE)
 # that halves it. Loops of a few turns are not written out where that takes more
 # than 60 instructions (GCC's own limit is 200): only wide forms and number fields gain
 # by more, and wide forms for short texts and for outlines, which are encoded while keys
-# are waited for, by none of it. Nothing is aligned but the beginnings of loops, and what
+# are waited for, by none of it. Nothing is aligned but the beginnings of loops and, by
+# attribute, a few functions that are shorter than what is lost otherwise, and what
 # rarely runs stays in its function, since each part of a function is described once more
 # for exceptions.
 set(vaskel_medium -O2)

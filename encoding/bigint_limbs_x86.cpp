@@ -207,12 +207,9 @@ Limb multiply(Digit* a, std::size_t limbs, Limb factor) {
 // The same by mulx, which leaves the carry flag alone: one carry runs through the
 // whole row.
 Limb multiplyMulx(Digit* a, std::size_t limbs, Limb factor) {
-    Limb carry = 0;
-    for (std::size_t first = limbs % kTurn; first > 0; --first, a += kPerLimb) {
-        const TwoLimbs product = TwoLimbs(loadLimb(a)) * factor + carry;
-        storeLimb(a, static_cast<Limb>(product));
-        carry = static_cast<Limb>(product >> 64);
-    }
+    const std::size_t first = limbs % kTurn;
+    Limb carry = multiplyPlain(a, first, factor);
+    a += first * kPerLimb;
     std::size_t turns = limbs / kTurn;
     if (turns == 0) return carry;
     Limb l0, l1, l2, l3, high;

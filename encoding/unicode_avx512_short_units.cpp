@@ -55,7 +55,7 @@ template <bool kWide>
 VASKEL_AVX512 VASKEL_READS_PAGE inline std::string make(const char* text, Units at,
                                                         std::size_t size, bool below800, bool inBig,
                                                         bool big) {
-    std::string result = unwritten < kWide ? 4 : 0 > (size, big);
+    std::string result = unwritten<(kWide ? 4 : 0)>(size, big);
     char* out = result.data() + (kWide ? 4 : 0);
     const __m512i order = unitOrder32(big);
     if (kWide && at.high == 0) {
@@ -137,7 +137,7 @@ template <bool kWide>
 template <bool kTo16>
 VASKEL_AVX512 VASKEL_READS_PAGE inline std::string make(const char* text, std::size_t count,
                                                         std::size_t size, bool inBig, bool big) {
-    std::string result = unwritten < kTo16 ? 2 : 0 > (size, big);
+    std::string result = unwritten<(kTo16 ? 2 : 0)>(size, big);
     char* out = result.data() + (kTo16 ? 2 : 0);
     const __m512i inOrder = unitOrder32(inBig), order = unitOrder16(big);
     if (kTo16 && size == 2 * count) {

@@ -295,7 +295,7 @@ constexpr UnicodeBlocks kBlocks = {
 
 }  // namespace
 
-constinit UnicodeStreams gUnicodeStreams{24 << 20, 0};
+constinit Streams gUnicodeStreams;
 
 [[gnu::noinline]] std::string convertUnicode(const UnicodeWay& way, const UnicodeBlocks& blocks,
                                              BlockFunction function, const char* text, bool big) {

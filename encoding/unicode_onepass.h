@@ -5,12 +5,12 @@
 #ifndef ENCODING_UNICODE_ONEPASS_H
 #define ENCODING_UNICODE_ONEPASS_H
 
-#include <atomic>
 #include <cstdint>
 #include <cstring>
 
 #include "encoding/unicode_blocks.h"
 #include "encoding/unicode_rules.h"
+#include "util/stream.h"
 
 namespace Vaskel {
 
@@ -91,13 +91,8 @@ extern const UnicodeWay kUtf8ToUtf16, kUtf8ToUtf32, kUtf16ToUtf8, kUtf16ToUtf32,
 std::string convertUnicode(const UnicodeWay& way, const UnicodeBlocks& blocks,
                            BlockFunction function, const char* text, bool big);
 
-/// From how many bytes on results are written past the caches, and how often that
-/// was done. Tests set the one and look at the other.
-struct UnicodeStreams {
-    std::atomic<std::size_t> from;
-    std::atomic<unsigned> count;
-};
-extern UnicodeStreams gUnicodeStreams;
+/// Results that are written past the caches.
+extern Streams gUnicodeStreams;
 
 /// The six conversions with the block functions of one kind of CPU.
 template <const UnicodeBlocks& kBlocks>

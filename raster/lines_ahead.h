@@ -3,9 +3,10 @@
 #ifndef RASTER_LINES_AHEAD_H
 #define RASTER_LINES_AHEAD_H
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
+
+#include "util/stream.h"
 
 namespace Vaskel {
 
@@ -43,13 +44,8 @@ class TakenLines {
     std::size_t mLaid = 0;  // bytes that lie evenly, side by side
 };
 
-/// How many bytes lie in the caches before, and how many lines went past them. Tests
-/// set the one and look at the other.
-struct LineStreams {
-    std::atomic<std::size_t> from;
-    std::atomic<unsigned> count;
-};
-extern LineStreams gLineStreams;
+/// How many bytes lie in the caches before, and how many lines went past them.
+extern Streams gLineStreams;
 
 }  // namespace Vaskel
 

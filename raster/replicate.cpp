@@ -18,7 +18,7 @@ namespace Vaskel {
             sources[written++] = static_cast<std::uint32_t>(i);
         column -= factor;
     }
-    while (sources.size() > written) sources.pop_back();
+    sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(written), sources.end());
     return sources;
 }
 
@@ -37,7 +37,7 @@ namespace Vaskel {
             break;
         }
     }
-    while (eights.size() > taken) eights.pop_back();
+    eights.erase(eights.begin() + static_cast<std::ptrdiff_t>(taken), eights.end());
 }
 
 void replicateFrom(std::size_t first, const Replication& replication, const unsigned int* line,

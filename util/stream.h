@@ -4,6 +4,7 @@
 #ifndef UTIL_STREAM_H
 #define UTIL_STREAM_H
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -15,6 +16,13 @@
 namespace Vaskel {
 
 constexpr std::size_t kStreamLine = 64;
+
+/// From how many bytes on what is written goes past the caches, and how often that was
+/// done. Tests set the one and look at the other.
+struct Streams {
+    std::atomic<std::size_t> from = 24 << 20;
+    std::atomic<unsigned> count = 0;
+};
 
 /// Writes from[0, kStreamLine) to an address that is a multiple of its size.
 inline void streamLine(unsigned char* to, const unsigned char* from) {
